@@ -1,0 +1,132 @@
+#include "batch/engine/engine_call.h"
+
+#include <memory>
+
+#include "batch/engine/engine_client.h"
+#include "platform/dialogs.h"
+#include "platform/paths.h"
+#include "platform/process.h"
+
+namespace tessaly::batch {
+
+namespace {
+
+void KeepOne(const fs::path& folder, const char* name, const char* copy) {
+  if (auto found = platform::FindNoCase(folder, name)) {
+    platform::CopyFileOver(*found, platform::ResolveNoCase(folder, copy));
+  }
+}
+
+void RestoreOne(const fs::path& folder, const char* name, const char* copy) {
+  if (auto kept = platform::FindNoCase(folder, copy)) {
+    if (platform::CopyFileOver(*kept, platform::ResolveNoCase(folder, name))) {
+      std::error_code ec;
+      fs::remove(*kept, ec);
+    }
+  }
+}
+
+// The work folder as the platform gives it: no closing separator.
+std::string WithoutTrailingSlash(std::string folder) {
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder;
+}
+
+}  // namespace
+
+void KeepControlFiles(const fs::path& folder) {
+  KeepOne(folder, "STARTMOD.123", "STARTMOD.RWF");
+  KeepOne(folder, "ENGINE.GO", "ENGINE.RWF");
+}
+
+void RestoreControlFiles(const fs::path& folder) {
+  RestoreOne(folder, "STARTMOD.123", "STARTMOD.RWF");
+  RestoreOne(folder, "ENGINE.GO", "ENGINE.RWF");
+}
+
+EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& returned,
+                            const fs::path& program_folder, const EngineCallContext& context,
+                            platform::ProgressWait& wait, const EngineCallHooks& hooks) {
+  std::function<void()> kill_engines =
+      hooks.kill_engines ? hooks.kill_engines : [] { platform::KillEngineProcesses(); };
+
+  KeepControlFiles(program_folder);
+
+  // 1. A fresh engine object in MyEngine, with a local reference.
+  MyEngine() = std::make_shared<EngineClient>(program_folder);
+  std::shared_ptr<EngineClient> engine = MyEngine();
+  engine->SetEngineReadyHandler([] { EngineFinished() = true; });
+  if (hooks.observer) engine->SetOperationObserver(hooks.observer);
+
+  // 2 to 6. The arrays in the contract's order.
+  engine->SetRunMode(arrays.run_mode);
+  engine->SetObjectiveValues(arrays.objective_values);
+  engine->SetPropertyValues(arrays.property_values);
+  engine->SetSeriesNames(arrays.series_names);
+  engine->SetSeriesTypes(arrays.series_types);
+  engine->SetSeriesData(arrays.series_data);
+  engine->SetFutureData(arrays.future_data);
+  engine->SetRetainedData(arrays.retained_data);
+  engine->SetWorkFolder(WithoutTrailingSlash(program_folder.string()));
+  engine->SetIntegers20(arrays.integers20);
+  engine->SetStrings2250(arrays.strings2250);
+  engine->SetStrings400(arrays.strings400);
+  engine->SetForecastValues(arrays.forecast_values);
+  engine->SetDoubles10000C(arrays.doubles10000c);
+  engine->SetDoubles10000B(arrays.doubles10000b);
+  engine->SetDoubles10000A(arrays.doubles10000a);
+  engine->SetDoubles745(arrays.doubles745);
+  engine->SetDoubles20(arrays.doubles20);
+  engine->SetArrayInput(true);
+
+  // 7 to 10. Start and wait.
+  EngineFinished() = false;
+  if (hooks.ensure_ftable_links) hooks.ensure_ftable_links();
+  engine->Start();
+  EngineWait work(*engine, engine->WorkingFolder(), context, kill_engines, hooks.cancel_grace);
+  wait.Wait(work);
+
+  // 11. Pending events once, then the control files as they were before the call.
+  wait.LetEventsRun();
+  RestoreControlFiles(program_folder);
+
+  EngineCallResult result;
+  // 12. A cancel: no engine may outlive it, nor its stop request the next call.
+  if (RunCanceled()) {
+    kill_engines();
+    engine->Kill();
+    engine->Poll();
+    platform::RemoveNoCase(engine->WorkingFolder(), kKillFile);
+    MyEngine().reset();
+    platform::Dialogs().Message(kCanceledMessage, platform::mb::OKOnly, kCanceledTitle);
+    result.outcome = EngineCallOutcome::Canceled;
+    result.error_code = engine->ErrorCode();
+    result.failure_reason = engine->FailureReason();
+    return result;
+  }
+
+  // 13. Every array back, in the contract's order.
+  engine->GetPropertyValues(returned.returned_data_prop);
+  engine->GetSeriesData(returned.returned_series_data);
+  engine->GetIntegers20(arrays.integers20);
+  engine->GetForecastValues(arrays.forecast_values);
+  engine->GetStrings2250(arrays.strings2250);
+  engine->GetDoubles10000C(arrays.doubles10000c);
+  engine->GetDoubles10000B(arrays.doubles10000b);
+  engine->GetDoubles10000A(arrays.doubles10000a);
+  engine->GetDoubles745(arrays.doubles745);
+  engine->GetStrings400(arrays.strings400);
+  engine->GetDoubles20(arrays.doubles20);
+  engine->GetSeriesNames(arrays.series_names);
+  engine->GetFutureData(arrays.future_data);
+  engine->GetRetainedData(arrays.retained_data);
+
+  // 14. The code, and the object dropped.
+  result.error_code = engine->ErrorCode();
+  arrays.error_code = result.error_code;
+  result.failure_reason = engine->FailureReason();
+  MyEngine().reset();
+  return result;
+}
+
+}  // namespace tessaly::batch

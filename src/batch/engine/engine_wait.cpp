@@ -1,0 +1,45 @@
+#include "batch/engine/engine_wait.h"
+
+#include "batch/engine/engine_client.h"
+#include "batch/engine/progress_logic.h"
+#include "platform/paths.h"
+#include "platform/textfile.h"
+
+namespace tessaly::batch {
+
+bool WriteKillRequest(const fs::path& folder) {
+  return platform::WriteAllLines(platform::ResolveNoCase(folder, kKillFile), {kKillFileLine});
+}
+
+EngineWait::EngineWait(EngineClient& client, fs::path work_folder, EngineCallContext context,
+                       std::function<void()> kill_engines, std::chrono::milliseconds grace)
+    : client_(client),
+      work_folder_(std::move(work_folder)),
+      context_(std::move(context)),
+      kill_engines_(std::move(kill_engines)),
+      grace_(grace) {}
+
+void EngineWait::Poll() {
+  if (client_.Poll()) return;
+  if (cancel_requested_ && !killed_ && Clock::now() - cancel_time_ >= grace_) {
+    killed_ = true;
+    if (kill_engines_) kill_engines_();
+    // Our own process may be outside what the system-wide kill reaches.
+    client_.Kill();
+    client_.Poll();
+  }
+}
+
+bool EngineWait::Finished() const { return EngineFinished(); }
+
+void EngineWait::Cancel() {
+  if (cancel_requested_) return;
+  WriteKillRequest(work_folder_);
+  RunCanceled() = true;
+  cancel_requested_ = true;
+  cancel_time_ = Clock::now();
+}
+
+std::string EngineWait::StageText() const { return StageLabel(work_folder_); }
+
+}  // namespace tessaly::batch

@@ -1,0 +1,76 @@
+#include "batch/engine/unattended_wait.h"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <thread>
+
+#include "batch/engine/progress_logic.h"
+
+namespace tessaly::batch {
+
+namespace {
+
+std::string Trimmed(const std::string& text) {
+  auto first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return "";
+  auto last = text.find_last_not_of(' ');
+  return text.substr(first, last - first + 1);
+}
+
+}  // namespace
+
+UnattendedProgressWait::UnattendedProgressWait()
+    : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1) {}
+
+UnattendedProgressWait::UnattendedProgressWait(std::ostream& out, bool in_place,
+                                               std::chrono::milliseconds poll)
+    : out_(out), in_place_(in_place), poll_(poll) {}
+
+std::string UnattendedProgressWait::ProgressLine(const platform::WaitedWork& work,
+                                                 const std::string& stage,
+                                                 double elapsed_seconds) {
+  std::string line;
+  if (work.SeriesCount() > 0) {
+    line = "Series " + std::to_string(work.SeriesNumber()) + " of " +
+           std::to_string(work.SeriesCount());
+    if (!work.SeriesName().empty()) line += ": " + work.SeriesName();
+  } else {
+    line = work.SeriesName().empty() ? "Engine" : work.SeriesName();
+  }
+  std::string shown = Trimmed(stage);
+  if (!shown.empty()) line += " - " + shown;
+  line += " - " + FormatHhMmSs(elapsed_seconds / 86400.0);
+  return line;
+}
+
+void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
+  using Clock = std::chrono::steady_clock;
+  const auto start = Clock::now();
+  auto elapsed = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
+  std::string last_shown;
+  auto last_check = start - std::chrono::seconds(1);
+  for (;;) {
+    work.Poll();
+    if (work.Finished()) break;
+    // The stage files are looked at a few times a second, not at every poll.
+    if (in_place_ && Clock::now() - last_check >= std::chrono::milliseconds(200)) {
+      last_check = Clock::now();
+      std::string line = ProgressLine(work, work.StageText(), elapsed());
+      if (line != last_shown) {
+        out_ << '\r' << line << "\x1b[K" << std::flush;
+        last_shown = line;
+      }
+    }
+    std::this_thread::sleep_for(poll_);
+  }
+  std::string end = work.CancelRequested() ? "Canceled" : "Finished";
+  std::string line = ProgressLine(work, end, elapsed());
+  if (in_place_) {
+    out_ << '\r' << line << "\x1b[K" << '\n' << std::flush;
+  } else {
+    out_ << line << '\n' << std::flush;
+  }
+}
+
+}  // namespace tessaly::batch

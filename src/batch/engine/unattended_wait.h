@@ -1,0 +1,32 @@
+#pragma once
+// The wait of a run with no user: no pauses, a quick poll, and the progress on standard
+// error: series k of n, its name, the engine's stage and the elapsed time. On a terminal the
+// line is rewritten in place; otherwise one line is written per series, when it ends.
+#include <chrono>
+#include <iosfwd>
+#include <string>
+
+#include "platform/progress_wait.h"
+
+namespace tessaly::batch {
+
+class UnattendedProgressWait : public platform::ProgressWait {
+ public:
+  // Standard error, in place when it is a terminal.
+  UnattendedProgressWait();
+  UnattendedProgressWait(std::ostream& out, bool in_place,
+                         std::chrono::milliseconds poll = std::chrono::milliseconds(10));
+
+  void Wait(platform::WaitedWork& work) override;
+
+  // The progress line: "Series 2 of 5: SALES - Model Estimation - 00:00:12".
+  static std::string ProgressLine(const platform::WaitedWork& work, const std::string& stage,
+                                  double elapsed_seconds);
+
+ private:
+  std::ostream& out_;
+  bool in_place_;
+  std::chrono::milliseconds poll_;
+};
+
+}  // namespace tessaly::batch
