@@ -1,0 +1,119 @@
+#include "report/forms/graph_drawer.h"
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+#include <QImage>
+#include <QString>
+
+#include "airline.h"
+#include "support/program_folder.h"
+
+namespace tessaly::report {
+namespace {
+
+using tessaly::testing::AirlineInput;
+using tessaly::testing::TempDir;
+
+QImage Load(const std::filesystem::path& file) {
+  return QImage(QString::fromStdString(file.string()), "JPG");
+}
+
+// Pixels where one channel clearly leads: how the drawer's green lower limit and red
+// forecast show in a picture, whatever the smoothing of the JPEG.
+int CountGreen(const QImage& image) {
+  int count = 0;
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x) {
+      const QColor c = image.pixelColor(x, y);
+      if (c.green() - c.red() > 40 && c.green() - c.blue() > 15) ++count;
+    }
+  return count;
+}
+int CountRed(const QImage& image) {
+  int count = 0;
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x) {
+      const QColor c = image.pixelColor(x, y);
+      if (c.red() - c.green() > 80 && c.red() - c.blue() > 80) ++count;
+    }
+  return count;
+}
+
+TEST(GraphDrawer, AirlineSeriesGivesNinePictures) {
+  TempDir out;
+  const GraphFlags flags = DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out.path());
+  for (const auto& g : AllGraphs()) {
+    EXPECT_TRUE(flags.Drawn(g.kind)) << g.file_suffix;
+    const QImage image = Load(out / (std::string("AIRLINE") + g.file_suffix));
+    ASSERT_FALSE(image.isNull()) << g.file_suffix;
+    EXPECT_EQ(image.width(), 1000);
+    EXPECT_EQ(image.height(), 600);
+  }
+  EXPECT_TRUE(flags.Any());
+  // The size follows the report pane when one is given.
+  const GraphFlags small = DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out.path(), {640, 400});
+  EXPECT_EQ(Load(out / "AIRLINEres.jpg").size(), QSize(640, 400));
+  EXPECT_TRUE(small.Drawn(GraphKind::Res));
+}
+
+TEST(GraphDrawer, SelectedGraphsMakeOnlyThose) {
+  TempDir out;
+  GraphPreferences prefs;
+  prefs.all_graphs = false;
+  prefs.sel_graphs = true;
+  prefs.act = true;
+  const GraphFlags flags = DrawSeriesGraphs(AirlineInput(), prefs, out.path());
+  for (const auto& g : AllGraphs()) {
+    EXPECT_EQ(flags.Drawn(g.kind), g.kind == GraphKind::Act);
+    EXPECT_EQ(std::filesystem::exists(out / (std::string("AIRLINE") + g.file_suffix)),
+              g.kind == GraphKind::Act);
+  }
+  prefs.no_graphs = true;
+  EXPECT_FALSE(DrawSeriesGraphs(AirlineInput(), prefs, out.path()).Any());
+}
+
+TEST(GraphDrawer, LimitsSwitchRemovesTheLimitLines) {
+  TempDir with, without;
+  DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, with.path());
+  GraphPreferences prefs;
+  prefs.no_limits = true;
+  DrawSeriesGraphs(AirlineInput(), prefs, without.path());
+  const QImage a = Load(with / "AIRLINEfore.jpg");
+  const QImage b = Load(without / "AIRLINEfore.jpg");
+  EXPECT_GT(CountGreen(a), 300);
+  EXPECT_LT(CountGreen(b), 20);
+  EXPECT_GT(CountRed(b), 300);
+}
+
+TEST(GraphDrawer, FaultsMakeNoPictureAndNoCrash) {
+  TempDir out;
+  GraphInput empty;
+  empty.series_name = "EMPTY";
+  EXPECT_FALSE(DrawSeriesGraphs(empty, GraphPreferences{}, out.path()).Any());
+  EXPECT_TRUE(std::filesystem::is_empty(out.path()));
+
+  GraphInput missing = AirlineInput();
+  missing.series_name = "NOFIT";
+  missing.fitted.assign(144, kMissingValue);
+  missing.residuals.assign(144, kMissingValue);
+  const GraphFlags flags = DrawSeriesGraphs(missing, GraphPreferences{}, out.path());
+  EXPECT_TRUE(flags.Drawn(GraphKind::Act));
+  EXPECT_TRUE(flags.Drawn(GraphKind::ActFore));
+  EXPECT_FALSE(flags.Drawn(GraphKind::ActFit));
+  EXPECT_FALSE(flags.Drawn(GraphKind::Res));
+  EXPECT_FALSE(std::filesystem::exists(out / "NOFITres.jpg"));
+
+  // A constant series and a single point still draw.
+  GraphInput flat;
+  flat.series_name = "FLAT";
+  flat.actuals.assign(1, 5.0);
+  flat.begin_year = 2020;
+  EXPECT_TRUE(DrawSeriesGraphs(flat, GraphPreferences{}, out.path()).Drawn(GraphKind::Act));
+
+  // A folder that cannot be written: flags stay clear.
+  EXPECT_FALSE(DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out / "no" / "such").Any());
+}
+
+}  // namespace
+}  // namespace tessaly::report
