@@ -1,0 +1,267 @@
+#include "engine/model/arma.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <Eigen/Dense>
+
+namespace quorvane {
+
+void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector<double>& theta) {
+  const int s = std::max(1, c.period);
+  const int p = static_cast<int>(c.ar.size()), P = static_cast<int>(c.sar.size());
+  const int q = static_cast<int>(c.ma.size()), Q = static_cast<int>(c.sma.size());
+  // Polynomials with their unit lead: a(B) = 1 - sum ar B^i.
+  std::vector<double> a(p + 1, 0.0), as(s * P + 1, 0.0);
+  a[0] = 1.0;
+  for (int i = 0; i < p; ++i) a[i + 1] = -c.ar[i];
+  as[0] = 1.0;
+  for (int j = 0; j < P; ++j) as[s * (j + 1)] = -c.sar[j];
+  std::vector<double> prod(p + s * P + 1, 0.0);
+  for (int i = 0; i <= p; ++i)
+    for (int j = 0; j <= s * P; ++j) prod[i + j] += a[i] * as[j];
+  phi.assign(p + s * P, 0.0);
+  for (size_t k = 1; k < prod.size(); ++k) phi[k - 1] = -prod[k];
+
+  std::vector<double> b(q + 1, 0.0), bs(s * Q + 1, 0.0);
+  b[0] = 1.0;
+  for (int i = 0; i < q; ++i) b[i + 1] = c.ma[i];
+  bs[0] = 1.0;
+  for (int j = 0; j < Q; ++j) bs[s * (j + 1)] = c.sma[j];
+  std::vector<double> prodm(q + s * Q + 1, 0.0);
+  for (int i = 0; i <= q; ++i)
+    for (int j = 0; j <= s * Q; ++j) prodm[i + j] += b[i] * bs[j];
+  theta.assign(q + s * Q, 0.0);
+  for (size_t k = 1; k < prodm.size(); ++k) theta[k - 1] = prodm[k];
+}
+
+bool IsStationary(const std::vector<double>& a_in, double margin) {
+  std::vector<double> a = a_in;
+  while (!a.empty() && a.back() == 0.0) a.pop_back();
+  for (double v : a)
+    if (!std::isfinite(v)) return false;
+  const double limit = 1.0 - margin;
+  for (int k = static_cast<int>(a.size()); k >= 1; --k) {
+    const double kappa = a[k - 1];
+    if (!(std::fabs(kappa) < limit)) return false;
+    const double den = 1.0 - kappa * kappa;
+    std::vector<double> next(k - 1);
+    for (int j = 1; j < k; ++j) next[j - 1] = (a[j - 1] + kappa * a[k - j - 1]) / den;
+    a.swap(next);
+  }
+  return true;
+}
+
+bool IsInvertible(const std::vector<double>& b, double margin) {
+  std::vector<double> a(b.size());
+  for (size_t i = 0; i < b.size(); ++i) a[i] = -b[i];
+  return IsStationary(a, margin);
+}
+
+double SmallestRootModulus(const std::vector<double>& a_in) {
+  std::vector<double> a = a_in;
+  while (!a.empty() && a.back() == 0.0) a.pop_back();
+  const int p = static_cast<int>(a.size());
+  if (p == 0) return std::numeric_limits<double>::infinity();
+  // Roots of z^p - a1 z^{p-1} - ... - ap are the inverses of the roots of 1 - sum a z^k.
+  Eigen::MatrixXd companion = Eigen::MatrixXd::Zero(p, p);
+  for (int j = 0; j < p; ++j) companion(0, j) = a[j];
+  for (int i = 1; i < p; ++i) companion(i, i - 1) = 1.0;
+  Eigen::EigenSolver<Eigen::MatrixXd> es(companion, false);
+  double largest = 0.0;
+  for (int i = 0; i < p; ++i) largest = std::max(largest, std::abs(es.eigenvalues()[i]));
+  if (!(largest > 0.0)) return std::numeric_limits<double>::infinity();
+  return 1.0 / largest;
+}
+
+std::vector<double> PsiWeights(const std::vector<double>& phi, const std::vector<double>& theta, int count) {
+  std::vector<double> psi(std::max(count, 0), 0.0);
+  for (int j = 0; j < count; ++j) {
+    double v = (j == 0) ? 1.0 : (j - 1 < static_cast<int>(theta.size()) ? theta[j - 1] : 0.0);
+    for (int k = 1; k <= j && k <= static_cast<int>(phi.size()); ++k) v += phi[k - 1] * psi[j - k];
+    psi[j] = v;
+  }
+  return psi;
+}
+
+std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const std::vector<double>& theta,
+                                        int max_lag) {
+  const int p = static_cast<int>(phi.size());
+  const int q = static_cast<int>(theta.size());
+  if (!IsStationary(phi)) return {};
+  const int m = std::max(max_lag, 0);
+  std::vector<double> psi = PsiWeights(phi, theta, q + 1);
+  // c(k) = sum_{j=k}^{q} theta_j psi_{j-k}, theta_0 = 1: covariance of w(t) with a(t-k) terms.
+  auto c = [&](int k) {
+    double s = 0.0;
+    for (int j = k; j <= q; ++j) s += (j == 0 ? 1.0 : theta[j - 1]) * psi[j - k];
+    return s;
+  };
+  std::vector<double> g(std::max(m, p) + 1, 0.0);
+  if (p == 0) {
+    for (int k = 0; k <= m && k <= q; ++k) g[k] = c(k);
+    g.resize(m + 1);
+    return g;
+  }
+  // gamma(k) - sum_j phi_j gamma(|k-j|) = c(k), k = 0..p: a (p+1) x (p+1) linear system.
+  Eigen::MatrixXd A = Eigen::MatrixXd::Zero(p + 1, p + 1);
+  Eigen::VectorXd rhs(p + 1);
+  for (int k = 0; k <= p; ++k) {
+    A(k, k) += 1.0;
+    for (int j = 1; j <= p; ++j) A(k, std::abs(k - j)) -= phi[j - 1];
+    rhs(k) = c(k);
+  }
+  Eigen::VectorXd sol = A.partialPivLu().solve(rhs);
+  for (int k = 0; k <= p; ++k) g[k] = sol(k);
+  for (int k = p + 1; k <= m; ++k) {
+    double v = c(k);
+    for (int j = 1; j <= p; ++j) v += phi[j - 1] * g[k - j];
+    g[k] = v;
+  }
+  g.resize(m + 1);
+  if (!std::isfinite(g[0]) || !(g[0] > 0.0)) return {};
+  return g;
+}
+
+ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi,
+                                   const std::vector<double>& theta, bool with_mean, bool keep_series) {
+  ArmaLikelihood out;
+  const int n = static_cast<int>(w.size());
+  if (n < 1) return out;
+  const int p = static_cast<int>(phi.size());
+  const int q = static_cast<int>(theta.size());
+  const int r = std::max(p, q + 1);
+  const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
+  if (gamma.empty()) return out;
+  const std::vector<double> psi = PsiWeights(phi, theta, r);
+
+  // State: the predictions of w(t..t+r-1) given the innovations up to t.
+  // P0(i,j) = gamma(j-i) - sum_{k<i} psi_k psi_{k+j-i}.
+  Eigen::MatrixXd P(r, r);
+  for (int i = 0; i < r; ++i)
+    for (int j = i; j < r; ++j) {
+      double v = gamma[j - i];
+      for (int k = 0; k < i; ++k) v -= psi[k] * psi[k + j - i];
+      P(i, j) = v;
+      P(j, i) = v;
+    }
+  Eigen::VectorXd aw = Eigen::VectorXd::Zero(r), ax = Eigen::VectorXd::Zero(r);
+  Eigen::VectorXd K(r), tmp(r);
+  Eigen::MatrixXd TP(r, r);
+  std::vector<double> vw(n), vx(n), F(n);
+  bool steady = false;
+  double Fs = 1.0;
+  Eigen::VectorXd Ks(r);
+
+  auto advance = [&](Eigen::VectorXd& a) {
+    // a <- T a : shift up, last from phi.
+    double last = 0.0;
+    for (int k = 1; k <= p; ++k) last += phi[k - 1] * a(r - k);
+    for (int i = 0; i + 1 < r; ++i) a(i) = a(i + 1);
+    a(r - 1) = last;
+  };
+
+  for (int t = 0; t < n; ++t) {
+    double f;
+    if (!steady) {
+      f = P(0, 0);
+      if (!(f > 0.0) || !std::isfinite(f)) return out;
+      K = P.col(0) / f;
+    } else {
+      f = Fs;
+      K = Ks;
+    }
+    const double v1 = w[t] - aw(0);
+    const double v2 = 1.0 - ax(0);
+    vw[t] = v1;
+    vx[t] = v2;
+    F[t] = f;
+    aw += K * v1;
+    ax += K * v2;
+    advance(aw);
+    advance(ax);
+    if (!steady) {
+      // P <- T (P - P e e' P / f) T' + psi psi'.
+      tmp = P.col(0);
+      P.noalias() -= tmp * tmp.transpose() / f;
+      for (int j = 0; j < r; ++j) {
+        double last = 0.0;
+        for (int k = 1; k <= p; ++k) last += phi[k - 1] * P(r - k, j);
+        for (int i = 0; i + 1 < r; ++i) TP(i, j) = P(i + 1, j);
+        TP(r - 1, j) = last;
+      }
+      for (int i = 0; i < r; ++i) {
+        double last = 0.0;
+        for (int k = 1; k <= p; ++k) last += phi[k - 1] * TP(i, r - k);
+        for (int j = 0; j + 1 < r; ++j) P(i, j) = TP(i, j + 1);
+        P(i, r - 1) = last;
+      }
+      for (int i = 0; i < r; ++i)
+        for (int j = 0; j < r; ++j) P(i, j) += psi[i] * psi[j];
+      if (std::fabs(P(0, 0) - 1.0) < 1e-10) {
+        steady = true;
+        Fs = P(0, 0);
+        Ks = P.col(0) / Fs;
+      }
+    }
+  }
+
+  double sxx = 0.0, sxw = 0.0, sumlogf = 0.0;
+  for (int t = 0; t < n; ++t) {
+    sxx += vx[t] * vx[t] / F[t];
+    sxw += vx[t] * vw[t] / F[t];
+    sumlogf += std::log(F[t]);
+  }
+  double beta = 0.0;
+  if (with_mean) {
+    if (!(sxx > 0.0)) return out;
+    beta = sxw / sxx;
+  }
+  double ssq = 0.0;
+  for (int t = 0; t < n; ++t) {
+    const double e = vw[t] - beta * vx[t];
+    ssq += e * e / F[t];
+  }
+  if (!std::isfinite(ssq)) return out;
+  out.n = n;
+  out.mean = beta;
+  out.sigma2 = ssq / n;
+  if (!(out.sigma2 > 0.0)) out.sigma2 = 0.0;
+  const double kLog2Pi = std::log(2.0 * M_PI);
+  if (out.sigma2 > 0.0)
+    out.loglik = -0.5 * n * (kLog2Pi + 1.0 + std::log(out.sigma2)) - 0.5 * sumlogf;
+  else
+    out.loglik = std::numeric_limits<double>::infinity();
+  out.mean_variance = with_mean ? out.sigma2 / sxx : 0.0;
+  const double g = std::exp(sumlogf / (2.0 * n));
+  out.scaled_ssq = ssq * g * g;
+  out.scaled.resize(n);
+  for (int t = 0; t < n; ++t) out.scaled[t] = (vw[t] - beta * vx[t]) / std::sqrt(F[t]) * g;
+  if (keep_series) {
+    out.innovations.resize(n);
+    for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
+    out.state.resize(r);
+    for (int i = 0; i < r; ++i) out.state[i] = aw(i) - beta * ax(i);
+  }
+  out.ok = true;
+  return out;
+}
+
+std::vector<double> CssResiduals(const std::vector<double>& w, double mean, const std::vector<double>& phi,
+                                 const std::vector<double>& theta) {
+  const int n = static_cast<int>(w.size());
+  const int p = static_cast<int>(phi.size());
+  const int q = static_cast<int>(theta.size());
+  if (n <= p) return {};
+  std::vector<double> e(n, 0.0);
+  for (int t = p; t < n; ++t) {
+    double v = w[t] - mean;
+    for (int k = 1; k <= p; ++k) v -= phi[k - 1] * (w[t - k] - mean);
+    for (int k = 1; k <= q && t - k >= p; ++k) v -= theta[k - 1] * e[t - k];
+    e[t] = v;
+  }
+  return std::vector<double>(e.begin() + p, e.end());
+}
+
+}  // namespace quorvane

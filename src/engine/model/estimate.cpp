@@ -1,0 +1,333 @@
+#include "engine/model/estimate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "engine/model/series_stats.h"
+
+namespace quorvane {
+
+int ArimaSpec::FreeCount() const {
+  auto count = [](int n, const std::vector<bool>& zero) {
+    int c = 0;
+    for (int i = 0; i < n; ++i)
+      if (i >= static_cast<int>(zero.size()) || !zero[i]) ++c;
+    return c;
+  };
+  return count(p, ar_zero) + count(q, ma_zero) + count(P, sar_zero) + count(Q, sma_zero);
+}
+
+std::string ArimaSpec::Name() const {
+  std::string s = "ARIMA(" + std::to_string(p) + "," + std::to_string(d) + "," + std::to_string(q) + ")";
+  if (period > 1 && (P || D || Q))
+    s += "(" + std::to_string(P) + "," + std::to_string(D) + "," + std::to_string(Q) + ")" +
+         std::to_string(period);
+  if (constant) s += (d + D == 0) ? " with constant" : " with drift";
+  return s;
+}
+
+std::vector<double> DifferencingPolynomial(int d, int D, int period) {
+  std::vector<double> poly{1.0};  // 1 - sum delta B^k, lead 1
+  auto multiply = [&](int lag) {
+    std::vector<double> next(poly.size() + lag, 0.0);
+    for (size_t i = 0; i < poly.size(); ++i) {
+      next[i] += poly[i];
+      next[i + lag] -= poly[i];
+    }
+    poly.swap(next);
+  };
+  for (int i = 0; i < d; ++i) multiply(1);
+  for (int i = 0; i < D; ++i) multiply(std::max(1, period));
+  std::vector<double> delta(poly.size() - 1);
+  for (size_t k = 1; k < poly.size(); ++k) delta[k - 1] = -poly[k];
+  return delta;
+}
+
+std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& spec) {
+  std::vector<double> w = Difference(y, std::max(1, spec.period), spec.D);
+  return Difference(w, 1, spec.d);
+}
+
+namespace {
+
+struct Layout {
+  // Positions of free coefficients: (group, index). group 0 ar, 1 ma, 2 sar, 3 sma.
+  std::vector<std::pair<int, int>> slots;
+};
+
+Layout MakeLayout(const ArimaSpec& s) {
+  Layout l;
+  auto add = [&](int group, int n, const std::vector<bool>& zero) {
+    for (int i = 0; i < n; ++i)
+      if (i >= static_cast<int>(zero.size()) || !zero[i]) l.slots.push_back({group, i});
+  };
+  add(0, s.p, s.ar_zero);
+  add(1, s.q, s.ma_zero);
+  add(2, s.P, s.sar_zero);
+  add(3, s.Q, s.sma_zero);
+  return l;
+}
+
+ArmaCoefficients Unpack(const ArimaSpec& s, const Layout& l, const Eigen::VectorXd& x) {
+  ArmaCoefficients c;
+  c.period = s.period;
+  c.ar.assign(s.p, 0.0);
+  c.ma.assign(s.q, 0.0);
+  c.sar.assign(s.P, 0.0);
+  c.sma.assign(s.Q, 0.0);
+  for (size_t k = 0; k < l.slots.size(); ++k) {
+    auto [g, i] = l.slots[k];
+    std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
+    v[i] = x(static_cast<int>(k));
+  }
+  return c;
+}
+
+bool Admissible(const ArmaCoefficients& c) {
+  // A small margin keeps the filter away from the unit circle, where it degenerates.
+  return IsStationary(c.ar, 1e-6) && IsStationary(c.sar, 1e-6) && IsInvertible(c.ma, 1e-6) &&
+         IsInvertible(c.sma, 1e-6);
+}
+
+using ResidualFn = std::function<bool(const Eigen::VectorXd&, Eigen::VectorXd&)>;
+
+// Levenberg-Marquardt on a sum of squares with a forward-difference Jacobian. A step to an
+// inadmissible point counts as a failed step. Stops when the relative changes of the sum of
+// squares and of the parameters are both below their limits.
+struct LmOutcome {
+  int iterations = 0;
+  bool converged = false;
+  Eigen::MatrixXd jtj;   // at the solution
+};
+
+LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCriteria& crit, double sse_tol,
+                    double par_tol) {
+  LmOutcome out;
+  const int k = static_cast<int>(x.size());
+  Eigen::VectorXd r;
+  if (!f(x, r)) return out;
+  double sse = r.squaredNorm();
+  if (k == 0) {
+    out.converged = true;
+    return out;
+  }
+  const int m = static_cast<int>(r.size());
+  Eigen::MatrixXd J(m, k);
+  Eigen::VectorXd rp, xt;
+  double mu = 1e-3;
+  auto jacobian = [&]() {
+    for (int j = 0; j < k; ++j) {
+      const double h = 1e-6 * std::max(1.0, std::fabs(x(j)));
+      xt = x;
+      xt(j) += h;
+      if (!f(xt, rp) || rp.size() != m) {
+        xt(j) = x(j) - h;
+        if (!f(xt, rp) || rp.size() != m) return false;
+        J.col(j) = (r - rp) / h;
+      } else {
+        J.col(j) = (rp - r) / h;
+      }
+    }
+    return true;
+  };
+  for (int it = 0; it < crit.max_iterations; ++it) {
+    if (!jacobian()) break;
+    out.iterations = it + 1;
+    const Eigen::MatrixXd A = J.transpose() * J;
+    const Eigen::VectorXd g = J.transpose() * r;
+    bool improved = false;
+    for (int tries = 0; tries < 12; ++tries) {
+      Eigen::MatrixXd Ad = A;
+      for (int j = 0; j < k; ++j) Ad(j, j) += mu * std::max(A(j, j), 1e-12);
+      const Eigen::VectorXd step = Ad.ldlt().solve(-g);
+      if (!step.allFinite()) {
+        mu *= 10.0;
+        continue;
+      }
+      xt = x + step;
+      if (f(xt, rp) && rp.squaredNorm() <= sse) {
+        const double new_sse = rp.squaredNorm();
+        const double sse_change = sse > 0.0 ? (sse - new_sse) / sse * 100.0 : 0.0;
+        double par_change = 0.0;
+        for (int j = 0; j < k; ++j)
+          par_change = std::max(par_change, std::fabs(step(j)) / std::max(std::fabs(x(j)), 0.1) * 100.0);
+        x = xt;
+        r = rp;
+        sse = new_sse;
+        mu = std::max(mu / 10.0, 1e-12);
+        improved = true;
+        if (sse_change < sse_tol && par_change < par_tol) out.converged = true;
+        break;
+      }
+      mu *= 10.0;
+    }
+    if (!improved) {
+      out.converged = true;  // no step lowers the sum of squares: a minimum at this precision
+      break;
+    }
+    if (out.converged) break;
+  }
+  if (jacobian()) out.jtj = J.transpose() * J;
+  return out;
+}
+
+}  // namespace
+
+ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
+                  bool with_errors) {
+  ArimaFit fit;
+  fit.spec = spec;
+  const std::vector<double> w = DifferenceSeries(z, spec);
+  const Layout layout = MakeLayout(spec);
+  const int k = static_cast<int>(layout.slots.size());
+  const int n = static_cast<int>(w.size());
+  const int nparams = k + (spec.constant ? 1 : 0);
+  if (n < nparams + 2 || n < 2) return fit;
+  for (double v : w)
+    if (!std::isfinite(v)) return fit;
+
+  const double wmean = spec.constant ? Mean(w) : 0.0;
+  // Conditional least squares first: cheap, and close to the exact optimum.
+  Eigen::VectorXd x = Eigen::VectorXd::Zero(k);
+  std::vector<double> phi, theta;
+  const int pfull = spec.p + spec.period * spec.P;
+  if (k > 0 && n > pfull + k + 2) {
+    ResidualFn css = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
+      const ArmaCoefficients c = Unpack(spec, layout, xv);
+      if (!Admissible(c)) return false;
+      ExpandArma(c, phi, theta);
+      const std::vector<double> e = CssResiduals(w, wmean, phi, theta);
+      if (e.empty()) return false;
+      r = Eigen::Map<const Eigen::VectorXd>(e.data(), static_cast<int>(e.size()));
+      return r.allFinite();
+    };
+    ConvergenceCriteria cc = crit;
+    cc.max_iterations = std::max(crit.max_iterations, 10);
+    Eigen::VectorXd start = x;
+    Marquardt(css, x, cc, 0.01, 1.0);
+    if (!x.allFinite()) x = start;
+  }
+
+  ResidualFn exact = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
+    const ArmaCoefficients c = Unpack(spec, layout, xv);
+    if (!Admissible(c)) return false;
+    ExpandArma(c, phi, theta);
+    const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+    if (!L.ok) return false;
+    r = Eigen::Map<const Eigen::VectorXd>(L.scaled.data(), n);
+    return r.allFinite();
+  };
+  // The rules' limits are the loosest we accept; the search itself keeps its own precision.
+  const double sse_tol = std::min(crit.sse_change_pct, 1e-4);
+  const double par_tol = std::min(crit.parameter_change_pct, 1e-2);
+  LmOutcome lm;
+  if (crit.max_iterations > 0) {
+    ConvergenceCriteria ec = crit;
+    lm = Marquardt(exact, x, ec, sse_tol, par_tol);
+  } else {
+    lm.converged = true;
+  }
+  fit.iterations = lm.iterations;
+  fit.converged = lm.converged;
+
+  fit.coef = Unpack(spec, layout, x);
+  ExpandArma(fit.coef, phi, theta);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+  if (!L.ok) return fit;
+  fit.mean = L.mean;
+  fit.loglik = L.loglik;
+  fit.sigma2 = L.sigma2;
+  fit.n = n;
+  const int kk = nparams + 1;  // + sigma2
+  fit.aic = -2.0 * L.loglik + 2.0 * kk;
+  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
+                              : std::numeric_limits<double>::infinity();
+  fit.bic = -2.0 * L.loglik + std::log(static_cast<double>(n)) * kk;
+  fit.ok = std::isfinite(fit.loglik);
+
+  if (with_errors && fit.ok) {
+    Eigen::VectorXd se = Eigen::VectorXd::Zero(k);
+    bool have = false;
+    if (k > 0) {
+      // Numerical Hessian of the log-likelihood by central differences.
+      auto ll = [&](const Eigen::VectorXd& xv, double& out) {
+        const ArmaCoefficients c = Unpack(spec, layout, xv);
+        if (!IsStationary(c.ar) || !IsStationary(c.sar) || !IsInvertible(c.ma) || !IsInvertible(c.sma))
+          return false;
+        std::vector<double> ph, th;
+        ExpandArma(c, ph, th);
+        const ArmaLikelihood l = ArmaExactLikelihood(w, ph, th, spec.constant);
+        if (!l.ok) return false;
+        out = l.loglik;
+        return std::isfinite(out);
+      };
+      Eigen::MatrixXd H(k, k);
+      Eigen::VectorXd h(k);
+      for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
+      bool okh = true;
+      const double f0 = L.loglik;
+      for (int i = 0; i < k && okh; ++i) {
+        for (int j = i; j < k && okh; ++j) {
+          double fpp, fpm, fmp, fmm;
+          Eigen::VectorXd xs = x;
+          if (i == j) {
+            xs(i) = x(i) + h(i);
+            okh = ll(xs, fpp);
+            xs(i) = x(i) - h(i);
+            okh = okh && ll(xs, fmm);
+            H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
+          } else {
+            xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
+            xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
+            xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
+            xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
+            H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
+          }
+        }
+      }
+      if (okh) {
+        const Eigen::MatrixXd info = -H;
+        Eigen::LLT<Eigen::MatrixXd> llt(info);
+        if (llt.info() == Eigen::Success) {
+          const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
+          for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
+          have = se.allFinite();
+        }
+      }
+      if (!have && lm.jtj.rows() == k) {
+        // Gauss-Newton approximation: cov = (S*/n) (J'J)^-1.
+        Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);
+        const Eigen::MatrixXd cov =
+            (L.scaled_ssq / n) * ldlt.solve(Eigen::MatrixXd::Identity(k, k));
+        for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
+      }
+    } else {
+      have = true;
+    }
+    fit.hessian_ok = have;
+    // Expand to the full layout (held-at-zero terms get 0).
+    std::vector<double> all;
+    size_t slot = 0;
+    auto push = [&](int group, int count) {
+      for (int i = 0; i < count; ++i) {
+        if (slot < layout.slots.size() && layout.slots[slot] == std::make_pair(group, i)) {
+          all.push_back(se(static_cast<int>(slot)));
+          ++slot;
+        } else {
+          all.push_back(0.0);
+        }
+      }
+    };
+    push(0, spec.p);
+    push(1, spec.q);
+    push(2, spec.P);
+    push(3, spec.Q);
+    if (spec.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
+    fit.std_errors = all;
+  }
+  return fit;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,520 @@
+// Automatic univariate modelling: data preparation, identification, estimation, diagnosis
+// and forecasting of one output series, in the order the work is done.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+#include "engine/model.h"
+#include "engine/model/estimate.h"
+#include "engine/model/forecast.h"
+#include "engine/model/search.h"
+#include "engine/model/series_stats.h"
+#include "engine/model/texts.h"
+#include "engine/model/transform.h"
+#include "engine/model/unit_root.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr double kMissing = 99999999999.0;
+constexpr int kMaxForecasts = 600;
+constexpr int16_t kCodeObservations = 2180;
+constexpr int16_t kCodeCuriousValue = 2189;
+
+std::string Format(const char* fmt, double v) {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, fmt, v);
+  return buf;
+}
+
+std::string FormatInt(const char* fmt, int v) {
+  char buf[256];
+  std::snprintf(buf, sizeof buf, fmt, v);
+  return buf;
+}
+
+// Fills MissingValue entries by linear interpolation (the nearest value at the ends).
+int FillMissing(std::vector<double>& y) {
+  int filled = 0;
+  const int n = static_cast<int>(y.size());
+  for (int t = 0; t < n; ++t) {
+    if (y[t] != kMissing) continue;
+    int a = t - 1, b = t + 1;
+    while (b < n && y[b] == kMissing) ++b;
+    for (int k = t; k < b; ++k) {
+      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
+      else if (a >= 0) y[k] = y[a];
+      else if (b < n) y[k] = y[b];
+      ++filled;
+    }
+    t = b - 1;
+  }
+  return filled;
+}
+
+std::string TransformName(double lambda, const std::string& name) {
+  if (std::fabs(lambda - 1.0) < 1e-12) return name;
+  if (std::fabs(lambda) < 1e-12) return "LN(" + name + ")";
+  return "BOXCOX(" + name + "," + Format("%.2f", lambda) + ")";
+}
+
+// One factor "(1 - 0.4012B - 0.1B**2)" in regression sign convention, or "" when empty.
+std::string Factor(const std::vector<double>& c, int step, double sign) {
+  std::string s;
+  bool any = false;
+  for (size_t i = 0; i < c.size(); ++i) {
+    if (c[i] == 0.0) continue;
+    any = true;
+    const double v = sign * c[i];
+    s += v < 0 ? " - " : " + ";
+    s += Format("%.4f", std::fabs(v)) + "B";
+    const int lag = static_cast<int>(i + 1) * step;
+    if (lag > 1) s += "**" + std::to_string(lag);
+  }
+  return any ? "(1" + s + ")" : "";
+}
+
+std::string Equation(const ArimaFit& f, double lambda, const std::string& name) {
+  std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.spec.period, -1.0);
+  for (int i = 0; i < f.spec.d; ++i) lhs += "(1 - B)";
+  for (int i = 0; i < f.spec.D; ++i) lhs += "(1 - B**" + std::to_string(f.spec.period) + ")";
+  lhs += (lhs.empty() ? "" : " ") + TransformName(lambda, name) + "(t)";
+  std::string rhs;
+  if (f.spec.constant) {
+    double phi1 = 1.0;
+    for (double v : f.coef.ar) phi1 -= v;
+    double Phi1 = 1.0;
+    for (double v : f.coef.sar) Phi1 -= v;
+    rhs = Format("%.6g", phi1 * Phi1 * f.mean) + " + ";
+  }
+  const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.spec.period, 1.0);
+  rhs += ma + (ma.empty() ? "" : " ") + "a(t)";
+  return lhs + " = " + rhs;
+}
+
+// Removes trailing held-at-zero terms so the orders say what the model holds.
+void TrimOrders(ArimaSpec& s) {
+  auto trim = [](int& order, std::vector<bool>& zero) {
+    zero.resize(order, false);
+    while (order > 0 && zero[order - 1]) {
+      --order;
+      zero.pop_back();
+    }
+  };
+  trim(s.p, s.ar_zero);
+  trim(s.q, s.ma_zero);
+  trim(s.P, s.sar_zero);
+  trim(s.Q, s.sma_zero);
+}
+
+struct TermRef {
+  int group;  // 0 ar, 1 ma, 2 sar, 3 sma, 4 constant
+  int index;
+};
+
+std::vector<Coefficient> Coefficients(const ArimaFit& f, std::vector<TermRef>* refs) {
+  std::vector<Coefficient> out;
+  const int df = std::max(1, f.n - (f.spec.FreeCount() + (f.spec.constant ? 1 : 0)));
+  size_t se_index = 0;
+  auto add = [&](int group, const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix,
+                 const char* kind, int step) {
+    for (size_t i = 0; i < v.size(); ++i) {
+      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
+      ++se_index;
+      if (i < zero.size() && zero[i]) continue;
+      Coefficient c;
+      c.lag = static_cast<int>(i + 1) * step;
+      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
+      c.kind = kind;
+      c.value = v[i];
+      c.std_error = se;
+      c.t_value = se > 0.0 ? v[i] / se : 0.0;
+      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+      out.push_back(c);
+      if (refs) refs->push_back({group, static_cast<int>(i)});
+    }
+  };
+  add(0, f.coef.ar, f.spec.ar_zero, "AR", "ar", 1);
+  add(1, f.coef.ma, f.spec.ma_zero, "MA", "ma", 1);
+  add(2, f.coef.sar, f.spec.sar_zero, "SAR", "sar", f.spec.period);
+  add(3, f.coef.sma, f.spec.sma_zero, "SMA", "sma", f.spec.period);
+  if (f.spec.constant) {
+    Coefficient c;
+    c.term = "CONSTANT";
+    c.kind = "constant";
+    c.value = f.mean;
+    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
+    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
+    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    out.push_back(c);
+    if (refs) refs->push_back({4, 0});
+  }
+  return out;
+}
+
+// Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
+void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
+            double lambda, double scale, int horizon, double coverage) {
+  const int n = static_cast<int>(y.size());
+  const std::vector<double> pred = OneStepPredictions(z, fit);
+  r.fitted.assign(n, 0.0);
+  r.residuals.assign(n, 0.0);
+  std::vector<double> model_resid;
+  double sse = 0.0, ape = 0.0, sst = 0.0;
+  int ape_n = 0, used = 0;
+  std::vector<double> used_z;
+  for (int t = 0; t < n; ++t) {
+    if (std::isnan(pred[t])) {
+      r.fitted[t] = y[t];
+      r.residuals[t] = 0.0;
+      continue;
+    }
+    const double fz = InverseBoxCox(pred[t] * scale, lambda);
+    r.fitted[t] = fz;
+    r.residuals[t] = y[t] - fz;
+    model_resid.push_back((z[t] - pred[t]) * scale);
+    used_z.push_back(z[t] * scale);
+    sse += r.residuals[t] * r.residuals[t];
+    if (y[t] != 0.0) {
+      ape += std::fabs(r.residuals[t] / y[t]);
+      ++ape_n;
+    }
+    ++used;
+  }
+  const double zbar = Mean(used_z);
+  double mss = 0.0;
+  for (size_t i = 0; i < used_z.size(); ++i) {
+    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
+    mss += model_resid[i] * model_resid[i];
+  }
+  r.cleansed = y;
+  r.observations = used;
+  r.parameters = fit.spec.FreeCount() + (fit.spec.constant ? 1 : 0);
+  r.degrees_of_freedom = std::max(0, used - r.parameters);
+  r.sse = sse;
+  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
+  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
+  const double log_scale = std::log(scale);
+  r.loglik = fit.loglik - fit.n * log_scale;
+  const int kk = r.parameters + 1;
+  r.aic = -2.0 * r.loglik + 2.0 * kk;
+  r.bic = -2.0 * r.loglik + std::log(std::max(1, fit.n)) * kk;
+  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
+
+  const int period = fit.spec.period;
+  const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
+  const TestResult lb = LjungBox(model_resid, lb_lags, fit.spec.FreeCount());
+  r.ljung_box_q = lb.statistic;
+  r.ljung_box_p = lb.p_value;
+  r.ljung_box_lags = lb_lags;
+  const TestResult jb = JarqueBera(model_resid);
+  r.normality_stat = jb.statistic;
+  r.normality_p = jb.p_value;
+  const int acf_lags = std::max(1, std::min(period > 1 ? 2 * period : 12, std::max(1, used / 4)));
+  r.residual_acf = Autocorrelations(model_resid, acf_lags);
+  r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
+
+  if (horizon > 0) {
+    ArimaForecast fc = ForecastArima(z, fit, horizon, coverage);
+    r.forecasts.resize(horizon);
+    r.lower.resize(horizon);
+    r.upper.resize(horizon);
+    for (int h = 0; h < horizon; ++h) {
+      r.forecasts[h] = InverseBoxCox(fc.mean[h] * scale, lambda);
+      r.lower[h] = InverseBoxCox(fc.lower[h] * scale, lambda);
+      r.upper[h] = InverseBoxCox(fc.upper[h] * scale, lambda);
+    }
+  }
+}
+
+// A power of two near the size of the series: fitting on z / scale keeps squares finite
+// for huge values and costs no precision.
+double ScaleOf(const std::vector<double>& z) {
+  double m = 0.0;
+  for (double v : z) m = std::max(m, std::fabs(v));
+  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
+  return std::ldexp(1.0, std::ilogb(m));
+}
+
+std::vector<double> Scaled(const std::vector<double>& z, double scale) {
+  std::vector<double> out(z.size());
+  for (size_t i = 0; i < z.size(); ++i) out[i] = z[i] / scale;
+  return out;
+}
+
+void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const char* why) {
+  const int n = static_cast<int>(y.size());
+  const double last = y.back();
+  r.warnings.push_back(why);
+  r.notes.push_back({texts::kHeadModel, why});
+  r.description = "CONSTANT";
+  r.fitted = y;
+  r.residuals.assign(n, 0.0);
+  r.cleansed = y;
+  r.observations = n;
+  r.has_constant = true;
+  Coefficient c;
+  c.term = "CONSTANT";
+  c.kind = "constant";
+  c.value = last;
+  c.p_value = 0.0;
+  r.coefficients.push_back(c);
+  r.parameters = 1;
+  r.degrees_of_freedom = std::max(0, n - 1);
+  r.equation = "Y(t) = " + Format("%.6g", last);
+  r.forecasts.assign(horizon, last);
+  r.lower.assign(horizon, last);
+  r.upper.assign(horizon, last);
+}
+
+}  // namespace
+
+ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r;
+  const EngineRules& rules = problem.rules;
+  auto stage = [&](Stage s) {
+    if (on_stage && !on_stage(s)) {
+      r.cancelled = true;
+      return false;
+    }
+    return true;
+  };
+
+  // 1. Data preparation.
+  if (!stage(Stage::DataPreparation)) return r;
+  if (problem.objective != 0)
+    r.warnings.push_back(FormatInt(texts::kObjectiveAsAutomatic, problem.objective));
+  std::vector<double> y = problem.y;
+  const int n = static_cast<int>(y.size());
+  if (n == 0) {
+    r.error_code = kCodeObservations;
+    return r;
+  }
+  for (double v : y)
+    if (!std::isfinite(v)) {
+      r.error_code = kCodeCuriousValue;
+      return r;
+    }
+  const int filled = FillMissing(y);
+  if (filled == n) {
+    r.error_code = kCodeObservations;
+    return r;
+  }
+  if (filled > 0) r.warnings.push_back(FormatInt(texts::kMissingInterpolated, filled));
+
+  int horizon = problem.horizon > 0 ? problem.horizon : rules.forecasts;
+  if (!rules.forecasting_enabled) {
+    horizon = 0;
+    r.warnings.push_back(texts::kForecastingDisabled);
+  }
+  if (horizon > kMaxForecasts) {
+    horizon = kMaxForecasts;
+    r.warnings.push_back(texts::kHorizonTooLong);
+  }
+  horizon = std::max(horizon, 0);
+  const double coverage = rules.forecast_confidence;
+  int period = problem.seasonality > 1 ? problem.seasonality : 1;
+  {
+    const double lo = *std::min_element(y.begin(), y.end());
+    const double hi = *std::max_element(y.begin(), y.end());
+    r.notes.push_back({texts::kHeadData, std::to_string(n) + " observations from " + Format("%.6g", lo) +
+                                             " to " + Format("%.6g", hi) + ", mean " + Format("%.6g", Mean(y)) +
+                                             ", seasonality " + std::to_string(problem.seasonality) + "."});
+    if (!(hi - lo > 1e-12 * std::max(std::fabs(lo), std::fabs(hi)))) {
+      Trivial(r, y, horizon, texts::kConstantSeries);
+      return r;
+    }
+  }
+  if (n < 3) {
+    Trivial(r, y, horizon, texts::kTooFewObservations);
+    return r;
+  }
+  // Seasonal terms need at least two full periods beyond the first.
+  if (period > 1 && n < 2 * period + 3) {
+    r.notes.push_back({texts::kHeadData, "Too few observations for seasonal terms of period " +
+                                             std::to_string(period) + "; none are used."});
+    period = 1;
+  }
+  ConvergenceCriteria crit;
+  crit.sse_change_pct = rules.sse_change_pct;
+  crit.parameter_change_pct = rules.parameter_change_pct;
+  crit.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
+  if (!rules.estimation_enabled) r.warnings.push_back(texts::kEstimationDisabled);
+
+  // Box-Cox power from the rules' list by profile likelihood (with the Jacobian), under
+  // a fixed ARIMA(1,d,1)(0,D,1) whose differencing comes from the untransformed series.
+  double lambda = 1.0;
+  {
+    std::vector<double> candidates;
+    for (double l : rules.lambdas)
+      if (std::isfinite(l) && l >= -1.0 && l <= 1.0 && PowerApplies(y, l)) candidates.push_back(l);
+    const bool only_none =
+        candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
+    if (!only_none) {
+      const int D0 = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
+      const int d0 = RegularDifferences(Difference(y, period, D0), 2, nullptr);
+      ArimaSpec s;
+      s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
+      s.constant = d0 + D0 <= 1;
+      double best = -std::numeric_limits<double>::infinity();
+      std::string story;
+      for (double l : candidates) {
+        const std::vector<double> zl = BoxCox(y, l);
+        const double sc = ScaleOf(zl);
+        ConvergenceCriteria quick = crit;
+        quick.max_iterations = std::min(std::max(crit.max_iterations, 5), 10);
+        const ArimaFit f = FitArima(Scaled(zl, sc), s, quick, false);
+        if (!f.ok) continue;
+        const int burn = n - f.n;
+        const double ll = f.loglik - f.n * std::log(sc) + BoxCoxLogJacobian(y, l, burn);
+        story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
+        if (ll > best) {
+          best = ll;
+          lambda = l;
+        }
+      }
+      r.notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", lambda) + "."});
+    } else {
+      r.notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
+    }
+  }
+  r.lambda = lambda;
+  const std::vector<double> zt = BoxCox(y, lambda);
+  const double scale = ScaleOf(zt);
+  const std::vector<double> z = Scaled(zt, scale);
+
+  // 2. Identification.
+  if (!stage(Stage::Identification)) return r;
+  int D = 0;
+  if (period > 1) {
+    double strength = 0.0;
+    D = SeasonalDifferences(z, period, &strength);
+    r.notes.push_back({texts::kHeadDifferencing, "Seasonal strength " + Format("%.3f", strength) +
+                                                     " (threshold 0.64): " + std::to_string(D) +
+                                                     " seasonal difference(s) of period " + std::to_string(period) + "."});
+  }
+  std::vector<KpssResult> kpss;
+  const int max_d = n - period * D > 10 ? 2 : 1;
+  const int d = RegularDifferences(Difference(z, period, D), max_d, &kpss);
+  {
+    std::string text;
+    for (size_t i = 0; i < kpss.size(); ++i)
+      text += "KPSS after " + std::to_string(i) + " difference(s): statistic " + Format("%.4f", kpss[i].statistic) +
+              ", p-value " + Format("%.3f", kpss[i].p_value) + ", lags " + std::to_string(kpss[i].lags) + ". ";
+    r.notes.push_back({texts::kHeadDifferencing, text + std::to_string(d) + " regular difference(s)."});
+  }
+
+  SearchOptions so;
+  so.criteria = crit;
+  std::vector<SearchStep> trail;
+  ArimaFit best = StepwiseSearch(z, d, D, period, so, &trail);
+  {
+    std::string text;
+    for (const SearchStep& s : trail)
+      text += s.model + (s.usable ? ": AICc " + Format("%.3f", s.aicc) : std::string(": not usable")) + "; ";
+    r.notes.push_back({texts::kHeadSearch, text + "chosen " + (best.ok ? best.spec.Name() : std::string("none")) + "."});
+  }
+  if (!best.ok) {
+    // Simpler and simpler models until one can be estimated.
+    r.warnings.push_back(texts::kFallbackModel);
+    const int ds[][2] = {{d, D}, {1, 0}, {0, 0}};
+    for (const auto& dd : ds) {
+      ArimaSpec s;
+      s.d = dd[0];
+      s.D = period > 1 ? dd[1] : 0;
+      s.period = period;
+      s.constant = s.d + s.D == 0;
+      best = FitArima(z, s, crit, false);
+      if (best.ok) break;
+    }
+    if (!best.ok) {
+      Trivial(r, y, horizon, texts::kTooFewObservations);
+      return r;
+    }
+  }
+
+  // 3. Estimation: the chosen orders again with standard errors; the necessity test drops
+  // the least significant term and estimates again while one is not significant.
+  if (!stage(Stage::Estimation)) return r;
+  ArimaFit fit = FitArima(z, best.spec, crit, true);
+  if (!fit.ok) fit = best;
+  if (rules.necessity) {
+    const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
+    std::string text;
+    for (int round = 0; round < 20; ++round) {
+      std::vector<TermRef> refs;
+      const std::vector<Coefficient> cs = Coefficients(fit, &refs);
+      int worst = -1;
+      double worst_p = alpha;
+      for (size_t i = 0; i < cs.size(); ++i)
+        if (cs[i].std_error > 0.0 && cs[i].p_value > worst_p) {
+          worst_p = cs[i].p_value;
+          worst = static_cast<int>(i);
+        }
+      if (worst < 0) break;
+      ArimaSpec s = fit.spec;
+      const TermRef ref = refs[worst];
+      auto hold = [](std::vector<bool>& zero, int order, int index) {
+        zero.resize(order, false);
+        zero[index] = true;
+      };
+      switch (ref.group) {
+        case 0: hold(s.ar_zero, s.p, ref.index); break;
+        case 1: hold(s.ma_zero, s.q, ref.index); break;
+        case 2: hold(s.sar_zero, s.P, ref.index); break;
+        case 3: hold(s.sma_zero, s.Q, ref.index); break;
+        default: s.constant = false; break;
+      }
+      TrimOrders(s);
+      const ArimaFit next = FitArima(z, s, crit, true);
+      if (!next.ok) break;
+      text += cs[worst].term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
+      fit = next;
+    }
+    r.notes.push_back({texts::kHeadNecessity,
+                       (text.empty() ? std::string("Every term is significant at ") + Format("%.1f", rules.necessity_level) + " %."
+                                     : text)});
+  }
+  if (!fit.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
+
+  // Report the model on the scale of the data.
+  ArimaFit shown = fit;
+  shown.mean = fit.mean * scale;
+  if (!shown.std_errors.empty() && fit.spec.constant) shown.std_errors.back() *= scale;
+  r.d = fit.spec.d;
+  r.D = fit.spec.D;
+  r.p = fit.spec.p;
+  r.q = fit.spec.q;
+  r.P = fit.spec.P;
+  r.Q = fit.spec.Q;
+  r.period = fit.spec.period;
+  r.has_constant = fit.spec.constant;
+  r.coefficients = Coefficients(shown, nullptr);
+  r.description = fit.spec.Name();
+  r.equation = Equation(shown, lambda, problem.output_name.empty() ? "Y" : problem.output_name);
+
+  // 4. Diagnosis and forecasts.
+  if (!stage(Stage::Diagnosis)) return r;
+  Finish(r, y, z, fit, lambda, scale, horizon, coverage);
+  {
+    std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
+                       Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
+                       ", AIC " + Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + ".";
+    r.notes.push_back({texts::kHeadModel, text});
+    const int burn = n - fit.n;
+    if (burn > 0)
+      r.notes.push_back({texts::kHeadModel, "The first " + std::to_string(burn) +
+                                                " observation(s) start the differencing; their fitted values equal the actuals."});
+    r.notes.push_back({texts::kHeadDiagnosis,
+                       "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " + std::to_string(r.ljung_box_lags) +
+                           " lags, p-value " + Format("%.4f", r.ljung_box_p) + "; Jarque-Bera " +
+                           Format("%.3f", r.normality_stat) + ", p-value " + Format("%.4f", r.normality_p) +
+                           "; R-squared " + Format("%.4f", r.r_squared) + "; in-sample MAPE " +
+                           Format("%.3f", r.mape) + " %."});
+  }
+  return r;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,88 @@
+#include "engine/model/search.h"
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <tuple>
+
+namespace quorvane {
+
+bool RootsClearOfUnitCircle(const ArimaFit& fit) {
+  std::vector<double> phi, theta;
+  ExpandArma(fit.coef, phi, theta);
+  std::vector<double> ma(theta.size());
+  for (size_t i = 0; i < theta.size(); ++i) ma[i] = -theta[i];
+  return SmallestRootModulus(phi) >= 1.01 && SmallestRootModulus(ma) >= 1.01;
+}
+
+ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
+                        std::vector<SearchStep>* trail) {
+  const bool seasonal = period > 1;
+  const bool constant_ok = o.allow_constant && d + D <= 1;
+  using Key = std::tuple<int, int, int, int, bool>;
+  std::map<Key, ArimaFit> tried;
+  ArimaFit best;
+  double best_ic = std::numeric_limits<double>::infinity();
+  int models = 0;
+
+  auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
+    if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
+    if (p > o.max_p || q > o.max_q || P > o.max_P || Q > o.max_Q) return false;
+    if (p + q + P + Q > o.max_order) return false;
+    if (!seasonal && (P || Q)) return false;
+    if (c && !constant_ok) return false;
+    const Key key{p, q, P, Q, c};
+    if (tried.count(key)) return false;
+    if (models >= o.max_models) return false;
+    ++models;
+    ArimaSpec s;
+    s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
+    s.period = seasonal ? period : 1;
+    s.constant = c;
+    ArimaFit f = FitArima(z, s, o.criteria, false);
+    const bool usable = f.ok && std::isfinite(f.aicc) && RootsClearOfUnitCircle(f);
+    if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
+    tried[key] = f;
+    if (usable && f.aicc < best_ic - 1e-9) {
+      best_ic = f.aicc;
+      best = f;
+      return true;
+    }
+    return false;
+  };
+
+  if (seasonal) {
+    consider(2, 2, 1, 1, constant_ok);
+    consider(0, 0, 0, 0, constant_ok);
+    consider(1, 0, 1, 0, constant_ok);
+    consider(0, 1, 0, 1, constant_ok);
+    if (constant_ok) consider(0, 0, 0, 0, false);
+  } else {
+    consider(2, 2, 0, 0, constant_ok);
+    consider(0, 0, 0, 0, constant_ok);
+    consider(1, 0, 0, 0, constant_ok);
+    consider(0, 1, 0, 0, constant_ok);
+    if (constant_ok) consider(0, 0, 0, 0, false);
+  }
+  if (!best.ok) return best;
+
+  bool moved = true;
+  while (moved && models < o.max_models) {
+    moved = false;
+    const int p = best.spec.p, q = best.spec.q, P = best.spec.P, Q = best.spec.Q;
+    const bool c = best.spec.constant;
+    const int moves[][4] = {{0, 0, -1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}, {0, 0, 0, 1},  {0, 0, -1, -1},
+                            {0, 0, 1, 1},  {-1, 0, 0, 0}, {1, 0, 0, 0}, {0, -1, 0, 0}, {0, 1, 0, 0},
+                            {-1, -1, 0, 0}, {1, 1, 0, 0}, {-1, 1, 0, 0}, {1, -1, 0, 0}};
+    for (const auto& m : moves) {
+      if (consider(p + m[0], q + m[1], P + m[2], Q + m[3], c)) {
+        moved = true;
+        break;
+      }
+    }
+    if (!moved && constant_ok && consider(p, q, P, Q, !c)) moved = true;
+  }
+  return best;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,203 @@
+// Automatic modelling end to end: the model found on classic series, the stage protocol,
+// and the bad or awkward inputs an analyst's data brings.
+#include <cmath>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "engine/model.h"
+#include "model_test_data.h"
+
+namespace quorvane {
+namespace {
+
+constexpr double kMissing = 99999999999.0;
+
+ModelingProblem Problem(std::vector<double> y, int seasonality, int horizon) {
+  ModelingProblem p;
+  p.output_name = "SALES";
+  p.y = std::move(y);
+  p.seasonality = seasonality;
+  p.horizon = horizon;
+  return p;
+}
+
+const Coefficient* Find(const ModelResult& r, const std::string& term) {
+  for (const Coefficient& c : r.coefficients)
+    if (c.term == term) return &c;
+  return nullptr;
+}
+
+void ExpectWellFormed(const ModelResult& r, size_t n, int horizon) {
+  ASSERT_EQ(r.error_code, 0);
+  ASSERT_EQ(r.fitted.size(), n);
+  ASSERT_EQ(r.residuals.size(), n);
+  ASSERT_EQ(r.cleansed.size(), n);
+  ASSERT_EQ(r.forecasts.size(), static_cast<size_t>(horizon));
+  ASSERT_EQ(r.lower.size(), static_cast<size_t>(horizon));
+  ASSERT_EQ(r.upper.size(), static_cast<size_t>(horizon));
+  for (size_t t = 0; t < n; ++t) {
+    EXPECT_TRUE(std::isfinite(r.fitted[t])) << t;
+    EXPECT_NE(r.fitted[t], kMissing);
+    EXPECT_TRUE(std::isfinite(r.residuals[t])) << t;
+  }
+  for (int h = 0; h < horizon; ++h) {
+    EXPECT_TRUE(std::isfinite(r.forecasts[h]));
+    EXPECT_LE(r.lower[h], r.forecasts[h]);
+    EXPECT_GE(r.upper[h], r.forecasts[h]);
+  }
+}
+
+TEST(FitAndForecast, AirlineSeriesGetsTheAirlineModelOnLogs) {
+  ModelingProblem p = Problem(testdata::LoadSeries("airline"), 12, 24);
+  ASSERT_EQ(p.y.size(), 144u);
+  p.rules.lambdas = {1.0, 0.0, 0.5};
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 144, 24);
+  EXPECT_EQ(r.lambda, 0.0);
+  EXPECT_EQ(r.description, "ARIMA(0,1,1)(0,1,1)12");
+  const Coefficient* ma = Find(r, "MA(1)");
+  const Coefficient* sma = Find(r, "SMA(12)");
+  ASSERT_TRUE(ma && sma);
+  // Known maximum-likelihood values for the logged series.
+  EXPECT_NEAR(ma->value, -0.4018, 0.002);
+  EXPECT_NEAR(sma->value, -0.5569, 0.002);
+  EXPECT_NEAR(ma->std_error, 0.0896, 0.005);
+  EXPECT_LT(ma->p_value, 0.001);
+  EXPECT_NEAR(r.loglik, 244.70, 0.05);
+  EXPECT_NE(r.equation.find("LN(SALES)"), std::string::npos);
+  EXPECT_NE(r.equation.find("(1 - B**12)"), std::string::npos);
+  // Back-transformed limits are asymmetric, as on the original scale they must be.
+  EXPECT_GT(r.upper[11] - r.forecasts[11], r.forecasts[11] - r.lower[11]);
+  // July 1961 above January 1961, like every year of the data.
+  EXPECT_GT(r.forecasts[6], r.forecasts[0]);
+  EXPECT_GT(r.ljung_box_p, 0.05);
+  EXPECT_GT(r.r_squared, 0.9);
+  EXPECT_LT(r.mape, 5.0);
+  // The differencing's first 13 observations have no prediction: actual kept, zero residual.
+  EXPECT_EQ(r.fitted[0], p.y[0]);
+  EXPECT_EQ(r.residuals[12], 0.0);
+  EXPECT_NE(r.residuals[13], 0.0);
+}
+
+TEST(FitAndForecast, StationaryNoiseGetsAMeanAndFlatForecasts) {
+  std::vector<double> y = testdata::SimulateArma11(200, 0.0, 0.0, 1.0, 7);
+  for (double& v : y) v += 50.0;
+  const ModelResult r = FitAndForecast(Problem(y, 1, 10), nullptr);
+  ExpectWellFormed(r, 200, 10);
+  EXPECT_EQ(r.d, 0);
+  EXPECT_TRUE(r.has_constant);
+  EXPECT_NEAR(r.forecasts[9], 50.0, 0.5);
+  // 95 % limits of unit noise are about +-1.96.
+  EXPECT_NEAR(r.upper[9] - r.forecasts[9], 1.96, 0.4);
+}
+
+TEST(FitAndForecast, RandomWalkIsDifferencedOnce) {
+  std::vector<double> e = testdata::SimulateArma11(300, 0.0, 0.0, 1.0, 11);
+  std::vector<double> y(e.size());
+  double level = 100.0;
+  for (size_t t = 0; t < e.size(); ++t) y[t] = (level += e[t]);
+  const ModelResult r = FitAndForecast(Problem(y, 1, 5), nullptr);
+  ExpectWellFormed(r, 300, 5);
+  EXPECT_EQ(r.d, 1);
+  // Limits widen with the horizon like sqrt(h).
+  EXPECT_NEAR((r.upper[3] - r.forecasts[3]) / (r.upper[0] - r.forecasts[0]), 2.0, 0.3);
+}
+
+TEST(FitAndForecast, StagesRunInOrderAndACancelStops) {
+  std::vector<Stage> seen;
+  ModelResult r = FitAndForecast(Problem(testdata::LoadSeries("airline"), 12, 12), [&](Stage s) {
+    seen.push_back(s);
+    return true;
+  });
+  EXPECT_EQ(seen, (std::vector<Stage>{Stage::DataPreparation, Stage::Identification, Stage::Estimation,
+                                      Stage::Diagnosis}));
+  EXPECT_FALSE(r.cancelled);
+  seen.clear();
+  r = FitAndForecast(Problem(testdata::LoadSeries("airline"), 12, 12), [&](Stage s) {
+    seen.push_back(s);
+    return s != Stage::Identification;
+  });
+  EXPECT_TRUE(r.cancelled);
+  EXPECT_EQ(seen.size(), 2u);
+  EXPECT_TRUE(r.forecasts.empty());
+}
+
+TEST(FitAndForecast, BadInputGivesTheEngineCodes) {
+  EXPECT_EQ(FitAndForecast(Problem({}, 1, 5), nullptr).error_code, 2180);
+  EXPECT_EQ(FitAndForecast(Problem({1, 2, NAN, 4, 5, 6}, 1, 5), nullptr).error_code, 2189);
+  EXPECT_EQ(FitAndForecast(Problem({1, 2, INFINITY, 4, 5, 6}, 1, 5), nullptr).error_code, 2189);
+  EXPECT_EQ(FitAndForecast(Problem({kMissing, kMissing}, 1, 5), nullptr).error_code, 2180);
+}
+
+TEST(FitAndForecast, AwkwardSeriesStillForecast) {
+  // Constant: the value, with no uncertainty.
+  ModelResult r = FitAndForecast(Problem(std::vector<double>(40, 7.5), 12, 6), nullptr);
+  ExpectWellFormed(r, 40, 6);
+  EXPECT_EQ(r.forecasts[5], 7.5);
+  EXPECT_EQ(r.upper[5], 7.5);
+  EXPECT_FALSE(r.warnings.empty());
+  // One and two observations.
+  r = FitAndForecast(Problem({3.0}, 1, 3), nullptr);
+  ExpectWellFormed(r, 1, 3);
+  EXPECT_EQ(r.forecasts[2], 3.0);
+  r = FitAndForecast(Problem({3.0, 5.0}, 4, 3), nullptr);
+  ExpectWellFormed(r, 2, 3);
+  // Short seasonal series: seasonal terms dropped, a forecast all the same.
+  std::vector<double> shortm = testdata::LoadSeries("airline");
+  shortm.resize(20);
+  r = FitAndForecast(Problem(shortm, 12, 12), nullptr);
+  ExpectWellFormed(r, 20, 12);
+  EXPECT_EQ(r.period, 1);
+  // Missing values inside are interpolated, with a warning.
+  std::vector<double> gaps = testdata::LoadSeries("airline");
+  gaps[50] = kMissing;
+  gaps[51] = kMissing;
+  r = FitAndForecast(Problem(gaps, 12, 12), nullptr);
+  ExpectWellFormed(r, 144, 12);
+  EXPECT_EQ(r.cleansed[50], r.cleansed[49] + (r.cleansed[52] - r.cleansed[49]) / 3.0);
+  ASSERT_FALSE(r.warnings.empty());
+  EXPECT_NE(r.warnings[0].find("2 missing"), std::string::npos);
+}
+
+TEST(FitAndForecast, HugeAndTinyValuesGiveTheSameModelScaled) {
+  const std::vector<double> base = testdata::LoadSeries("airline");
+  const ModelResult r0 = FitAndForecast(Problem(base, 12, 12), nullptr);
+  for (double factor : {1e200, 1e-200}) {
+    std::vector<double> y = base;
+    for (double& v : y) v *= factor;
+    const ModelResult r = FitAndForecast(Problem(y, 12, 12), nullptr);
+    ExpectWellFormed(r, 144, 12);
+    EXPECT_EQ(r.description, r0.description);
+    ASSERT_EQ(r.coefficients.size(), r0.coefficients.size());
+    for (size_t i = 0; i < r.coefficients.size(); ++i)
+      EXPECT_NEAR(r.coefficients[i].value, r0.coefficients[i].value, 1e-6);
+    EXPECT_NEAR(r.forecasts[11] / factor, r0.forecasts[11], 1e-6 * r0.forecasts[11]);
+  }
+}
+
+TEST(FitAndForecast, OtherObjectivesRunAutomaticallyWithAWarning) {
+  ModelingProblem p = Problem(testdata::LoadSeries("airline"), 12, 12);
+  p.objective = 5;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 144, 12);
+  ASSERT_FALSE(r.warnings.empty());
+  EXPECT_NE(r.warnings[0].find("Objective 5"), std::string::npos);
+}
+
+TEST(FitAndForecast, RulesSwitchForecastingAndNecessity) {
+  ModelingProblem p = Problem(testdata::LoadSeries("airline"), 12, 12);
+  p.rules.forecasting_enabled = false;
+  ModelResult r = FitAndForecast(p, nullptr);
+  EXPECT_EQ(r.error_code, 0);
+  EXPECT_TRUE(r.forecasts.empty());
+  // At 99.99 % confidence nothing weak survives the necessity test.
+  p = Problem(testdata::SimulateArma11(150, 0.2, 0.0, 1.0, 3), 1, 6);
+  p.rules.necessity_level = 99.99;
+  r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 150, 6);
+  for (const Coefficient& c : r.coefficients) EXPECT_LT(c.p_value, 0.0001) << c.term;
+}
+
+}  // namespace
+}  // namespace quorvane
