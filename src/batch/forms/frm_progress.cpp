@@ -1,0 +1,160 @@
+#include "batch/forms/frm_progress.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace tessaly::batch {
+
+frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
+  setWindowTitle(kProgressCaption);
+  setModal(true);
+  setObjectName("frmProgress");
+
+  lblProgress = new QLabel(kProgressStarting, this);
+  lblProgress->setObjectName("lblProgress");
+  ProgressBar1 = new QProgressBar(this);
+  ProgressBar1->setObjectName("ProgressBar1");
+  ProgressBar1->setRange(0, 100);
+  ProgressBar1->setTextVisible(false);
+  txtComplete = new QPlainTextEdit(this);
+  txtComplete->setObjectName("txtComplete");
+  txtComplete->setReadOnly(true);
+  txtComplete->setPlainText("EXECUTION\nCOMPLETED");
+  txtComplete->setMaximumHeight(60);
+  lblTime = new QLabel(this);
+  lblTime->setObjectName("lblTime");
+  btnCancel = new QPushButton("Cancel", this);
+  btnCancel->setObjectName("btnCancel");
+  btnOK = new QPushButton("OK", this);
+  btnOK->setObjectName("btnOK");
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(btnCancel);
+  buttons->addWidget(btnOK);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(lblProgress);
+  layout->addWidget(ProgressBar1);
+  layout->addWidget(txtComplete);
+  layout->addWidget(lblTime);
+  layout->addLayout(buttons);
+  setMinimumWidth(360);
+
+  Timer1 = new QTimer(this);
+  Timer1->setInterval(kProgressTickMs);
+  Timer1->setTimerType(Qt::PreciseTimer);
+  connect(Timer1, &QTimer::timeout, this, &frmProgress::Timer1Tick);
+  // The engine's ready event is noticed between ticks; the tick still decides when to finish.
+  poll_timer_ = new QTimer(this);
+  poll_timer_->setInterval(100);
+  connect(poll_timer_, &QTimer::timeout, this, [this] {
+    if (engine_) engine_->Poll();
+  });
+  connect(btnCancel, &QPushButton::clicked, this, &frmProgress::btnCancelClick);
+  connect(btnOK, &QPushButton::clicked, this, &QDialog::accept);
+}
+
+frmProgress::~frmProgress() { RestorePointer(); }
+
+void frmProgress::SetTimings(int tick_ms, int close_ms, int poll_ms) {
+  Timer1->setInterval(tick_ms);
+  close_ms_ = close_ms;
+  poll_timer_->setInterval(poll_ms);
+}
+
+void frmProgress::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (!loaded_) {
+    loaded_ = true;
+    FormLoad();
+  }
+}
+
+void frmProgress::FormLoad() {
+  btnCancel->setVisible(true);
+  btnCancel->setEnabled(true);
+  lblProgress->setVisible(true);
+  lblProgress->setEnabled(true);
+  ProgressBar1->setVisible(true);
+  ProgressBar1->setEnabled(true);
+  btnOK->setVisible(false);
+  txtComplete->setVisible(false);
+  state_.Load(TimeOfDayNow());
+  lblProgress->setText(QString::fromStdString(state_.label()));
+  lblTime->setText(QString::fromStdString(state_.time_text()));
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  pointer_overridden_ = true;
+  ProgressBar1->setValue(state_.bar());
+  Timer1->start();
+  poll_timer_->start();
+}
+
+void frmProgress::Timer1Tick() {
+  if (!engine_) return;
+  engine_->Poll();
+  bool finished = state_.Tick(engine_->Finished(), TimeOfDayNow(), RandomBarStep,
+                              engine_->StageText());
+  ProgressBar1->setValue(state_.bar());
+  lblProgress->setText(QString::fromStdString(state_.label()));
+  if (!finished) return;
+  Timer1->stop();
+  poll_timer_->stop();
+  btnCancel->setVisible(false);
+  lblProgress->setVisible(false);
+  ProgressBar1->setVisible(false);
+  txtComplete->setVisible(true);
+  lblTime->setText(QString::fromStdString(state_.time_text()));
+  RestorePointer();
+  // The pause lets events run; the form then unloads itself.
+  QTimer::singleShot(close_ms_, Qt::PreciseTimer, this, &QDialog::accept);
+}
+
+void frmProgress::btnCancelClick() {
+  if (engine_) engine_->Cancel();
+  btnCancel->setEnabled(false);
+}
+
+void frmProgress::reject() {
+  // Escape or the window's close box while the engine works: that is a cancel; the form
+  // still closes only when the engine has ended, so the caller never runs on beside it.
+  if (!state_.finished()) {
+    if (btnCancel->isEnabled()) btnCancelClick();
+    return;
+  }
+  QDialog::reject();
+}
+
+void frmProgress::done(int result) {
+  Timer1->stop();
+  poll_timer_->stop();
+  RestorePointer();
+  QDialog::done(result);
+}
+
+void frmProgress::RestorePointer() {
+  if (pointer_overridden_) {
+    pointer_overridden_ = false;
+    QApplication::restoreOverrideCursor();
+  }
+}
+
+void DesktopProgressWait::Wait(platform::WaitedWork& work) {
+  // The form closes itself only after the engine has finished; should it be closed from
+  // outside while the engine still runs, a new one takes its place.
+  do {
+    frmProgress form(parent_);
+    form.SetEngine(&work);
+    form.exec();
+    work.Poll();
+  } while (!work.Finished());
+}
+
+void DesktopProgressWait::LetEventsRun() { QCoreApplication::processEvents(); }
+
+}  // namespace tessaly::batch
