@@ -1,0 +1,197 @@
+#pragma once
+// Running a project: the preparation of Run Project (mnuBatchRun) and RunEngine, which
+// takes the project's ASC files in list order, reads and checks each, calls the engine,
+// files the outputs, writes each status back into the project and at the end shows what
+// happened. A failed dataset never stops the others; only a cancel does.
+//
+// The run reaches the rest of the system through seams that the desktop, the unattended
+// runner and tests fill: the rules wizard, the graphs and the intervention page, the
+// link-tree site, the engine call, and the main form's view (status label, tree, menus).
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "batch/batch_file.h"
+#include "batch/engine/engine_call.h"
+#include "batch/report_tree.h"
+#include "dataset/asc_dataset.h"
+#include "engine/exchange.h"
+
+namespace tessaly::batch {
+
+namespace fs = std::filesystem;
+
+// Run flags shared with the other flows (aggregation, pooling) that repeat the run's steps.
+struct RunFlags {
+  bool UnivariateRun = false;
+  bool CausalRun = false;
+  int16_t ErrorCount = 0;
+  // The general cancel flag: a run that set it asks the main form to close.
+  bool GeneralCancel = false;
+  // SeriesProperties: the shape of the first file of a run.
+  dataset::clSeriesProperties SeriesProperties;
+};
+RunFlags& RunState();
+
+// What a good dataset left, for the graphs and the intervention page.
+struct SeriesResult {
+  const dataset::AscDataset& dataset;
+  const quorvane::EngineArrays& arrays;  // returned arrays (Integers20, Doubles745, ...)
+  const EngineReturn& returned;          // ReturnedDataProp and the returned series data
+  fs::path output_path;
+  std::string asc_name;
+  std::string stem;
+  std::string current_series_name;
+};
+
+// The Model and Rules Wizard as the run asks it at step 6, before any file is run.
+class RunRulesWizard {
+ public:
+  virtual ~RunRulesWizard() = default;
+  // Shows the wizard for a run whose first file has `first`'s shape; it writes the rules
+  // and model files. False when the person cancelled.
+  virtual bool Show(const dataset::clSeriesProperties& first, bool univariate) = 0;
+  // The objective 1 chosen in the wizard, when one was.
+  virtual std::optional<int16_t> ObjectiveOne() const { return std::nullopt; }
+  // After a good dataset: keeps its model when the person asked for models to be saved.
+  virtual void Check4Model(const std::string& stem) {}
+};
+
+// Until the wizard is there to ask, a run takes the rules (ENGINE.GO) and the model
+// (STARTMOD.123) it finds in the program's folder; with none the engine's built-in rules hold.
+class ExistingRulesFiles : public RunRulesWizard {
+ public:
+  bool Show(const dataset::clSeriesProperties&, bool) override { return true; }
+};
+
+// Graphs and the page of interventions, drawn after each good dataset.
+class RunReports {
+ public:
+  virtual ~RunReports() = default;
+  // Draws the nine graphs into the output folder; returns which were drawn (G1-G9).
+  virtual std::array<bool, 9> DrawGraphs(const SeriesResult& series) { return {}; }
+  // Writes the page of interventions to `target` when the engine found any.
+  virtual void WriteInterventPage(const SeriesResult& series, const fs::path& target) {}
+  // The link-tree site, at the end of a run.
+  virtual void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {}
+};
+
+// The main form as a run changes it. The unattended runner and tests see only the status.
+class RunView {
+ public:
+  virtual ~RunView() = default;
+  virtual void SetStatus(const std::string& text) {}
+  virtual void ShowReportTree(bool visible) {}
+  // Disables (false) or enables (true) the File, Batch, Preferences, generated-series,
+  // adjust and aggregation menus; `pool_too` enables the pooling menu as well.
+  virtual void SetRunMenusEnabled(bool enabled, bool pool_too) {}
+  virtual void HidePreviousReports() {}
+  virtual void UnloadMainForm() {}
+};
+
+// One engine call, as engine_call.h performs it; tests put a fake engine here.
+using EngineCallFunction = std::function<EngineCallResult(
+    quorvane::EngineArrays& arrays, EngineReturn& returned, const EngineCallContext& context)>;
+
+// Creates the engine object at the start of a run; false with a number and text when the
+// engine cannot be started.
+using EngineCreateFunction = std::function<bool(int& number, std::string& description)>;
+
+// The dataset steps inside the loop, which the dataset subsystem provides.
+struct CheckedRead {
+  enum class Kind { Good, Rejected, Malformed } kind = Kind::Good;
+  std::string message;  // with Rejected: the reason for Process Errors.Err
+};
+struct RunDatasetSteps {
+  // Step 5.11: reads the file whole with the value checks between its stages (name repairs
+  // append their warnings to `process_errors`).
+  std::function<CheckedRead(const fs::path& asc, const std::string& asc_name,
+                            dataset::AscDataset& dataset, const fs::path& process_errors)>
+      read_checked;
+  // report.xml in the output folder, written when missing.
+  std::function<void(const fs::path& output_path)> ensure_report_xml;
+  // The err.html page of a failed dataset, and its two lines in Process Errors.Err.
+  std::function<void(int16_t code, const std::string& asc_name, const fs::path& output_path,
+                     const fs::path& process_errors)>
+      write_error_report;
+  // The size message of a file whose line count differs from what its header announces.
+  std::function<std::string(const std::string& asc_name)> size_message;
+};
+RunDatasetSteps DefaultDatasetSteps();
+
+struct RunOptions {
+  fs::path program_folder;
+  // The preference of no graphs.
+  bool no_graphs = false;
+  // Whether NOTREND.QVX existed when the program started: the run puts it back so.
+  bool no_trend_at_start = false;
+};
+
+class BatchRun {
+ public:
+  BatchRun(RunOptions options, ReportTree& tree);
+
+  void SetRulesWizard(std::shared_ptr<RunRulesWizard> wizard) { wizard_ = std::move(wizard); }
+  void SetReports(std::shared_ptr<RunReports> reports) { reports_ = std::move(reports); }
+  void SetView(std::shared_ptr<RunView> view) { view_ = std::move(view); }
+  // Default: engine_call.h's CallEngine with the installed progress wait.
+  void SetEngineCall(EngineCallFunction call) { engine_call_ = std::move(call); }
+  // Default: fCreateObject with the engine's ProgID.
+  void SetEngineCreate(EngineCreateFunction create) { engine_create_ = std::move(create); }
+  // Asked at step 1 of the preparation when no project is open: the Open command.
+  void SetOpenProject(std::function<void()> open) { open_project_ = std::move(open); }
+  void SetDatasetSteps(RunDatasetSteps steps) { steps_ = std::move(steps); }
+
+  // Run Project. `project` may be null (none open); the open command may fill it.
+  // Returns true when RunEngine ran.
+  bool mnuBatchRun(std::unique_ptr<cBatchFile>& project);
+  // The run loop over the project's files; `xml_file` is where the project is saved.
+  void RunEngine(cBatchFile& project, const fs::path& xml_file);
+
+  const std::string& lblStatus() const { return status_; }
+  const fs::path& OutputPath() const { return output_path_; }
+  fs::path ProcessErrorsFile() const;
+  // The first file's shape and kind, as step 6 sets them (also for the unattended run).
+  bool PrepareRunKind(const cBatchFile& project);
+  // Makes OUTPUT under the project's OutDirectory when missing and sets OutputPath.
+  void PrepareOutputPath(const cBatchFile& project);
+
+ private:
+  enum class FileOutcome { Next, Canceled };
+  FileOutcome RunOneFile(cBatchFile& project, int index, const fs::path& xml_file,
+                         bool& any_report);
+  void Reject(const std::string& asc_name, const std::string& message);
+  void Status(const std::string& text);
+  void RestoreNoTrend();
+  void CleanupReports();
+
+  RunOptions options_;
+  ReportTree& tree_;
+  std::shared_ptr<RunRulesWizard> wizard_;
+  std::shared_ptr<RunReports> reports_;
+  std::shared_ptr<RunView> view_;
+  EngineCallFunction engine_call_;
+  EngineCreateFunction engine_create_;
+  std::function<void()> open_project_;
+  RunDatasetSteps steps_;
+
+  std::string status_;
+  fs::path output_path_;
+  RowFlags flags_;
+  // Sized once for a run at the contract's full bounds, reused for every file.
+  std::unique_ptr<dataset::AscDataset> dataset_;
+  std::unique_ptr<quorvane::EngineArrays> arrays_;
+  EngineReturn returned_;
+};
+
+// The names of the engine's leftovers that CleanupReports deletes at start and around a run.
+const std::array<const char*, 17>& ReportCleanList();
+
+// Today as "mm/dd/yy".
+std::string TodayMmDdYy();
+
+}  // namespace tessaly::batch
