@@ -144,6 +144,11 @@ void EngineClient::Kill() { process_.Kill(); }
 
 void EngineClient::FinishWork() {
   const fs::path folder = WorkingFolder();
+  // A stage file outlives only an engine that crashed or was killed; left there, it would
+  // name a stage of the next call before that engine has reached it.
+  for (const char* stage : {"STAGE1.123", "STAGE2.123", "STAGE3.123", "STAGE4.123"}) {
+    platform::RemoveNoCase(folder, stage);
+  }
   auto response = quorvane::ReadExchangeFile(folder / quorvane::kResponseFile,
                                              quorvane::ExchangeKind::Response);
   if (response) {

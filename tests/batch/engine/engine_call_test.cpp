@@ -162,6 +162,7 @@ TEST_F(CallFixture, CrashWithoutAnswerIsOneFailedDataset) {
     EXPECT_EQ(arrays.series_names[0], "SALES");
     EXPECT_EQ(ReadFile(folder / "ENGINE.GO"), "rules\r\n");
     EXPECT_TRUE(fs::exists(folder / quorvane::kRequestFile));
+    EXPECT_TRUE(platform::FilesEndingNoCase(folder.path(), ".123").empty());
     EXPECT_TRUE(flags.dialogs->shown.empty());
     EXPECT_FALSE(folder.EngineLeft());
   }
@@ -228,6 +229,7 @@ TEST_F(CallFixture, CancelOfAHungEngineKillsItAfterTheGracePeriod) {
   EXPECT_LT(wait.waited, std::chrono::seconds(5));
   EXPECT_FALSE(folder.EngineLeft());
   EXPECT_FALSE(fs::exists(folder / "KILLQUOR.QVX"));
+  EXPECT_FALSE(fs::exists(folder / "STAGE2.123"));
   EXPECT_EQ(ReadFile(folder / "ENGINE.GO"), "rules\r\n");
   ASSERT_EQ(flags.dialogs->shown.size(), 1u);
   EXPECT_EQ(flags.dialogs->shown[0].text, "Operation Canceled by user");

@@ -3,8 +3,8 @@
 // working folder says how it behaves:
 //   answer [code]    read the request, disturb the control files, write a known response
 //   exitcode N       end with status N and no response
-//   segv             die by SIGSEGV with no response
-//   hang             never end, never look for KILLQUOR.QVX
+//   segv             die by SIGSEGV in stage 1, with no response
+//   hang             stay in stage 2 for ever, never looking for KILLQUOR.QVX
 //   stages MS        keep STAGE1.123 to STAGE4.123 for MS milliseconds each, looking for
 //                    KILLQUOR.QVX between stages; on it, stop with code 21
 //   garbage          write a response file that is not one
@@ -94,10 +94,12 @@ int main(int argc, char** argv) {
 
   if (mode == "exitcode") return static_cast<int>(value);
   if (mode == "segv") {
+    WriteText("STAGE1.123", "");
     raise(SIGSEGV);
     return 0;
   }
   if (mode == "hang") {
+    WriteText("STAGE2.123", "");
     for (;;) pause();
   }
   if (mode == "garbage") {

@@ -134,8 +134,8 @@ TEST(UnattendedWaitTest, InPlaceLineShowsTheEngineStage) {
   hooks.kill_engines = folder.Killer();
   CallEngine(arrays, returned, folder.path(), {1, 2, "SALES"}, wait, hooks);
   std::string text = out.str();
-  EXPECT_NE(text.find("\rSeries 1 of 2: SALES - Model Identification - 00:00:00"),
-            std::string::npos)
+  EXPECT_TRUE(std::regex_search(
+      text, std::regex("\rSeries 1 of 2: SALES - Model Identification - 00:00:0[0-9]\x1b")))
       << text;
   EXPECT_NE(text.find("Model Diagnosis"), std::string::npos);
   EXPECT_EQ(text.find('\n'), text.size() - 1);
