@@ -214,14 +214,14 @@ AscReadResult ReadAscFile(const fs::path& path, AscDataset& dataset) {
 
 // ---- writing --------------------------------------------------------------------------
 
-namespace {
-
 std::string TrimBlanks(const std::string& text) {
   size_t a = text.find_first_not_of(' ');
   if (a == std::string::npos) return "";
   size_t b = text.find_last_not_of(' ');
   return text.substr(a, b - a + 1);
 }
+
+namespace {
 
 void WriteInt(platform::TextWriter& w, long long v) { w.Line(std::to_string(v)); }
 

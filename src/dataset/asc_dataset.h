@@ -166,6 +166,9 @@ clSeriesProperties PropertiesFromHeader(const AscHeader& header);
 
 // The stem of an ASC file name: the name less a closing ".asc" (any case).
 std::string AscStem(const std::string& file_name);
+// Trims blanks at both ends, and only blanks (a tab stays part of a name), as the
+// system's name and length tests do.
+std::string TrimBlanks(const std::string& text);
 // True when the name ends in ".asc" without regard to case.
 bool IsAscName(const std::string& file_name);
 
