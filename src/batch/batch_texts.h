@@ -87,9 +87,3 @@ inline constexpr const char* kGeneratedSeasonality =
 inline constexpr const char* kAscLocLabel = "Select the directory where the ASC files are located:";
 
 }  // namespace tessaly::batch::texts
-
-namespace tessaly::batch::texts {
-inline constexpr const char* kSize1 = "The total size of ";
-inline constexpr const char* kSize2 =
-    " does not agree with the anticipated size based on the individual DataProp()s and the fixed number of objectives and dataproperties. You must determine if the problem lies in the values supplied or the DataProp()s; and correct your .asc file accordingly. Please see \"Create Your Own ASC File\" in the user's guide for detailed instructions.";
-}  // namespace tessaly::batch::texts

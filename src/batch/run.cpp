@@ -7,6 +7,9 @@
 #include "batch/engine/engine_client.h"
 #include "batch/run_outputs.h"
 #include "dataset/asc_reader.h"
+#include "dataset/error_catalogue.h"
+#include "dataset/process_errors.h"
+#include "dataset/validation.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
 #include "platform/progress_wait.h"
@@ -85,8 +88,7 @@ BatchRun::BatchRun(RunOptions options, ReportTree& tree)
       tree_(tree),
       wizard_(std::make_shared<ExistingRulesFiles>()),
       reports_(std::make_shared<RunReports>()),
-      view_(std::make_shared<RunView>()),
-      steps_(DefaultDatasetSteps()) {
+      view_(std::make_shared<RunView>()) {
   if (options_.program_folder.empty()) options_.program_folder = platform::ProgramFolder();
   output_path_ = options_.program_folder / "OUTPUT";
   const fs::path folder = options_.program_folder;
@@ -112,12 +114,6 @@ fs::path BatchRun::ProcessErrorsFile() const { return options_.program_folder / 
 void BatchRun::Status(const std::string& text) {
   status_ = text;
   view_->SetStatus(text);
-}
-
-void BatchRun::Reject(const std::string& asc_name, const std::string& message) {
-  platform::AppendLine(ProcessErrorsFile(), asc_name);
-  platform::AppendLine(ProcessErrorsFile(), message);
-  ++RunState().ErrorCount;
 }
 
 void BatchRun::CleanupReports() {
@@ -301,36 +297,21 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   const std::string stem = AscStem(name);
   const fs::path asc = platform::ResolveNoCase(project.InDirectory(), name);
   dataset::AscDataset& d = *dataset_;
-  bool started = false;
 
+  const dataset::ProcessErrorsLog log(program);
   auto finish = [&] { DeleteLeftovers(program, stem); };
-  auto reject = [&](const std::string& message) {
-    Reject(name, message);
+  auto rejected = [&] {
+    ++run.ErrorCount;
     finish();
     return FileOutcome::Next;
   };
 
-  // 5.1-5.2
-  long count = dataset::CountAscLines(asc);
-  if (count == 0) return reject(texts::kEmptyAsc);
-  // 5.3-5.7
-  dataset::AscHeader header;
-  dataset::AscReadResult head = dataset::ReadAscHeader(asc, header);
-  if (head.status == dataset::AscReadStatus::Overflow) return reject(name + texts::kMalformed);
-  if (head.status == dataset::AscReadStatus::NonNumericDataProp)
-    return reject("Your .asc file indicates that DataProp(" + std::to_string(head.bad_data_prop) +
-                  ") contains a nonnumeric character. Please correct your asc file.");
-  if (header.DataProp[1] > dataset::MaxSeries) return reject(texts::kTooManySeries);
-  if (count != dataset::AnticipatedSize(header)) return reject(steps_.size_message(name));
-  if (header.DataProp[2] != run.SeriesProperties.Seasonality())
-    return reject(texts::kSeasonality1 + std::to_string(run.SeriesProperties.Seasonality()) +
-                  texts::kSeasonality2 + name + texts::kSeasonality3 +
-                  std::to_string(header.DataProp[2]) + texts::kSeasonality4);
-  bool univariate = header.DataProp[1] == 1;
-  if (run.UnivariateRun && !univariate)
-    return reject(project.BatchName() + texts::kUnivariateRun1 + name + texts::kUnivariateRun2);
-  if (run.CausalRun && univariate)
-    return reject(project.BatchName() + texts::kCausalRun1 + name + texts::kCausalRun2);
+  // 5.1-5.7 The checks before the file is read whole; each rejection is logged by them.
+  dataset::RunCheckContext check{run.SeriesProperties.Seasonality(),
+                                 run.UnivariateRun ? dataset::RunKind::Univariate : dataset::RunKind::Causal,
+                                 project.BatchName()};
+  if (dataset::CheckAscBeforeReading(asc, name, check, log) != dataset::CheckOutcome::Accepted)
+    return rejected();
   // 5.8-5.9 A file gone since it was counted.
   if (!fs::exists(asc)) {
     tree_.Remove(SeriesKey(name));
@@ -342,12 +323,10 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // 5.10
   Status(texts::kProcessing + name);
   project.SetCompleted(i, kTrue);
-  started = true;
   Remove(output_path_, stem + "err.html");
   // 5.11
-  CheckedRead read = steps_.read_checked(asc, name, d, ProcessErrorsFile());
-  if (read.kind == CheckedRead::Kind::Malformed) return reject(name + texts::kMalformed);
-  if (read.kind == CheckedRead::Kind::Rejected) return reject(read.message);
+  if (dataset::ReadAndCheckAscFile(asc, name, d, log) != dataset::CheckOutcome::Accepted)
+    return rejected();
   if (auto objective = wizard_->ObjectiveOne()) d.Objectives(1) = *objective;
   // 5.12-5.13
   quorvane::EngineArrays& a = *arrays_;
@@ -358,7 +337,6 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     run.UnivariateRun = run.CausalRun = false;
     return FileOutcome::Canceled;
   }
-  (void)started;
   // 5.14
   std::string current_series_name;
   if (returned_.returned_data_prop.size() >= 1) {
@@ -366,11 +344,11 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     if (k >= 1 && k <= static_cast<int>(a.series_names.size()))
       current_series_name = TrimmedName(a.series_names[k - 1]);
   }
-  steps_.ensure_report_xml(output_path_);
+  dataset::EnsureReportXml(output_path_);
   // 5.15 A failure of this dataset.
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
-    steps_.write_error_report(result.error_code, name, output_path_, ProcessErrorsFile());
+    dataset::WriteErrorReport(result.error_code, name, output_path_, log);
     project.SetError(i, result.error_code);
     project.SetCompleted(i, kTrue);
     project.SetRunDate(i, TodayMmDdYy());

@@ -101,28 +101,6 @@ using EngineCallFunction = std::function<EngineCallResult(
 // engine cannot be started.
 using EngineCreateFunction = std::function<bool(int& number, std::string& description)>;
 
-// The dataset steps inside the loop, which the dataset subsystem provides.
-struct CheckedRead {
-  enum class Kind { Good, Rejected, Malformed } kind = Kind::Good;
-  std::string message;  // with Rejected: the reason for Process Errors.Err
-};
-struct RunDatasetSteps {
-  // Step 5.11: reads the file whole with the value checks between its stages (name repairs
-  // append their warnings to `process_errors`).
-  std::function<CheckedRead(const fs::path& asc, const std::string& asc_name,
-                            dataset::AscDataset& dataset, const fs::path& process_errors)>
-      read_checked;
-  // report.xml in the output folder, written when missing.
-  std::function<void(const fs::path& output_path)> ensure_report_xml;
-  // The err.html page of a failed dataset, and its two lines in Process Errors.Err.
-  std::function<void(int16_t code, const std::string& asc_name, const fs::path& output_path,
-                     const fs::path& process_errors)>
-      write_error_report;
-  // The size message of a file whose line count differs from what its header announces.
-  std::function<std::string(const std::string& asc_name)> size_message;
-};
-RunDatasetSteps DefaultDatasetSteps();
-
 struct RunOptions {
   fs::path program_folder;
   // The preference of no graphs.
@@ -144,7 +122,6 @@ class BatchRun {
   void SetEngineCreate(EngineCreateFunction create) { engine_create_ = std::move(create); }
   // Asked at step 1 of the preparation when no project is open: the Open command.
   void SetOpenProject(std::function<void()> open) { open_project_ = std::move(open); }
-  void SetDatasetSteps(RunDatasetSteps steps) { steps_ = std::move(steps); }
 
   // Run Project. `project` may be null (none open); the open command may fill it.
   // Returns true when RunEngine ran.
@@ -164,7 +141,6 @@ class BatchRun {
   enum class FileOutcome { Next, Canceled };
   FileOutcome RunOneFile(cBatchFile& project, int index, const fs::path& xml_file,
                          bool& any_report);
-  void Reject(const std::string& asc_name, const std::string& message);
   void Status(const std::string& text);
   void RestoreNoTrend();
   void CleanupReports();
@@ -177,7 +153,6 @@ class BatchRun {
   EngineCallFunction engine_call_;
   EngineCreateFunction engine_create_;
   std::function<void()> open_project_;
-  RunDatasetSteps steps_;
 
   std::string status_;
   fs::path output_path_;

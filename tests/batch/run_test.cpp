@@ -151,7 +151,7 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
       "missing.asc\r\nThe asc file is empty.\r\n"
       "nile.asc\r\nYou cannot process datasets with different seasonalities in the same xml. Since the "
       "initial series seasonality is 12 and nile.asc seasonality is 1,it will not be processed.\r\n"
-      "sales.asc\r\nsample.xmlYou cannot process univariate and causal series in the same xml. Since the "
+      "sales.asc\r\nsample.xml You cannot process univariate and causal series in the same xml. Since the "
       "initial series is a univariate and sales.asc is a causal, it will not be processed.\r\n";
   EXPECT_EQ(ReadFile(program / "Process Errors.Err"), errors);
   EXPECT_EQ(RunState().ErrorCount, 4);
