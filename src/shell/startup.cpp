@@ -1,0 +1,291 @@
+#include "shell/startup.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "batch/batch_schema.h"
+#include "genseries/bp_schema.h"
+#include "platform/dialogs.h"
+#include "platform/paths.h"
+#include "shell/app_info.h"
+#include "shell/error_context.h"
+#include "shell/errors.h"
+#include "shell/ftables.h"
+#include "shell/mru.h"
+#include "shell/preferences.h"
+
+namespace tessaly::shell {
+
+ShellState& Shell() {
+  static ShellState state;
+  return state;
+}
+
+const std::vector<std::string>& StartCleanList() {
+  static const std::vector<std::string> list = {
+      "killquor.qvx",  "engine.qvx",   "levelrpt.csv", "pulserpt.csv",    "earlysig.csv",
+      "earlysig.dpr",  "fore-mon.csv", "fitted.csv",   "forecast.csv",    "residualacf.csv",
+      "equation.csv",  "summape.txt",  "mapecomp.csv", "trendrpt.csv",    "poolcoef.csv",
+      "parchrpt.csv",  "varchrpt.csv"};
+  return list;
+}
+
+void CleanupReports(const std::vector<std::string>& list, const fs::path& current_folder,
+                    const fs::path& program_folder) {
+  EnterProcedure("tesmod", "CleanupReports");
+  for (const std::string& name : list)
+    if (platform::ExistsNoCase(current_folder, name)) platform::RemoveNoCase(program_folder, name);
+}
+
+bool IsControlFileName(const std::string& name) {
+  return name.size() >= 3 &&
+         (name.compare(name.size() - 3, 3, "QVX") == 0 || name.compare(name.size() - 3, 3, "qvx") == 0);
+}
+
+std::vector<fs::path> ControlFiles(const fs::path& folder) {
+  std::vector<fs::path> out;
+  std::error_code ec;
+  for (const auto& entry : fs::directory_iterator(folder, ec)) {
+    std::error_code ec2;
+    if (entry.is_regular_file(ec2) && IsControlFileName(entry.path().filename().string()))
+      out.push_back(entry.path());
+  }
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+void MainPrepare(const fs::path& program_folder, const CommandLine& command_line,
+                 const fs::path& current_folder) {
+  EnterProcedure("tesmod", "Main");
+  ShellState& s = Shell();
+  s.program_folder = program_folder;
+  s.command_line = command_line;
+
+  platform::RemoveNoCase(program_folder, "GROUPLST.QVX");
+  s.ReportCleanList = StartCleanList();
+  CleanupReports(s.ReportCleanList, current_folder, program_folder);
+  s.MissingValue = kMissingValue;
+  SharedMsgBox() = cMsgBox();
+
+  if (command_line.Has("/L")) {
+    s.LogOn = true;
+    ErrCtx().trace = true;
+    if (TraceLog().CreateFile(program_folder.string(), "tslyb")) TraceLog().WriteHeader();
+  }
+  s.DebugMode = command_line.Has("/DBG");
+  s.DevMode = command_line.Has("/DEV");
+  s.InetMode = command_line.Has("/INET");
+
+  // Made when no entry of that name exists, whatever its case.
+  platform::EnsureSubfolder(program_folder, "OUTPUT");
+  s.OutputPath = platform::WithTrailingSlash((program_folder / "OUTPUT").string());
+  TraceText(" load frmMain");
+}
+
+bool SplashWanted(const CommandLine& command_line) {
+  return command_line.Empty() || !command_line.Has("/NS");
+}
+
+bool CheckForCriticalFiles() {
+  TraceText(" check for critical fortran files");
+  if (fs::exists(Shell().program_folder / kEngineLibrary)) return true;
+  SharedMsgBox().Display("Quorvane.dll a required DLL is Missing\r\nThe program will now exit.",
+                         platform::mb::OKOnly + platform::mb::Critical, "Tessaly Main Error");
+  return false;
+}
+
+void EnsureFTables() {
+  const fs::path& folder = Shell().program_folder;
+  if (!platform::ExistsNoCase(folder, "FTable1.html")) LoadFTable1Link(folder);
+  if (!platform::ExistsNoCase(folder, "FTable2.html")) LoadFTable2link(folder);
+  TraceText(" end of sub");
+}
+
+void BackupControlFiles(const fs::path& program_folder) {
+  EnterProcedure("frmMain", "BackupControlFiles");
+  auto backup = platform::FindNoCase(program_folder, "QVXBACKUP");
+  std::error_code ec;
+  if (backup && fs::is_directory(*backup, ec)) {
+    auto saved = ControlFiles(*backup);
+    if (!saved.empty()) {
+      // The last exit was not orderly: what was saved at that start wins.
+      TraceText(" restore control files from QVXBACKUP");
+      for (const auto& f : ControlFiles(program_folder)) fs::remove(f, ec);
+      for (const auto& f : saved) platform::CopyFileOver(f, program_folder / f.filename());
+      return;
+    }
+  } else {
+    backup = platform::EnsureSubfolder(program_folder, "QVXBACKUP");
+  }
+  TraceText(" back up control files to QVXBACKUP");
+  for (const auto& f : ControlFiles(program_folder))
+    platform::CopyFileOver(f, *backup / f.filename());
+}
+
+void WriteMissingSchemaFiles(const fs::path& program_folder) {
+  fs::path dir = platform::EnsureSubfolder(program_folder, "DEFAULTXSD");
+  TraceText(" load, check for schema files");
+  if (!platform::ExistsNoCase(dir, "BPSchema.xsd")) genseries::WriteBPSchema(dir / "BPSchema.xsd");
+  if (!platform::ExistsNoCase(dir, batch::kBatchSchemaName))
+    batch::CreateBATCHXSD(dir / batch::kBatchSchemaName);
+  if (!platform::ExistsNoCase(dir, "UserPrefschema.xsd"))
+    WriteUserPrefSchema(dir / "UserPrefschema.xsd");
+  if (!platform::ExistsNoCase(dir, "UserPreferences.xml"))
+    WritePreferencesFile(program_folder, Prefs());
+}
+
+void FormLoad(CSetting& settings) {
+  EnterProcedure("frmMain", "Form_Load");
+  ShellState& s = Shell();
+  const fs::path& folder = s.program_folder;
+  TraceText(" load settings");
+  LoadSettings(settings);
+
+  for (const char* name : {"ENGINE.GO", "POOLPARAMS.RWF", "AGGPARAMS.RWF"})
+    platform::RemoveNoCase(folder, name);
+  s.NoTrendAtStart = platform::ExistsNoCase(folder, "NOTREND.QVX");
+  for (const char* name : {"ALLOWMOD.QVX", "STARTMOD.123", "DATE.QVX"})
+    platform::RemoveNoCase(folder, name);
+
+  TraceText(" before control file backup");
+  BackupControlFiles(folder);
+  TraceText(" after control file backup");
+
+  WriteMissingSchemaFiles(folder);
+  LoadPrefXmlFile(folder, Prefs());
+
+  std::error_code ec;
+  fs::current_path(folder, ec);
+  // The Test menu follows s.DevMode, set from "/DEV" by MainPrepare.
+
+  platform::RemoveNoCase(folder, "Processing Errors.Err");
+  platform::RemoveNoCase(folder, "Process Errors.Err");
+  s.RunCanceled = false;
+
+  SharedError() = clsError();
+  s.PreCheck = false;
+  TraceText(" end of load");
+}
+
+namespace {
+// The file is opened for exclusive access and closed at once: another program holding it
+// (or a missing or unreadable file) stops the run here.
+bool CanOpenExclusively(const fs::path& file) {
+  EnterProcedure("frmMain", "Form_Load");
+  std::error_code ec;
+  if (!fs::exists(file, ec)) {
+    Err().Raise(53, kApplicationTitle, "File not found: " + file.string());
+    return false;
+  }
+  if (fs::is_directory(file, ec)) {
+    Err().Raise(75, kApplicationTitle, "Path/File access error: " + file.string());
+    return false;
+  }
+  int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    Err().Raise(75, kApplicationTitle, "Path/File access error: " + file.string());
+    return false;
+  }
+  bool locked = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+  if (locked) ::flock(fd, LOCK_UN);
+  ::close(fd);
+  if (!locked) {
+    Err().Raise(70, kApplicationTitle, "Permission denied: " + file.string());
+    return false;
+  }
+  return true;
+}
+}  // namespace
+
+std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRunner& runner) {
+  EnterProcedure("frmMain", "Form_Load");
+  auto file = command_line.File();
+  if (!file) return std::nullopt;
+  const auto& tokens = command_line.tokens;
+  std::string sheet;
+  if (tokens.size() >= 2) {
+    sheet = tokens[1];
+    if (sheet.find_first_not_of(" \t") == std::string::npos) {
+      std::cerr << "Tessaly: the report sheet named after " << *file
+                << " is empty; nothing was run." << std::endl;
+      FileExit();
+      return 2;
+    }
+  }
+  std::vector<std::string> options;
+  if (tokens.size() >= 3) options = tokens;
+
+  fs::path path(*file);
+  if (!CanOpenExclusively(path)) {
+    SharedError().StdError();
+    Err().Clear();
+    FileExit();
+    return 1;
+  }
+  std::string ext = platform::ToUpper(path.extension().string());
+  int status;
+  if (ext == ".XLS" || ext == ".XLSX") {
+    TraceText(" run workbook " + path.string());
+    status = runner.RunWorkbook(path, sheet, options);
+  } else if (ext == ".XML") {
+    TraceText(" run project " + path.string());
+    status = runner.RunProject(path);
+  } else {
+    std::cerr << "Tessaly: " << path.string()
+              << " is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."
+              << std::endl;
+    status = 2;
+  }
+  FileExit();
+  TraceText(" end of sub");
+  return status;
+}
+
+ExitHooks& Hooks() {
+  static ExitHooks hooks;
+  return hooks;
+}
+
+void FileExit() {
+  EnterMenuCommand("frmMain", "mnuFileExit_Click");
+  ExitHooks& hooks = Hooks();
+  if (hooks.settle_series_properties) hooks.settle_series_properties();
+
+  const fs::path& folder = Shell().program_folder;
+  auto backup = platform::FindNoCase(folder, "QVXBACKUP");
+  std::vector<fs::path> saved;
+  if (backup) saved = ControlFiles(*backup);
+  if (!saved.empty()) {
+    std::error_code ec;
+    for (const auto& f : ControlFiles(folder)) {
+      TraceText(" delete " + f.filename().string());
+      fs::remove(f, ec);
+    }
+    for (const auto& f : saved) {
+      fs::path target = folder / f.filename();
+      fs::rename(f, target, ec);
+      if (ec) {
+        ec.clear();
+        if (platform::CopyFileOver(f, target)) fs::remove(f, ec);
+      }
+    }
+  }
+  if (hooks.project_open && hooks.project_open() && hooks.close_project) hooks.close_project();
+  TraceText("Exiting:");
+}
+
+void FormUnload(CSetting& settings) {
+  EnterProcedure("frmMain", "Form_Unload");
+  Shell().ReportCleanList.clear();
+  SaveSettings(settings);
+  FileExit();
+  if (Shell().LogOn && TraceLog().IsOpen()) {
+    TraceLog().WriteFooter();
+    TraceLog().CloseFile();
+  }
+}
+
+}  // namespace tessaly::shell

@@ -1,0 +1,92 @@
+#pragma once
+// Start-up and exit of the program as plain steps: what Main does before the main form
+// shows, what the form's load does, the command-line run, and the orderly exit that puts
+// the program's folder back as it was found. The desktop and the unattended run call the
+// same steps.
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shell/command_line.h"
+#include "shell/settings.h"
+
+namespace tessaly::shell {
+
+namespace fs = std::filesystem;
+
+inline constexpr double kMissingValue = 99999999999.0;
+
+// Process-wide state that start-up sets and the rest of the program reads.
+struct ShellState {
+  fs::path program_folder;
+  CommandLine command_line;
+  bool LogOn = false;
+  bool DebugMode = false;  // "/DBG"; nothing reads it yet
+  bool DevMode = false;    // "/DEV": the Test menu is shown
+  bool InetMode = false;   // "/INET"; nothing reads it yet
+  double MissingValue = 0;
+  std::string OutputPath;  // <program folder>/OUTPUT/
+  std::vector<std::string> ReportCleanList;
+  bool NoTrendAtStart = false;
+  bool RunCanceled = false;
+  bool PreCheck = false;
+};
+ShellState& Shell();
+
+// The seventeen report files that are cleared at start and around each run.
+const std::vector<std::string>& StartCleanList();
+
+// Deletes from the program's folder each listed file that exists in `current_folder`.
+void CleanupReports(const std::vector<std::string>& list, const fs::path& current_folder,
+                    const fs::path& program_folder);
+
+// Names the system keeps in QVXBACKUP: those ending in "QVX" or "qvx".
+bool IsControlFileName(const std::string& name);
+std::vector<fs::path> ControlFiles(const fs::path& folder);
+
+// Main, up to showing the form: GROUPLST.QVX, the clean list, MissingValue, "/L" logging,
+// the switches, the OUTPUT folder and OutputPath.
+void MainPrepare(const fs::path& program_folder, const CommandLine& command_line,
+                 const fs::path& current_folder);
+// The splash is shown unless the command line is not empty and holds "/NS".
+bool SplashWanted(const CommandLine& command_line);
+
+// The engine library is looked for in the program's folder.
+inline constexpr const char* kEngineLibrary = "libquorvane.so";
+// False, after the box "Quorvane.dll a required DLL is Missing" / "The program will now
+// exit." under "Tessaly Main Error", when the library is missing.
+bool CheckForCriticalFiles();
+// Writes FTable1.html / FTable2.html when missing.
+void EnsureFTables();
+
+// The main form's load, before the command line: settings, the deletions, the control-file
+// backup, the schema files and preferences, the Test switch, the error objects.
+void FormLoad(CSetting& settings);
+// The QVXBACKUP rule (step 3 of the load).
+void BackupControlFiles(const fs::path& program_folder);
+// Writes each missing file of DEFAULTXSD.
+void WriteMissingSchemaFiles(const fs::path& program_folder);
+
+// The command line of the load. nullopt: nothing to run, the desktop opens. Otherwise the
+// file was run (or refused) and the program is to exit with the returned status; the exit
+// steps (FileExit) have already run.
+std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRunner& runner);
+
+// What exit asks of parts of the program that are not the shell's.
+struct ExitHooks {
+  std::function<void()> settle_series_properties;  // shows the pending property edit
+  std::function<bool()> project_open;
+  std::function<void()> close_project;
+};
+ExitHooks& Hooks();
+
+// mnuFileExit_Click without unloading the forms (the desktop closes its windows itself):
+// the control files go back from QVXBACKUP to the program's folder, the open project is
+// closed. A second call finds QVXBACKUP empty and does nothing there.
+void FileExit();
+// The form's unload: clears the clean list, SaveSettings, FileExit, closes the log.
+void FormUnload(CSetting& settings);
+
+}  // namespace tessaly::shell

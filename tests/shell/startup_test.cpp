@@ -1,0 +1,237 @@
+#include <gtest/gtest.h>
+
+#include "batch/batch_schema.h"
+#include "genseries/bp_schema.h"
+#include "platform/dialogs.h"
+#include "platform/xml.h"
+#include "shell/ftables.h"
+#include "shell/startup.h"
+#include "support/program_folder.h"
+
+namespace tessaly::shell {
+namespace {
+
+namespace fs = std::filesystem;
+using tessaly::testing::ReadFile;
+using tessaly::testing::TempDir;
+using tessaly::testing::WriteFile;
+
+std::vector<std::string> Names(const fs::path& folder) {
+  std::vector<std::string> out;
+  for (const auto& e : fs::directory_iterator(folder)) out.push_back(e.path().filename().string());
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+TEST(ControlFiles, OnlyNamesEndingInUpperOrLowerQvx) {
+  EXPECT_TRUE(IsControlFileName("NOTREND.QVX"));
+  EXPECT_TRUE(IsControlFileName("savemod.qvx"));
+  EXPECT_TRUE(IsControlFileName("ODDQVX"));
+  EXPECT_FALSE(IsControlFileName("Mixed.Qvx"));
+  EXPECT_FALSE(IsControlFileName("ENGINE.GO"));
+}
+
+TEST(BackupControlFiles, TheThreeCases) {
+  TempDir program;
+  WriteFile(program / "NOTREND.QVX", "now");
+  WriteFile(program / "savemod.qvx", "now");
+  WriteFile(program / "ENGINE.CND", "rules");
+
+  // No QVXBACKUP: made, and the control files copied in.
+  BackupControlFiles(program.path());
+  EXPECT_EQ(Names(program / "QVXBACKUP"), (std::vector<std::string>{"NOTREND.QVX", "savemod.qvx"}));
+
+  // Held but empty (an orderly exit emptied it): filled again from the folder.
+  for (const auto& f : ControlFiles(program / "QVXBACKUP")) fs::remove(f);
+  WriteFile(program / "NEW.QVX", "new");
+  BackupControlFiles(program.path());
+  EXPECT_EQ(Names(program / "QVXBACKUP"),
+            (std::vector<std::string>{"NEW.QVX", "NOTREND.QVX", "savemod.qvx"}));
+
+  // Not empty (a crash): the backup wins over the folder, and stays.
+  WriteFile(program / "QVXBACKUP" / "NOTREND.QVX", "before crash");
+  fs::remove(program / "QVXBACKUP" / "NEW.QVX");
+  WriteFile(program / "CRASHED.QVX", "left by the crash");
+  BackupControlFiles(program.path());
+  EXPECT_FALSE(fs::exists(program / "CRASHED.QVX"));
+  EXPECT_FALSE(fs::exists(program / "NEW.QVX"));
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "before crash");
+  EXPECT_EQ(Names(program / "QVXBACKUP"), (std::vector<std::string>{"NOTREND.QVX", "savemod.qvx"}));
+  EXPECT_TRUE(fs::exists(program / "ENGINE.CND"));
+}
+
+TEST(FileExit, RestoresTheFolderAndASecondExitDoesNothing) {
+  TempDir program;
+  Shell().program_folder = program.path();
+  WriteFile(program / "NOTREND.QVX", "at start");
+  BackupControlFiles(program.path());
+  // During the run the folder changes.
+  WriteFile(program / "NOTREND.QVX", "changed");
+  WriteFile(program / "SAVEMOD.QVX", "made by a run");
+  FileExit();
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "at start");
+  EXPECT_FALSE(fs::exists(program / "SAVEMOD.QVX"));
+  EXPECT_TRUE(Names(program / "QVXBACKUP").empty());
+
+  WriteFile(program / "SAVEMOD.QVX", "after the first exit");
+  FileExit();
+  EXPECT_EQ(ReadFile(program / "SAVEMOD.QVX"), "after the first exit");
+}
+
+TEST(CleanupReports, LooksInTheCurrentFolderAndDeletesFromTheProgramFolder) {
+  TempDir program, elsewhere;
+  WriteFile(program / "FITTED.CSV", "x");
+  WriteFile(program / "summape.txt", "x");
+  WriteFile(program / "keep.csv", "x");
+  WriteFile(elsewhere / "fitted.csv", "x");
+  CleanupReports(StartCleanList(), elsewhere.path(), program.path());
+  EXPECT_FALSE(fs::exists(program / "FITTED.CSV"));
+  EXPECT_TRUE(fs::exists(program / "summape.txt"));
+  CleanupReports(StartCleanList(), program.path(), program.path());
+  EXPECT_FALSE(fs::exists(program / "summape.txt"));
+  EXPECT_TRUE(fs::exists(program / "keep.csv"));
+  EXPECT_EQ(StartCleanList().size(), 17u);
+}
+
+TEST(SchemaFiles, WrittenWhenMissingAndLeftWhenPresent) {
+  TempDir program;
+  fs::create_directory(program / "DEFAULTXSD");
+  WriteFile(program / "DEFAULTXSD" / "bpschema.xsd", "mine");
+  WriteMissingSchemaFiles(program.path());
+  EXPECT_EQ(Names(program / "DEFAULTXSD"),
+            (std::vector<std::string>{"UserPreferences.xml", "UserPrefschema.xsd",
+                                      "batchschema1.0.2.xsd", "bpschema.xsd"}));
+  EXPECT_EQ(ReadFile(program / "DEFAULTXSD" / "bpschema.xsd"), "mine");
+  EXPECT_EQ(ReadFile(program / "DEFAULTXSD" / "batchschema1.0.2.xsd"), batch::BatchSchemaText());
+}
+
+TEST(BPSchema, ValidatesAFullVariablesFile) {
+  TempDir dir;
+  ASSERT_TRUE(genseries::WriteBPSchema(dir / "BPSchema.xsd"));
+  std::string text = ReadFile(dir / "BPSchema.xsd");
+  EXPECT_EQ(text.rfind("<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                       "<!--this schema is for BPVariables.xml -->\r\n<xs:schema ",
+                       0),
+            0u);
+  platform::xml::Document doc;
+  auto root = doc.SetRoot("BP_Variables");
+  root.SetAttribute("inputpath", "/data");
+  root.SetAttribute("outputpath", "/data");
+  root.SetAttribute("xmlns:xsd", "http://www.w3.org/2001/XMLSchema-instance");
+  root.SetAttribute("xsd:noNamespaceSchemaLocation", (dir / "BPSchema.xsd").string());
+  root.AppendComment("batch variables required for batch processing");
+  const char* names[] = {"FirstObjective", "SecondObjective", "ThirdObjective",
+                         "NumberOfNewSeries", "BPSeasonality", "MajorPeriod", "MinorPeriod",
+                         "LevelStartYear", "LevelStartPeriod", "LevelEndYear", "LevelEndPeriod",
+                         "PulseStartYear", "PulseStartPeriod", "PulseEndYear", "PulseEndPeriod",
+                         "SPStartYear", "SPStartPeriod", "SPEndYear", "SPEndPeriod",
+                         "TrendStartYear", "TrendStartPeriod", "TrendEndYear", "TrendEndPeriod"};
+  for (size_t i = 0; i < std::size(names); ++i) root.AppendElement(names[i], i < 4 ? "1" : "12");
+  auto holidays = root.AppendElement("Holidays");
+  for (int i = 1; i <= 18; ++i) holidays.AppendElement("Holiday" + std::to_string(i), i == 1 ? "XMAS" : "");
+  const char* tail[][2] = {{"Dateof1stHolidayObservation", "00/00/01"},
+                           {"NumberofHolidaysSelected", "1"}, {"UserDefName", ""},
+                           {"UserDefType", "0"}, {"UserDefMethod", ""},
+                           {"DateOfFirstObservation", "00/00/01"}, {"SelectedDay", "0"},
+                           {"SelectedMonth", "0"}, {"SelectedQuarter", "0"}};
+  for (auto& t : tail) root.AppendElement(t[0], t[1]);
+  auto result = platform::xml::ValidateAgainstSchema(doc, dir / "BPSchema.xsd");
+  EXPECT_TRUE(result) << result.reason;
+  EXPECT_EQ(root.Children().size(), 34u);  // the comment and the 33 places
+
+  // A missing place is a fault the schema sees.
+  std::string saved = doc.ToString();
+  size_t at = saved.find("<MinorPeriod>");
+  ASSERT_NE(at, std::string::npos);
+  saved.erase(at, saved.find("</MinorPeriod>") + 14 - at);
+  auto shifted = platform::xml::ParseString(saved);
+  ASSERT_TRUE(shifted);
+  EXPECT_FALSE(platform::xml::ValidateAgainstSchema(*shifted.document, dir / "BPSchema.xsd"));
+}
+
+TEST(FTables, PublishedCriticalValues) {
+  EXPECT_NEAR(FCritical05(1, 1), 161.45, 0.01);
+  EXPECT_NEAR(FCritical05(2, 54), 3.168, 0.001);
+  EXPECT_NEAR(FCritical05(10, 100), 1.927, 0.001);
+  EXPECT_NEAR(FCritical05(20, 200), 1.623, 0.001);
+  EXPECT_NEAR(FCritical05(1, 200), 3.888, 0.001);
+  TempDir program;
+  ASSERT_TRUE(LoadFTable1Link(program.path()));
+  ASSERT_TRUE(LoadFTable2link(program.path()));
+  std::string t1 = ReadFile(program / "FTable1.html");
+  std::string t2 = ReadFile(program / "FTable2.html");
+  auto count = [](const std::string& s, const std::string& what) {
+    size_t n = 0;
+    for (size_t p = s.find(what); p != std::string::npos; p = s.find(what, p + 1)) ++n;
+    return n;
+  };
+  EXPECT_EQ(count(t1, "<tr>"), 101u);  // header and denominators 1-100
+  EXPECT_EQ(count(t1, "<td>"), 1000u);
+  EXPECT_EQ(count(t2, "<tr>"), 201u);
+  EXPECT_EQ(count(t2, "<td>"), 4000u);
+  EXPECT_NE(t1.find("<tr><th>1</th><td>161.4</td><td>199.5</td>"), std::string::npos);
+}
+
+struct RecordingRunner : CommandLineRunner {
+  std::vector<std::string> calls;
+  int RunProject(const fs::path& p) override {
+    calls.push_back("project " + p.filename().string());
+    return 0;
+  }
+  int RunWorkbook(const fs::path& p, const std::string& sheet,
+                  const std::vector<std::string>& options) override {
+    calls.push_back("workbook " + p.filename().string() + " [" + sheet + "] " +
+                    std::to_string(options.size()));
+    return 0;
+  }
+};
+
+TEST(CommandLineRun, TokensDecideWhatRuns) {
+  auto host = std::make_shared<platform::RecordingDialogHost>();
+  platform::SetDialogHost(host);
+  TempDir program;
+  Shell().program_folder = program.path();
+  WriteFile(program / "p.XML", "<x/>");
+  WriteFile(program / "book.xlsx", "");
+  WriteFile(program / "notes.txt", "");
+  RecordingRunner runner;
+  auto run = [&](std::vector<std::string> tokens) {
+    return RunCommandLine(CommandLine{std::move(tokens)}, runner);
+  };
+  EXPECT_FALSE(run({}).has_value());
+  EXPECT_FALSE(run({"/DEV"}).has_value());
+  EXPECT_FALSE(run({"/ns", "/L"}).has_value());
+  EXPECT_EQ(run({(program / "p.XML").string()}), 0);
+  EXPECT_EQ(run({(program / "book.xlsx").string(), "Sheet1"}), 0);
+  EXPECT_EQ(run({(program / "book.xlsx").string(), "Sheet1", "/AF"}), 0);
+  EXPECT_EQ(runner.calls, (std::vector<std::string>{"project p.XML", "workbook book.xlsx [Sheet1] 0",
+                                                    "workbook book.xlsx [Sheet1] 3"}));
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(run({(program / "notes.txt").string()}), 2);
+  EXPECT_EQ(run({(program / "book.xlsx").string(), "  "}), 2);
+  ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(runner.calls.size(), 3u);
+  EXPECT_TRUE(host->shown.empty());
+
+  // A missing file is the standard error: a line in tslyberr.txt and a box.
+  EXPECT_EQ(run({(program / "gone.xml").string()}), 1);
+  ASSERT_EQ(host->shown.size(), 1u);
+  EXPECT_EQ(host->shown[0].text,
+            "Error #53: File not found: " + (program / "gone.xml").string() + ", frmMain, Form_Load");
+  EXPECT_NE(ReadFile(program / "tslyberr.txt").find("  Error #53: File not found"), std::string::npos);
+  platform::SetDialogHost(nullptr);
+}
+
+TEST(CommandLineRun, SwitchesAreWholeTokensWithoutRegardToCase) {
+  CommandLine cl{{"/data/l/Project.xml", "/ns", "/Dev"}};
+  EXPECT_TRUE(cl.Has("/NS"));
+  EXPECT_TRUE(cl.Has("/DEV"));
+  EXPECT_FALSE(cl.Has("/L"));
+  EXPECT_EQ(cl.File().value_or(""), "/data/l/Project.xml");
+  EXPECT_TRUE(SplashWanted(CommandLine{}));
+  EXPECT_FALSE(SplashWanted(cl));
+  EXPECT_TRUE(SplashWanted(CommandLine{{"/DEV"}}));
+}
+
+}  // namespace
+}  // namespace tessaly::shell
