@@ -218,12 +218,14 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     if (!(sxx > 0.0)) return out;
     beta = sxw / sxx;
   }
-  double ssq = 0.0;
+  double ssq = 0.0, size = 0.0;
   for (int t = 0; t < n; ++t) {
     const double e = vw[t] - beta * vx[t];
     ssq += e * e / F[t];
+    size += vw[t] * vw[t] / F[t];
   }
-  if (!std::isfinite(ssq)) return out;
+  // An exact fit (a constant series about its mean) has no likelihood.
+  if (!std::isfinite(ssq) || !(ssq > 1e-24 * size)) return out;
   out.n = n;
   out.mean = beta;
   out.sigma2 = ssq / n;

@@ -39,7 +39,8 @@ std::vector<double> PsiWeights(const std::vector<double>& phi, const std::vector
 
 // Exact Gaussian likelihood of w through a Kalman filter on the state of h-step
 // predictions, with the mean (when `with_mean`) estimated by generalised least squares
-// and sigma2 concentrated out. Domain: finite w with at least one value, stationary phi.
+// and sigma2 concentrated out. Domain: finite w with at least one value, stationary phi;
+// a series the model fits exactly (sigma2 zero, e.g. a constant with a mean) gives ok false.
 struct ArmaLikelihood {
   bool ok = false;
   double loglik = 0.0;       // concentrated, full Gaussian constant included
