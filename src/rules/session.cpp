@@ -1,0 +1,10 @@
+#include "rules/session.h"
+
+namespace tessaly::rules {
+
+RulesSession& Session() {
+  static RulesSession session;
+  return session;
+}
+
+}  // namespace tessaly::rules
