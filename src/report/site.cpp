@@ -84,6 +84,7 @@ tr:hover td { background: #f8fafc; }
 .ok { color: #1e7d3a; font-weight: 600; }
 .failed { color: #b3261e; font-weight: 600; }
 .notrun { color: #7b8794; }
+td.failed a, td.ok a { font-weight: normal; white-space: nowrap; }
 a { color: #1f5fa8; text-decoration: none; }
 a:hover { text-decoration: underline; }
 .links a { margin-right: 10px; white-space: nowrap; }
