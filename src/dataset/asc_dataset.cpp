@@ -27,12 +27,12 @@ long CountAscLines(const fs::path& path) {
   platform::LineReader reader(path);
   if (!reader.IsOpen()) return 0;
   long count = 0;
-  bool last_numeric = true;
+  std::string last;
   while (auto line = reader.Next()) {
     ++count;
-    last_numeric = platform::IsNumeric(*line);
+    last = std::move(*line);
   }
-  if (count > 0 && !last_numeric) --count;
+  if (count > 0 && !platform::IsNumeric(last)) --count;
   return count;
 }
 

@@ -378,24 +378,62 @@ std::string NumberToText(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value < 0 ? "-Inf" : "Inf";
   if (value == 0) return "0";
-  std::string sign = value < 0 ? "-" : "";
-  SignificantDigits sd = FifteenDigits(std::fabs(value));
-  std::string digits = sd.digits;
-  while (digits.size() > 1 && digits.back() == '0') digits.pop_back();
-  int exponent = sd.exponent;
+  const double magnitude = std::fabs(value);
+  // The shortest text that reads back to the value is the 15-digit rounding whenever it
+  // has 15 digits or fewer (any such decimal is unique among doubles); otherwise round.
+  char sci[64];
+  auto parse = [&](char* end, char* digits, int& count, int& exponent) {
+    count = 0;
+    char* p = sci;
+    for (; p < end && *p != 'e'; ++p) {
+      if (IsDigit(*p)) digits[count++] = *p;
+    }
+    exponent = 0;
+    ++p;
+    bool negative = *p == '-';
+    if (*p == '+' || *p == '-') ++p;
+    for (; p < end; ++p) exponent = exponent * 10 + (*p - '0');
+    if (negative) exponent = -exponent;
+  };
+  char digits[32];
+  int count = 0, exponent = 0;
+  char* end = std::to_chars(sci, sci + sizeof sci, magnitude, std::chars_format::scientific).ptr;
+  parse(end, digits, count, exponent);
+  if (count > 15) {
+    end = std::to_chars(sci, sci + sizeof sci, magnitude, std::chars_format::scientific, 14).ptr;
+    parse(end, digits, count, exponent);
+  }
+  while (count > 1 && digits[count - 1] == '0') --count;
+
+  char out[64];
+  int n = 0;
+  if (value < 0) out[n++] = '-';
   if (exponent >= 15 || exponent < -5) {
-    std::string mantissa = digits.substr(0, 1);
-    if (digits.size() > 1) mantissa += "." + digits.substr(1);
-    std::string exp_text = std::to_string(exponent < 0 ? -exponent : exponent);
-    if (exp_text.size() < 2) exp_text.insert(0, "0");
-    return sign + mantissa + "E" + (exponent < 0 ? "-" : "+") + exp_text;
+    out[n++] = digits[0];
+    if (count > 1) {
+      out[n++] = '.';
+      for (int i = 1; i < count; ++i) out[n++] = digits[i];
+    }
+    out[n++] = 'E';
+    out[n++] = exponent < 0 ? '-' : '+';
+    int e = exponent < 0 ? -exponent : exponent;
+    if (e >= 100) out[n++] = static_cast<char>('0' + e / 100);
+    out[n++] = static_cast<char>('0' + e / 10 % 10);
+    out[n++] = static_cast<char>('0' + e % 10);
+  } else if (exponent < 0) {
+    out[n++] = '0';
+    out[n++] = '.';
+    for (int i = 0; i < -exponent - 1; ++i) out[n++] = '0';
+    for (int i = 0; i < count; ++i) out[n++] = digits[i];
+  } else {
+    int int_len = exponent + 1;
+    for (int i = 0; i < int_len; ++i) out[n++] = i < count ? digits[i] : '0';
+    if (count > int_len) {
+      out[n++] = '.';
+      for (int i = int_len; i < count; ++i) out[n++] = digits[i];
+    }
   }
-  if (exponent < 0) {
-    return sign + "0." + std::string(static_cast<size_t>(-exponent - 1), '0') + digits;
-  }
-  size_t int_len = static_cast<size_t>(exponent) + 1;
-  if (digits.size() <= int_len) return sign + digits + std::string(int_len - digits.size(), '0');
-  return sign + digits.substr(0, int_len) + "." + digits.substr(int_len);
+  return std::string(out, static_cast<size_t>(n));
 }
 
 std::string FormatNumber(double value, std::string_view mask) {
