@@ -1,0 +1,109 @@
+// The real qvxengine of the program folder, through one engine call from the client: a monthly
+// ASC dataset goes in, forecasts, limits, fitted values and residuals come back.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <sstream>
+
+#include "batch/engine/engine_call.h"
+#include "batch/engine/engine_client.h"
+#include "dataset/asc_dataset.h"
+#include "engine_test_support.h"
+#include "support/program_folder.h"
+
+namespace tessaly::batch {
+namespace {
+
+using tessaly::testing::ProgramFolderCopy;
+using tessaly::testing::WriteFile;
+
+// International airline passengers, monthly, January 1949 to December 1960 (thousands).
+constexpr double kAirline[144] = {
+    112, 118, 132, 129, 121, 135, 148, 148, 136, 119, 104, 118,
+    115, 126, 141, 135, 125, 149, 170, 170, 158, 133, 114, 140,
+    145, 150, 178, 163, 172, 178, 199, 199, 184, 162, 146, 166,
+    171, 180, 193, 181, 183, 218, 230, 242, 209, 191, 172, 194,
+    196, 196, 236, 235, 229, 243, 264, 272, 237, 211, 180, 201,
+    204, 188, 235, 227, 234, 264, 302, 293, 259, 229, 203, 229,
+    242, 233, 267, 269, 270, 315, 364, 347, 312, 274, 237, 278,
+    284, 277, 317, 313, 318, 374, 413, 405, 355, 306, 271, 306,
+    315, 301, 356, 348, 355, 422, 465, 467, 404, 347, 305, 336,
+    340, 318, 362, 348, 363, 435, 491, 505, 404, 359, 310, 337,
+    360, 342, 406, 396, 420, 472, 548, 559, 463, 407, 362, 405,
+    417, 391, 419, 461, 472, 535, 622, 606, 508, 461, 390, 432};
+
+std::string AirlineAsc() {
+  std::ostringstream out;
+  for (const char* line : {"0", "0", "0", "1", "12", "1949", "1", "144", "0", "0", "12",
+                           "AIRLINE", "0"}) {
+    out << line << "\r\n";
+  }
+  for (double v : kAirline) out << v << "\r\n";
+  return out.str();
+}
+
+TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) {
+  test::RunFlagsReset flags;
+  ProgramFolderCopy program;
+  ASSERT_TRUE(fs::exists(program / "qvxengine"));
+
+  WriteFile(program / "AIRLINE.ASC", AirlineAsc());
+  auto dataset = std::make_unique<dataset::AscDataset>();
+  ASSERT_TRUE(dataset::ReadAscFile(program / "AIRLINE.ASC", *dataset).ok());
+  quorvane::EngineArrays arrays;
+  arrays.objective_values = dataset->Objectives.Storage();
+  arrays.property_values = dataset->DataProp.Storage();
+  arrays.series_names = dataset->DataNames.Storage();
+  arrays.series_types = dataset->DataTypes.Storage();
+  arrays.series_data = dataset->DataValues.Storage();
+  arrays.future_data = dataset->FutureValues.Storage();
+  arrays.retained_data = dataset->RetainedValues.Storage();
+
+  std::shared_ptr<EngineClient> probe;
+  ASSERT_TRUE(fCreateObject(kEngineProgID, probe, program.path()));
+
+  test::ScriptedWait wait;
+  EngineReturn returned;
+  EngineCallHooks hooks;
+  hooks.kill_engines = [&] { platform::KillEngineProcesses(program.path()); };
+  EngineCallResult r = CallEngine(arrays, returned, program.path(), {1, 1, "AIRLINE"}, wait, hooks);
+
+  ASSERT_EQ(r.outcome, EngineCallOutcome::Done);
+  ASSERT_LE(r.error_code, 0) << r.failure_reason;
+  ASSERT_EQ(returned.returned_data_prop.size(), 8u);
+  EXPECT_EQ(returned.returned_data_prop[0], 1);
+  EXPECT_EQ(returned.returned_data_prop[7], 12);
+  EXPECT_EQ(arrays.series_names[returned.returned_data_prop[0] - 1].substr(0, 7), "AIRLINE");
+  EXPECT_DOUBLE_EQ(returned.returned_series_data[143], 432);
+
+  // Forecasts for 1961 in the range of the series' level, inside their limits, peaking in
+  // the summer as every year before.
+  for (int k = 0; k < 12; ++k) {
+    SCOPED_TRACE(k);
+    double f = arrays.forecast_values[k];
+    EXPECT_GT(f, 350);
+    EXPECT_LT(f, 800);
+    EXPECT_LT(arrays.forecast_values[600 + k], f);
+    EXPECT_GT(arrays.forecast_values[1200 + k], f);
+  }
+  EXPECT_GT(arrays.forecast_values[6], arrays.forecast_values[10]);
+
+  // Fitted values and residuals: where the model fits, actual = fitted + residual.
+  int fitted = 0;
+  for (int t = 0; t < 144; ++t) {
+    double fit = arrays.doubles10000a[t];
+    double res = arrays.doubles10000b[t];
+    if (fit == quorvane::kMissingValue) continue;
+    ++fitted;
+    EXPECT_NEAR(fit + res, kAirline[t], 1e-6 * kAirline[t] + 1e-6) << t;
+    EXPECT_LT(std::abs(res), 0.25 * kAirline[t]) << t;
+  }
+  EXPECT_GE(fitted, 100);
+  EXPECT_TRUE(flags.dialogs->shown.empty());
+  EXPECT_TRUE(fs::exists(program / "DETAILS.HTM"));
+  EXPECT_FALSE(platform::FindProcessesEndingNoCase("qvxengine", program.path()).size());
+}
+
+}  // namespace
+}  // namespace tessaly::batch
