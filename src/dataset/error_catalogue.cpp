@@ -19,6 +19,12 @@ std::string RowLogLine(int code) {
   return code == 5024 ? " code=\"50240\">" : " code=\"" + std::to_string(code) + "\">";
 }
 
+// Output folders are made when missing.
+void MakeFolder(const fs::path& folder) {
+  std::error_code ec;
+  fs::create_directories(folder, ec);
+}
+
 }  // namespace
 
 std::string Row5024Text() {
@@ -42,6 +48,7 @@ std::string ReportXmlRowLine(const CatalogueRow& row) {
 
 bool CreateREPORTXML(const fs::path& output_path,
                      const std::function<void(const std::string&)>& log_line) {
+  MakeFolder(output_path);
   platform::RemoveNoCase(output_path, kReportXmlName);
   platform::TextWriter w(output_path / kReportXmlName);
   if (!w.IsOpen()) return false;
@@ -96,6 +103,7 @@ fs::path ErrorPagePath(const fs::path& output_path, const std::string& asc_name)
 
 void WriteErrorReport(long code, const std::string& asc_name, const fs::path& output_path,
                       const ProcessErrorsLog& log) {
+  MakeFolder(output_path);
   fs::path page = ErrorPagePath(output_path, asc_name);
   platform::RemoveNoCase(output_path, page.filename().string());
   CodeLookup lookup = LookUpErrorCode(code, output_path);

@@ -123,6 +123,12 @@ TEST(ErrorReport, WritesThePageAndTwoLinesInTheLog) {
             "details.\r\n");
   log.DeleteBoth();
   EXPECT_FALSE(log.Exists());
+
+  // A missing output folder is made, with report.xml written before the lookup.
+  WriteErrorReport(21, "late.asc", out / "OUTPUT", log);
+  EXPECT_TRUE(fs::exists(out / "OUTPUT" / "report.xml"));
+  EXPECT_NE(ReadFile(out / "OUTPUT" / "lateerr.html").find("User terminated the process."),
+            std::string::npos);
 }
 
 }  // namespace
