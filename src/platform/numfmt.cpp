@@ -438,7 +438,7 @@ std::string NumberToText(double value) {
 
 std::string FormatNumber(double value, std::string_view mask) {
   if (mask == "hh:mm:ss" || mask == "HH:MM:SS") return FormatTimeOfDay(value);
-  if (!std::isfinite(value)) return NumberToText(value);
+  if (mask.empty() || !std::isfinite(value)) return NumberToText(value);
   std::vector<std::string_view> sections;
   size_t start = 0;
   while (true) {

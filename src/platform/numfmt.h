@@ -61,7 +61,8 @@ std::string NumberToText(double value);
 // form. A negative value under a one-section mask gets a leading "-"; under its own section
 // it is shown without sign, the section's literals ("-") giving it. Masks used by the
 // system: "###0", "###", "##.0", "00.0", "0.00;-0.0", "#.00;-#.0", "0.0000000000".
-// The mask "hh:mm:ss" formats the value as a time of day given as a fraction of a day.
+// The mask "hh:mm:ss" formats the value as a time of day given as a fraction of a day; an
+// empty mask gives the default number text.
 std::string FormatNumber(double value, std::string_view mask);
 
 // "hh:mm:ss" for a time of day given as a fraction of a day (the fraction's whole part,

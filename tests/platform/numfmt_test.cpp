@@ -99,6 +99,7 @@ TEST(NumberText, MasksOfTheSystem) {
   EXPECT_EQ(FormatNumber(9.99999999999, "0.0000000000"), "10.0000000000");
   EXPECT_EQ(FormatNumber(-0.001, "0.00"), "0.00");
   EXPECT_EQ(FormatNumber(1e20, "###0"), "100000000000000000000");
+  EXPECT_EQ(FormatNumber(0.5, ""), "0.5");
 }
 
 TEST(NumberText, TimesOfDay) {
