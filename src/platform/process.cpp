@@ -124,7 +124,11 @@ bool ChildProcess::Start(const fs::path& program, const std::vector<std::string>
   posix_spawnattr_setsigdefault(&attr, &all);
   posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 
-  std::string prog = program.string();
+  // The working folder is entered before the program is looked up: a relative path must
+  // not be taken relative to it.
+  std::error_code abs_error;
+  std::string prog = fs::absolute(program, abs_error).string();
+  if (abs_error) prog = program.string();
   std::vector<std::string> argv_store;
   argv_store.push_back(prog);
   argv_store.insert(argv_store.end(), args.begin(), args.end());

@@ -43,6 +43,21 @@ TEST(ChildProcessTest, RunsInItsWorkingFolderAndReportsExitCode) {
   EXPECT_EQ(where, fs::canonical(dir.path()).string() + "\nfirst arg\n");
 }
 
+TEST(ChildProcessTest, RelativeProgramIsFoundFromTheCallersFolder) {
+  TempDir dir;
+  fs::create_directory(dir / "work");
+  WriteScript(dir / "job", "pwd > where.txt");
+  fs::path before = fs::current_path();
+  fs::current_path(dir.path());
+  ChildProcess child;
+  bool started = child.Start("job", {}, dir / "work");
+  fs::current_path(before);
+  ASSERT_TRUE(started);
+  ASSERT_TRUE(child.WaitFor(std::chrono::seconds(10)));
+  EXPECT_TRUE(child.Status().Success());
+  EXPECT_TRUE(fs::exists(dir / "work" / "where.txt"));
+}
+
 TEST(ChildProcessTest, PollDoesNotBlockAndKillEndsBySignal) {
   TempDir dir;
   fs::path script = WriteScript(dir / "sleeper", "exec sleep 30");
