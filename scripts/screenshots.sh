@@ -1,0 +1,28 @@
+#!/bin/sh
+# Captures the desktop as PNG files: the main window and the two preference dialogs.
+#   scripts/screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]
+# PROGRAM_FOLDER is the built program folder (default: build/program of this tree). The
+# program runs in a temporary copy of it, under xvfb-run, with its own settings folder,
+# so neither the build tree nor the user's settings are touched.
+set -eu
+
+out=${1:?usage: screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]}
+here=$(cd "$(dirname "$0")/.." && pwd)
+program=${2:-$here/build/program}
+if [ ! -x "$program/tessaly" ]; then
+  echo "screenshots.sh: no tessaly in $program (build it first)" >&2
+  exit 2
+fi
+
+mkdir -p "$out"
+out=$(cd "$out" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cp -a "$program/." "$work/program"
+# The start-up check wants the engine library; a build without it still shows the windows.
+[ -e "$work/program/libquorvane.so" ] || : > "$work/program/libquorvane.so"
+
+cd "$work/program"
+XDG_CONFIG_HOME="$work/config" TESSALY_SCREENSHOT_DIR="$out" \
+  xvfb-run -a -s "-screen 0 1280x800x24" ./tessaly /NS
+ls "$out"/*.png
