@@ -22,6 +22,7 @@ inline constexpr const char* kFileCreated = "File successfully created.";
 
 // The browser pane.
 inline constexpr const char* kBrowserError = "Browser error #";
+inline constexpr const char* kBrowserTitle = "Browser";
 
 // The home of the tree-menu script: it ships beside the site, and its head documents the
 // calls the menu file makes.
