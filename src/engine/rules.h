@@ -59,10 +59,16 @@ struct EngineRules {
   int groups = 1;                       // # OF GROUPS
   std::string initial_model;            // INITIAL MODEL: "" or "STARTMOD.123"
 
+  // Lines the engine reads but that steer only what it displays.
+  bool robust_acf = false;              // 2002 USE ROBUST AUTOCORRELATION FUNCTION
+  std::vector<int> display_options;     // 2098..2107, in file order
+  bool exception_report = false;        // 2121 PRINT EXCEPTION REPORT
+
   // Control files of the working folder.
   bool no_trend = false;                // NOTREND.QVX present: no local time trends
   bool allow_modifications = false;     // ALLOWMOD.QVX present
   bool save_model_file = false;         // SAVEMOD.QVX present
+  std::vector<int> group_sizes;         // GROUPLST.QVX: sample size of each pooled group
 };
 
 }  // namespace quorvane

@@ -1,0 +1,12 @@
+#include "engine/quorvane.h"
+
+#include "engine/model.h"
+
+namespace quorvane {
+
+RunSummary RunEngineRequest(EngineArrays& arrays, const std::filesystem::path& work_folder,
+                            const std::filesystem::path& output_folder) {
+  return RunRequest(arrays, work_folder, &FitAndForecast, output_folder);
+}
+
+}  // namespace quorvane

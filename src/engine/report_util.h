@@ -1,0 +1,94 @@
+#pragma once
+// Helpers the report writers share: period labels of observations and forecasts, names of
+// intervention types, summary figures of the data.
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "engine/exchange.h"
+#include "engine/periods.h"
+#include "engine/reports.h"
+
+namespace quorvane::report {
+
+inline const ModelingProblem& Problem(const ReportInput& in) { return in.request->problem; }
+inline const ModelResult& Result(const ReportInput& in) { return *in.result; }
+
+// Label of observation `index` (0-based) of the series as given.
+inline std::string ObservationLabel(const ReportInput& in, int index) {
+  const auto& s = in.request->shape;
+  return PeriodLabel(s.begin_year, s.begin_period, s.seasonality, index);
+}
+
+// Label of forecast `h` (0-based): the periods after the estimation sample.
+inline std::string ForecastLabel(const ReportInput& in, int h) {
+  return ObservationLabel(in, static_cast<int>(Problem(in).y.size()) + h);
+}
+
+inline bool IsMissing(double v) { return !std::isfinite(v) || std::fabs(v) >= kMissingValue * 0.999; }
+
+inline const char* InterventionName(int type) {
+  switch (type) {
+    case 1: return "Pulse";
+    case 2: return "Level Shift";
+    case 3: return "Seasonal Pulse";
+    case 4: return "Trend";
+    case 5: return "Dynamic Pulse";
+    default: return "Intervention";
+  }
+}
+
+inline std::string FrequencyWord(int seasonality) {
+  switch (seasonality) {
+    case 1: return "annual";
+    case 4: return "quarterly";
+    case 5: return "business-day";
+    case 7: return "daily";
+    case 12: return "monthly";
+    case 13: return "four-weekly";
+    case 52: return "weekly";
+    default: return "seasonal (" + std::to_string(seasonality) + " periods a cycle)";
+  }
+}
+
+struct Summary {
+  double mean = 0, sd = 0, min = 0, max = 0;
+};
+
+inline Summary Summarize(const std::vector<double>& y) {
+  Summary s;
+  if (y.empty()) return s;
+  s.min = s.max = y[0];
+  for (double v : y) {
+    s.mean += v;
+    s.min = std::min(s.min, v);
+    s.max = std::max(s.max, v);
+  }
+  s.mean /= y.size();
+  double ss = 0;
+  for (double v : y) ss += (v - s.mean) * (v - s.mean);
+  s.sd = y.size() > 1 ? std::sqrt(ss / (y.size() - 1)) : 0.0;
+  return s;
+}
+
+// "ARIMA(p,d,q)(P,D,Q)s" when the core gave no description of its own.
+inline std::string ModelName(const ModelResult& r) {
+  if (!r.description.empty()) return r.description;
+  std::string name = "ARIMA(" + std::to_string(r.p) + "," + std::to_string(r.d) + "," +
+                     std::to_string(r.q) + ")";
+  if (r.P + r.D + r.Q > 0)
+    name += "(" + std::to_string(r.P) + "," + std::to_string(r.D) + "," + std::to_string(r.Q) +
+            ")" + std::to_string(r.period);
+  return name;
+}
+
+inline std::string TransformName(double lambda) {
+  if (lambda == 1.0) return "none";
+  if (lambda == 0.0) return "natural logarithm";
+  if (lambda == 0.5) return "square root";
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "Box-Cox power %.2f", lambda);
+  return buf;
+}
+
+}  // namespace quorvane::report

@@ -1,0 +1,310 @@
+// DETAILS.HTM (the whole story of one dataset) and STAT.HTM (fit statistics and the
+// residual autocorrelations): self-contained pages with their style inline.
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+
+#include "engine/report_util.h"
+#include "engine/reports.h"
+
+namespace quorvane {
+
+using namespace report;
+
+namespace {
+
+const char* kStyle = R"(<style>
+body { font-family: "Segoe UI", "DejaVu Sans", Arial, sans-serif; color: #1f2933; background: #f4f6f8; margin: 0; }
+.page { max-width: 980px; margin: 0 auto; background: #ffffff; padding: 28px 40px 40px; box-shadow: 0 0 8px rgba(0,0,0,0.08); }
+header { border-bottom: 3px solid #1f5f8b; margin-bottom: 18px; padding-bottom: 10px; }
+h1 { font-size: 24px; margin: 0 0 4px; color: #1f5f8b; }
+.subtitle { color: #52606d; font-size: 13px; }
+h2 { font-size: 17px; color: #1f5f8b; border-bottom: 1px solid #d9e2ec; padding-bottom: 4px; margin: 26px 0 10px; }
+p { font-size: 14px; line-height: 1.5; margin: 6px 0; }
+table { border-collapse: collapse; font-size: 13px; margin: 6px 0 10px; }
+th { background: #1f5f8b; color: #ffffff; font-weight: 600; padding: 5px 10px; text-align: left; }
+td { padding: 4px 10px; border-bottom: 1px solid #e4e7eb; }
+tr:nth-child(even) td { background: #f5f7fa; }
+td.num, th.num { text-align: right; font-variant-numeric: tabular-nums; font-family: "DejaVu Sans Mono", Consolas, monospace; }
+table.facts td:first-child { color: #52606d; width: 260px; }
+.equation { font-family: "DejaVu Sans Mono", Consolas, monospace; background: #f0f4f8; border-left: 4px solid #1f5f8b; padding: 10px 14px; font-size: 13px; white-space: pre-wrap; }
+.ok { color: #1d7a46; font-weight: 600; }
+.warn { color: #b44d12; font-weight: 600; }
+.note { background: #fff8e6; border-left: 4px solid #e0a800; padding: 8px 12px; font-size: 13px; margin: 6px 0; }
+ol.steps li { font-size: 14px; margin: 4px 0; }
+.bar { display: inline-block; height: 10px; background: #1f5f8b; vertical-align: middle; }
+.bar.neg { background: #b44d12; }
+.bar.out { background: #d64545; }
+td.barcell { width: 300px; position: relative; }
+.axis { display: inline-block; width: 150px; text-align: right; }
+footer { margin-top: 30px; font-size: 11px; color: #9aa5b1; border-top: 1px solid #e4e7eb; padding-top: 8px; }
+</style>)";
+
+std::string Escape(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+std::string Today() {
+  std::time_t now = std::time(nullptr);
+  char buf[64];
+  std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M", std::localtime(&now));
+  return buf;
+}
+
+std::string Head(const std::string& title) {
+  return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
+         Escape(title) + "</title>\n" + kStyle + "\n</head>\n<body>\n<div class=\"page\">\n";
+}
+
+std::string Foot() {
+  return "<footer>Produced by the Quorvane forecasting engine on " + Today() +
+         ".</footer>\n</div>\n</body>\n</html>\n";
+}
+
+std::string Fact(const std::string& name, const std::string& value) {
+  return "<tr><td>" + Escape(name) + "</td><td>" + value + "</td></tr>\n";
+}
+
+std::string Num(double v, int decimals) { return FormatNumber(v, decimals); }
+
+std::string Cell(const std::string& text, bool numeric = false) {
+  return numeric ? "<td class=\"num\">" + text + "</td>" : "<td>" + Escape(text) + "</td>";
+}
+
+std::string Stars(double p) {
+  if (p < 0.001) return "***";
+  if (p < 0.01) return "**";
+  if (p < 0.05) return "*";
+  return "";
+}
+
+std::string OnOff(bool on) { return on ? "on" : "off"; }
+
+std::string Subtitle(const ReportInput& in) {
+  const DatasetShape& s = in.request->shape;
+  return std::to_string(s.observations) + " " + FrequencyWord(s.seasonality) +
+         " observations, " + ObservationLabel(in, 0) + " to " +
+         ObservationLabel(in, s.observations - 1);
+}
+
+std::string FitFacts(const ReportInput& in) {
+  const ModelResult& r = Result(in);
+  std::string h = "<table class=\"facts\">\n";
+  h += Fact("Observations used", std::to_string(r.observations));
+  h += Fact("Estimated parameters", std::to_string(r.parameters));
+  h += Fact("Degrees of freedom", std::to_string(r.degrees_of_freedom));
+  h += Fact("Error sum of squares", Num(r.sse, 4));
+  h += Fact("Residual variance", Num(r.variance, 4));
+  h += Fact("Residual standard deviation", Num(std::sqrt(std::max(0.0, r.variance)), 4));
+  h += Fact("R-squared", Num(r.r_squared, 4));
+  h += Fact("Log-likelihood", Num(r.loglik, 3));
+  h += Fact("AIC", Num(r.aic, 3));
+  h += Fact("BIC", Num(r.bic, 3));
+  h += Fact("In-sample MAPE", Num(r.mape, 2) + "%");
+  if (r.ljung_box_lags > 0) {
+    bool ok = r.ljung_box_p >= 0.05;
+    h += Fact("Ljung-Box Q (" + std::to_string(r.ljung_box_lags) + " lags)",
+              Num(r.ljung_box_q, 3) + " &nbsp; p = " + Num(r.ljung_box_p, 4) + " &nbsp; " +
+                  (ok ? "<span class=\"ok\">no significant autocorrelation</span>"
+                      : "<span class=\"warn\">autocorrelation remains</span>"));
+  }
+  bool normal = r.normality_p >= 0.05;
+  h += Fact("Normality (Jarque-Bera)",
+            Num(r.normality_stat, 3) + " &nbsp; p = " + Num(r.normality_p, 4) + " &nbsp; " +
+                (normal ? "<span class=\"ok\">consistent with normal errors</span>"
+                        : "<span class=\"warn\">not normal</span>"));
+  h += "</table>\n";
+  return h;
+}
+
+}  // namespace
+
+std::string DetailsHtml(const ReportInput& in) {
+  const ModelResult& r = Result(in);
+  const ModelingProblem& p = Problem(in);
+  const DatasetShape& s = in.request->shape;
+  const EngineRules& rules = p.rules;
+  std::string h = Head("Model details: " + p.output_name);
+  h += "<header><h1>Model details: " + Escape(p.output_name) + "</h1><div class=\"subtitle\">" +
+       Escape(Subtitle(in)) + " &middot; " + Escape(ModelName(r)) + "</div></header>\n";
+
+  // Data.
+  Summary sum = Summarize(p.y);
+  h += "<h2>1. Data</h2>\n<table class=\"facts\">\n";
+  h += Fact("Output series", Escape(p.output_name));
+  h += Fact("Frequency", Escape(FrequencyWord(s.seasonality)) + " (seasonality " +
+                             std::to_string(s.seasonality) + ")");
+  h += Fact("Observations as given", std::to_string(s.observations) + " (" +
+                                         Escape(ObservationLabel(in, 0)) + " to " +
+                                         Escape(ObservationLabel(in, s.observations - 1)) + ")");
+  if (s.retained > 0) h += Fact("Retained for comparison", std::to_string(s.retained));
+  h += Fact("Estimation sample", std::to_string(p.y.size()));
+  if (r.leading_left_out > 0)
+    h += Fact("Left out at the start", std::to_string(r.leading_left_out) +
+                                           " (the model uses the most recent stable segment)");
+  h += Fact("Mean", Num(sum.mean, 4));
+  h += Fact("Standard deviation", Num(sum.sd, 4));
+  h += Fact("Minimum / maximum", Num(sum.min, 4) + " / " + Num(sum.max, 4));
+  if (!p.inputs.empty()) {
+    std::string names;
+    for (const auto& x : p.inputs)
+      names += (names.empty() ? "" : ", ") + Escape(x.name) + " (type " + std::to_string(x.type) + ")";
+    h += Fact("Input series", names);
+  }
+  h += "</table>\n";
+
+  // Rules.
+  h += "<h2>2. Rules in force</h2>\n<table class=\"facts\">\n";
+  h += Fact("Source", Escape(in.rules_source));
+  h += Fact("Estimation", OnOff(rules.estimation_enabled) + ", at most " +
+                              std::to_string(rules.max_iterations) + " iterations");
+  h += Fact("Necessity test", OnOff(rules.necessity) + " at " + PercentText(rules.necessity_level));
+  h += Fact("Sufficiency (stochastic)",
+            OnOff(rules.sufficiency_stochastic) + " at " + PercentText(rules.sufficiency_ss_level));
+  std::string kinds;
+  if (rules.include_pulse) kinds += "pulses";
+  if (rules.include_step) kinds += std::string(kinds.empty() ? "" : ", ") + "level shifts";
+  if (rules.include_seasonal_pulse) kinds += std::string(kinds.empty() ? "" : ", ") + "seasonal pulses";
+  if (rules.include_local_trend) kinds += std::string(kinds.empty() ? "" : ", ") + "local trends";
+  h += Fact("Intervention detection",
+            rules.sufficiency_deterministic
+                ? "on at " + PercentText(rules.sufficiency_ds_level) + ", at most " +
+                      std::to_string(rules.max_outliers) + ": " + (kinds.empty() ? "none" : kinds)
+                : std::string("off"));
+  std::string lambdas;
+  for (double l : rules.lambdas) lambdas += (lambdas.empty() ? "" : ", ") + Num(l, 2);
+  h += Fact("Power transforms evaluated", lambdas);
+  h += Fact("Constancy of parameters", OnOff(rules.constancy));
+  h += Fact("Change of variance", OnOff(rules.variance_change));
+  h += Fact("Forecasting", OnOff(rules.forecasting_enabled) + ", limits at " +
+                               PercentText(rules.forecast_confidence));
+  h += "</table>\n";
+  for (const auto& note : in.notes) h += "<div class=\"note\">" + Escape(note) + "</div>\n";
+
+  // Transform.
+  h += "<h2>3. Transformation</h2>\n<p>";
+  if (r.lambda == 1.0)
+    h += "The series is modelled as it stands: no power transformation improved the likelihood.";
+  else
+    h += "The series is modelled after a " + Escape(TransformName(r.lambda)) +
+         " transformation (&lambda; = " + Num(r.lambda, 2) +
+         "), chosen by likelihood; forecasts and limits are transformed back to the original scale.";
+  h += "</p>\n";
+
+  // Steps.
+  h += "<h2>4. Identification and diagnosis</h2>\n";
+  if (r.notes.empty()) {
+    h += "<p>No steps were recorded.</p>\n";
+  } else {
+    h += "<ol class=\"steps\">\n";
+    for (const auto& n : r.notes)
+      h += "<li><strong>" + Escape(n.heading) + "</strong>" + (n.heading.empty() ? "" : ": ") +
+           Escape(n.text) + "</li>\n";
+    h += "</ol>\n";
+  }
+
+  // Model.
+  h += "<h2>5. Final model</h2>\n<p><strong>" + Escape(ModelName(r)) + "</strong>";
+  if (r.has_constant) h += " with a constant";
+  h += "</p>\n";
+  if (!r.equation.empty()) h += "<div class=\"equation\">" + Escape(r.equation) + "</div>\n";
+  h += "<table>\n<tr><th>Term</th><th class=\"num\">Coefficient</th><th class=\"num\">Std error</th>"
+       "<th class=\"num\">t-value</th><th class=\"num\">p-value</th><th></th></tr>\n";
+  for (const auto& c : r.coefficients)
+    h += "<tr>" + Cell(c.term) + Cell(Num(c.value, 6), true) + Cell(Num(c.std_error, 6), true) +
+         Cell(Num(c.t_value, 2), true) + Cell(Num(c.p_value, 4), true) + Cell(Stars(c.p_value)) +
+         "</tr>\n";
+  if (r.coefficients.empty()) h += "<tr><td colspan=\"6\">No estimated terms.</td></tr>\n";
+  h += "</table>\n<p class=\"subtitle\">Significance: *** p &lt; 0.001, ** p &lt; 0.01, * p &lt; 0.05.</p>\n";
+
+  // Interventions.
+  h += "<h2>6. Interventions</h2>\n";
+  if (r.interventions.empty()) {
+    h += "<p>No pulses, level shifts, seasonal pulses or local trends were found.</p>\n";
+  } else {
+    h += "<table>\n<tr><th>Type</th><th>Period</th><th class=\"num\">Observation</th>"
+         "<th class=\"num\">Impact</th><th class=\"num\">t-value</th></tr>\n";
+    for (const auto& iv : r.interventions)
+      h += "<tr>" + Cell(InterventionName(iv.type)) + Cell(ObservationLabel(in, iv.observation - 1)) +
+           Cell(std::to_string(iv.observation), true) + Cell(Num(iv.impact, 4), true) +
+           Cell(Num(iv.t_value, 2), true) + "</tr>\n";
+    h += "</table>\n";
+  }
+
+  // Diagnostics.
+  h += "<h2>7. Diagnostics</h2>\n" + FitFacts(in) +
+       "<p>The residual autocorrelations are listed in the statistics report (STAT.HTM).</p>\n";
+
+  // Forecasts.
+  h += "<h2>8. Forecasts</h2>\n";
+  if (r.forecasts.empty()) {
+    h += "<p>No forecasts were asked for.</p>\n";
+  } else {
+    std::string level = PercentText(rules.forecast_confidence);
+    h += "<table>\n<tr><th>Period</th><th class=\"num\">Forecast</th><th class=\"num\">Lower " +
+         level + "</th><th class=\"num\">Upper " + level + "</th></tr>\n";
+    for (size_t k = 0; k < r.forecasts.size(); ++k)
+      h += "<tr>" + Cell(ForecastLabel(in, static_cast<int>(k))) + Cell(Num(r.forecasts[k], 4), true) +
+           Cell(Num(k < r.lower.size() ? r.lower[k] : r.forecasts[k], 4), true) +
+           Cell(Num(k < r.upper.size() ? r.upper[k] : r.forecasts[k], 4), true) + "</tr>\n";
+    h += "</table>\n";
+  }
+
+  std::vector<std::string> warnings = in.request->warnings;
+  warnings.insert(warnings.end(), r.warnings.begin(), r.warnings.end());
+  if (!warnings.empty()) {
+    h += "<h2>Warnings</h2>\n";
+    for (const auto& w : warnings) h += "<div class=\"note\">" + Escape(w) + "</div>\n";
+  }
+  h += Foot();
+  return h;
+}
+
+std::string StatHtml(const ReportInput& in) {
+  const ModelResult& r = Result(in);
+  const ModelingProblem& p = Problem(in);
+  std::string h = Head("Statistics: " + p.output_name);
+  h += "<header><h1>Statistics: " + Escape(p.output_name) + "</h1><div class=\"subtitle\">" +
+       Escape(Subtitle(in)) + " &middot; " + Escape(ModelName(r)) + "</div></header>\n";
+  h += "<h2>Fit statistics</h2>\n" + FitFacts(in);
+
+  h += "<h2>Residual autocorrelations</h2>\n";
+  if (r.residual_acf.empty()) {
+    h += "<p>No residual autocorrelations were computed.</p>\n";
+  } else {
+    double limit = r.residual_acf_limit;
+    h += "<p>Limits &plusmn;" + Num(limit, 4) +
+         " (about two standard errors); lags outside them are marked.</p>\n";
+    h += "<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th class=\"num\">Limit</th>"
+         "<th>-1 &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; "
+         "&nbsp; &nbsp; &nbsp; 0 &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; "
+         "&nbsp; &nbsp; &nbsp; &nbsp; +1</th><th></th></tr>\n";
+    for (size_t k = 0; k < r.residual_acf.size(); ++k) {
+      double v = r.residual_acf[k];
+      bool outside = limit > 0 && std::fabs(v) > limit;
+      int width = static_cast<int>(std::min(1.0, std::fabs(v)) * 150.0 + 0.5);
+      std::string bar = "<span class=\"bar" + std::string(outside ? " out" : (v < 0 ? " neg" : "")) +
+                        "\" style=\"width:" + std::to_string(std::max(width, 1)) + "px\"></span>";
+      std::string chart = v < 0 ? "<span class=\"axis\">" + bar + "</span>"
+                                : "<span class=\"axis\"></span>" + bar;
+      h += "<tr>" + Cell(std::to_string(k + 1), true) + Cell(Num(v, 4), true) +
+           Cell(Num(limit, 4), true) + "<td class=\"barcell\">" + chart + "</td>" +
+           (outside ? "<td class=\"warn\">outside</td>" : "<td></td>") + "</tr>\n";
+    }
+    h += "</table>\n";
+  }
+  h += Foot();
+  return h;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,321 @@
+#include "engine/rules_reader.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <optional>
+
+#include "platform/paths.h"
+#include "platform/textfile.h"
+
+// Generated from resources/program/ENGINE.CND at build time.
+extern const char kQuorvaneBuiltinRules[];
+extern const unsigned long kQuorvaneBuiltinRulesSize;
+
+namespace quorvane {
+
+namespace {
+
+using RV = RuleValue;
+
+std::string Trim(std::string_view s) {
+  size_t b = 0, e = s.size();
+  while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
+  while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
+  return std::string(s.substr(b, e - b));
+}
+
+// A number written as the rules write it: digits, an optional sign and point, blanks
+// around. Nothing else may stand in the field.
+std::optional<double> ParseNumber(std::string_view field) {
+  std::string t = Trim(field);
+  if (t.empty()) return std::nullopt;
+  char* end = nullptr;
+  double v = std::strtod(t.c_str(), &end);
+  if (end != t.c_str() + t.size() || !std::isfinite(v)) return std::nullopt;
+  return v;
+}
+
+std::optional<int> ParseWhole(std::string_view field) {
+  auto v = ParseNumber(field);
+  if (!v || *v != std::floor(*v)) return std::nullopt;
+  return static_cast<int>(*v);
+}
+
+std::vector<std::string> SplitLines(std::string_view text) {
+  std::vector<std::string> lines;
+  size_t pos = 0;
+  while (pos < text.size()) {
+    size_t nl = text.find('\n', pos);
+    std::string_view line = text.substr(pos, nl == std::string_view::npos ? nl : nl - pos);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    lines.emplace_back(line);
+    if (nl == std::string_view::npos) break;
+    pos = nl + 1;
+  }
+  return lines;
+}
+
+// Stores one value read from a line into the rules. False when the value is not
+// acceptable for that line.
+bool Store(const RuleLineSpec& spec, std::string_view field, EngineRules& r,
+           int& lambda_count) {
+  if (spec.kind == RV::LambdaList) {
+    std::vector<double> lambdas;
+    for (int i = 0; i < lambda_count; ++i) {
+      std::string_view f = field.size() > static_cast<size_t>(4 * i)
+                               ? field.substr(4 * i, 4)
+                               : std::string_view{};
+      auto v = ParseNumber(f);
+      if (!v || *v < -1.0 || *v > 1.0) return false;
+      lambdas.push_back(*v);
+    }
+    r.lambdas = lambdas.empty() ? std::vector<double>{1.0} : lambdas;
+    return true;
+  }
+  auto number = ParseNumber(field);
+  if (!number) return false;
+  double v = *number;
+  bool whole = v == std::floor(v);
+  switch (spec.kind) {
+    case RV::Flag:
+      if (v != 0.0 && v != 1.0) return false;
+      break;
+    case RV::Template:
+    case RV::Integer:
+      if (!whole || v < spec.min || v > spec.max) return false;
+      break;
+    case RV::Real:
+      if (v < spec.min || v > spec.max) return false;
+      break;
+    default:
+      return false;
+  }
+  bool flag = v == 1.0;
+  int whole_value = static_cast<int>(v);
+  switch (spec.code) {
+    case 2002: r.robust_acf = whole_value != 0; break;
+    case 2015: r.maximum_lead = whole_value; break;
+    case 2018: r.difference_inputs = flag; break;
+    case 2020: r.estimation_enabled = flag; break;
+    case 2024: r.sse_change_pct = v; break;
+    case 2025: r.parameter_change_pct = v; break;
+    case 2026: r.max_iterations = whole_value; break;
+    case 2027: r.necessity = flag; break;
+    case 2028: r.necessity_level = v; break;
+    case 2029: r.constrain_causal = flag; break;
+    case 2030: r.sufficiency_stochastic = flag; break;
+    case 2031: r.sufficiency_ss_level = v; break;
+    case 2035: r.sufficiency_deterministic = flag; break;
+    case 2037: r.sufficiency_ds_level = v; break;
+    case 2038: r.max_outliers = whole_value; break;
+    case 2039: r.include_pulse = flag; break;
+    case 2041: r.include_step = flag; break;
+    case 2042: r.min_group_size = whole_value; break;
+    case 2043: r.include_seasonal_pulse = flag; break;
+    case 2044: r.include_local_trend = flag; break;
+    case 2047: r.fixup_seasonal_dummies = flag; break;
+    case 2050: lambda_count = whole_value; break;
+    case 2053: r.variance_change = flag; break;
+    case 2054: r.variance_level = v; break;
+    case 2055: r.min_residuals_to_pool = whole_value; break;
+    case 2056: r.constancy = flag; break;
+    case 2057: r.constancy_level = v; break;
+    case 2058: r.forecasting_enabled = flag; break;
+    case 2060: r.forecasts = whole_value; break;
+    case 2061: r.forecast_confidence = v; break;
+    case 2062: r.convert_positive = flag; break;
+    case 2063: r.convert_integers = flag; break;
+    case 2064: r.last_pulse_to_step = flag; break;
+    case 2065: r.pulse_to_seasonal = flag; break;
+    case 2066: r.simulation = flag; break;
+    case 2067: r.noise_variance = v; break;
+    case 2068: r.seed = whole_value; break;
+    case 2098: case 2099: case 2101: case 2103: case 2104: case 2106: case 2107:
+      r.display_options.push_back(whole_value);
+      break;
+    case 2112: r.store_model = flag; break;
+    case 2121: r.exception_report = whole_value != 0; break;
+    default: break;
+  }
+  return true;
+}
+
+// The value of the first line that holds `key` before its bar; nullopt when none does.
+std::optional<std::string> FindKeyed(const std::vector<std::string>& lines,
+                                     std::string_view key) {
+  for (const auto& line : lines) {
+    size_t at = line.find(key);
+    if (at == std::string::npos) continue;
+    size_t bar = line.find('|', at);
+    if (bar == std::string::npos) return std::nullopt;
+    return line.substr(bar + 1);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+const std::vector<RuleLineSpec>& RuleLineSpecs() {
+  static const std::vector<RuleLineSpec> specs = {
+      {2002, "", "USE ROBUST AUTOCORRELATION FUNCTION", RV::Template, 0, 9999},
+      {2015, "MAXIMUM LEAD", "MAXIMUM LEAD FOR SERIES NAMED MOVE+", RV::Integer, 0, 6},
+      {2018, "DIFFERENCE", "USE DIFF FACTORS FROM ARIMA IN TF MODEL", RV::Flag},
+      {2020, "MODEL ESTIMATION", "ENABLE MODEL ESTIMATION", RV::Flag},
+      {2024, "SQUARES", "% CHANGE IN ERROR SUM OF SQUARES", RV::Real, 0, 100},
+      {2025, "PARAMETER VALUES", "% CHANGE IN THE PARAMETER VALUES", RV::Real, 0, 100},
+      {2026, "ITERATIONS", "MAXIMUM # OF ITERATIONS", RV::Integer, 0, 200},
+      {2027, "NECESSITY TEST:", "NECESSITY:", RV::Flag},
+      {2028, "LEVEL FOR NECESSITY", "CONFIDENCE LEVEL FOR NECESSITY", RV::Real, 0.01, 99.99},
+      {2029, "CONSTRAIN", "CONSTRAIN  CAUSAL COEFFICIENTS  IN MODEL", RV::Flag},
+      {2030, "STOCHASTIC", "SUFFICIENCY (STOCHASTIC STRUCTURE )", RV::Flag},
+      {2031, "(SS)", "CONFIDENCE LEVEL FOR SUFFICIENCY (SS)", RV::Real, 0.01, 99.99},
+      {2035, "DETERMINISTIC STRUCTURE", "SUFFICIENCY (DETERMINISTIC STRUCTURE )", RV::Flag},
+      {2037, "(DS)", "CONFIDENCE LEVEL FOR SUFFICIENCY (DS)", RV::Real, 0.01, 99.99},
+      {2038, "TO BE IDENTIFIED", "MAXIMUM NUM OF OUTLIERS TO BE IDENTIFIED", RV::Integer, 0, 999},
+      {2039, "INCLUDE PULSE", "INCLUDE PULSE VARIABLES", RV::Flag},
+      {2041, "INCLUDE STEP", "INCLUDE STEP VARIABLES", RV::Flag},
+      {2042, "OBSERVATIONS IN GROUP", "MINIMUM NUMBER OF OBSERVATIONS IN GROUP", RV::Integer, 1, 9999},
+      {2043, "INCLUDE SEASONAL PULSE", "INCLUDE SEASONAL PULSE VARIABLES", RV::Flag},
+      {2044, "LOCAL TREND", "INCLUDE LOCAL TRENDS", RV::Flag},
+      {2047, "FIXUP FOR FIXED EFFECTS", "ENABLE AUTO FIXUP FOR SEASONAL DUMMIES", RV::Flag},
+      {2050, "EVALUATE IN EST", "NUMBER OF LAMBDA VAL TO EVALUATE IN EST", RV::Integer, 0, 10},
+      {2051, "", "spacer", RV::Spacer},
+      {2052, "(4F4.0)", "LAMBDA VALUES TO EVALUATE (4F4.0)", RV::LambdaList},
+      {2053, "DISCRETE", "DISCRETE CHANGE TEST FOR VARIANCE", RV::Flag},
+      {2054, "LEVEL FOR VARIANCE", "CONFIDENCE LEVEL FOR VARIANCE TEST", RV::Real, 0.01, 99.99},
+      {2055, "RESIDUALS TO POOL", "MINIMUM NUMBER OF RESIDUALS TO POOL", RV::Integer, 1, 9999},
+      {2056, "CONSTANCY OF PARAMETERS", "CONSTANCY OF PARAMETERS:", RV::Flag},
+      {2057, "CONSTANCY TEST", "CONFIDENCE LEVEL FOR CONSTANCY TEST", RV::Real, 0.01, 99.99},
+      {2058, "MODEL FORECASTING", "ENABLE MODEL FORECASTING", RV::Flag},
+      {2060, "VALUES TO COMPUTE", "# OF FORECAST VALUES TO COMPUTE", RV::Integer, 0, 600},
+      {2061, "FOR THE FORECASTS", "CONFIDENCE LIMIT FOR THE FORECASTS (%)", RV::Real, 0.01, 99.99},
+      {2062, "POSITIVE VALUES", "CONVERT THE FORECAST VAL TO POSITIVE VAL", RV::Flag},
+      {2063, "INTEGERS", "CONVERT THE FORECAST VALUES TO INTEGERS", RV::Flag},
+      {2064, "LAST OBSERVATION", "CONVERT PULSE AT LAST OBSERVATION TO STEP", RV::Flag},
+      {2065, "PULSE TO SEASONAL", "CONVERT PULSE TO SEASONAL PULSE (SAVE LAST OBS)", RV::Flag},
+      {2066, "SIMULATION ENABLED", "SIMULATION ENABLED (0=NO 1=YES)", RV::Flag},
+      {2067, "NOISE SERIES", "VARIANCE OF THE NOISE SERIES", RV::Real, 0, 1e9},
+      {2068, "SEED VALUE", "SEED VALUE TO START ( 0 FOR CLOCK )", RV::Integer, 0, 9999},
+      {2098, "", "DISPLAY OUTLIER TEST RESULTS", RV::Template, 0, 9999},
+      {2099, "", "DISPLAY CONSTANCY TEST", RV::Template, 0, 9999},
+      {2101, "", "DISPLAY FORECASTING INFORMATION", RV::Template, 0, 9999},
+      {2103, "", "DISPLAY FORECAST MODEL PARAMETERS", RV::Template, 0, 9999},
+      {2104, "", "DISPLAY FORECAST MODEL EQUATION", RV::Template, 0, 9999},
+      {2106, "", "DISPLAY TABLE OF TRANSFORMED FORE VALUES", RV::Template, 0, 9999},
+      {2107, "", "DISPLAY TABLE OF FORECAST VALUES", RV::Template, 0, 9999},
+      {2112, "STORE", "STORE  MODEL FORM (YES/NO)", RV::Flag},
+      {2121, "", "PRINT EXCEPTION REPORT", RV::Template, 0, 9999},
+  };
+  return specs;
+}
+
+std::string RulesErrorText(int code) {
+  for (const auto& spec : RuleLineSpecs()) {
+    if (spec.code != code) continue;
+    std::string text = std::string(" ERR READ ENGINE.QVX ") + spec.label;
+    if (code != 2121) text += " ADVISE QVX";
+    return text;
+  }
+  return {};
+}
+
+RulesReadResult ParseRulesText(std::string_view text) {
+  RulesReadResult result;
+  EngineRules& r = result.rules;
+  r.display_options.clear();
+  std::vector<std::string> lines = SplitLines(text);
+  int lambda_count = 1;
+  size_t index = 0;
+  for (const auto& spec : RuleLineSpecs()) {
+    if (index >= lines.size()) {
+      result.error_code = static_cast<int16_t>(spec.code);
+      return result;
+    }
+    const std::string& line = lines[index++];
+    if (spec.kind == RV::Spacer) continue;
+    size_t bar = line.find('|');
+    bool ok = bar != std::string::npos;
+    if (ok && spec.key[0] != '\0') ok = line.substr(0, bar).find(spec.key) != std::string::npos;
+    if (ok) ok = Store(spec, std::string_view(line).substr(bar + 1), r, lambda_count);
+    if (!ok) {
+      result.error_code = static_cast<int16_t>(spec.code);
+      return result;
+    }
+  }
+
+  // The lines without a code of their own: a missing or unreadable one leaves its default.
+  if (auto v = FindKeyed(lines, "INTERMITTENT")) {
+    if (auto n = ParseWhole(*v); n && (*n == 0 || *n == 1)) r.intermittent = *n == 1;
+  }
+  if (auto v = FindKeyed(lines, "# OF GROUPS")) {
+    if (auto n = ParseWhole(*v); n && *n >= 0) r.groups = *n == 0 ? 1 : *n;
+  }
+  if (auto v = FindKeyed(lines, "INITIAL MODEL")) r.initial_model = Trim(*v);
+  return result;
+}
+
+std::string_view BuiltinRulesText() {
+  return std::string_view(kQuorvaneBuiltinRules, kQuorvaneBuiltinRulesSize);
+}
+
+RulesReadResult LoadRules(const std::filesystem::path& work_folder) {
+  if (auto go = tessaly::platform::FindNoCase(work_folder, "ENGINE.GO")) {
+    if (auto text = tessaly::platform::ReadWholeFile(*go)) {
+      RulesReadResult result = ParseRulesText(*text);
+      result.source = "ENGINE.GO";
+      return result;
+    }
+  }
+  RulesReadResult result = ParseRulesText(BuiltinRulesText());
+  result.source = "built-in rules";
+  return result;
+}
+
+std::vector<std::string> ApplyControlFiles(const std::filesystem::path& folder,
+                                           EngineRules& rules) {
+  namespace tp = tessaly::platform;
+  std::vector<std::string> notes;
+  if (tp::ExistsNoCase(folder, "NOTREND.QVX")) {
+    rules.no_trend = true;
+    rules.include_local_trend = false;
+    notes.push_back("NOTREND.QVX: local time trends are not incorporated.");
+  }
+  if (tp::ExistsNoCase(folder, "ALLOWMOD.QVX")) {
+    rules.allow_modifications = true;
+    notes.push_back("ALLOWMOD.QVX: the engine may tune a preset or user model.");
+  }
+  if (tp::ExistsNoCase(folder, "SAVEMOD.QVX")) {
+    rules.save_model_file = true;
+    notes.push_back("SAVEMOD.QVX: the final model is saved under the output series' name.");
+  }
+  if (auto path = tp::FindNoCase(folder, "GROUPLST.QVX")) {
+    auto lines = tp::ReadAllLines(*path);
+    std::vector<int> sizes;
+    int declared = -1;
+    bool readable = lines && !lines->empty();
+    if (readable) {
+      auto n = ParseWhole((*lines)[0]);
+      readable = n && *n > 0;
+      if (readable) declared = *n;
+      for (size_t i = 1; readable && i < lines->size(); ++i) {
+        if (Trim((*lines)[i]).empty()) continue;
+        auto size = ParseWhole((*lines)[i]);
+        if (!size || *size <= 0) readable = false;
+        else sizes.push_back(*size);
+      }
+    }
+    if (readable && static_cast<int>(sizes.size()) == declared) {
+      rules.groups = declared;
+      rules.group_sizes = sizes;
+      notes.push_back("GROUPLST.QVX: " + std::to_string(declared) +
+                      " groups of a pooled cross-section.");
+    } else {
+      notes.push_back("GROUPLST.QVX could not be read (a group count and one size per "
+                      "group are expected); it was ignored.");
+    }
+  }
+  return notes;
+}
+
+}  // namespace quorvane

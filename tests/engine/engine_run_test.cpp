@@ -1,0 +1,170 @@
+#include "engine/engine_run.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "engine_test_data.h"
+#include "support/program_folder.h"
+
+namespace quorvane {
+namespace {
+
+using tessaly::testing::ReadFile;
+using tessaly::testing::TempDir;
+using tessaly::testing::WriteFile;
+namespace fs = std::filesystem;
+
+std::vector<std::string> StageFilesIn(const fs::path& folder) {
+  std::vector<std::string> found;
+  for (int s = 1; s <= 4; ++s)
+    if (fs::exists(folder / ("STAGE" + std::to_string(s) + ".123")))
+      found.push_back("STAGE" + std::to_string(s) + ".123");
+  return found;
+}
+
+// A stand-in for the modelling core: walks the stages, noting the stage files it finds
+// at each, and returns the known model.
+struct FakeCore {
+  explicit FakeCore(fs::path f) : folder(std::move(f)) {}
+  fs::path folder;
+  std::vector<std::vector<std::string>> seen;
+  int calls = 0;
+  std::function<void(Stage)> during;  // runs inside a stage, after its callback
+  ModelResult result = testdata::KnownResult(144, 12);
+
+  Fitter AsFitter() {
+    return [this](const ModelingProblem& p, const StageCallback& on_stage) {
+      ++calls;
+      for (Stage s : {Stage::Identification, Stage::Estimation, Stage::Diagnosis}) {
+        if (!on_stage(s)) {
+          ModelResult stopped;
+          stopped.cancelled = true;
+          return stopped;
+        }
+        seen.push_back(StageFilesIn(folder));
+        if (during) during(s);
+      }
+      ModelResult r = result;
+      r.forecasts.resize(p.horizon);
+      return r;
+    };
+  }
+};
+
+TEST(EngineRun, StagesAreMarkedOneAtATimeAndRemovedAtTheEnd) {
+  TempDir dir;
+  FakeCore core(dir.path());
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  RunSummary s = RunRequest(a, dir.path(), core.AsFitter());
+  EXPECT_EQ(s.error_code, 0);
+  EXPECT_EQ(a.error_code, 0);
+  ASSERT_EQ(core.seen.size(), 3u);
+  EXPECT_EQ(core.seen[0], std::vector<std::string>{"STAGE2.123"});
+  EXPECT_EQ(core.seen[1], std::vector<std::string>{"STAGE3.123"});
+  EXPECT_EQ(core.seen[2], std::vector<std::string>{"STAGE4.123"});
+  EXPECT_TRUE(StageFilesIn(dir.path()).empty());
+  for (const auto& name : DatasetFileNames()) EXPECT_TRUE(fs::exists(dir / name)) << name;
+  EXPECT_EQ(a.property_values[7], 12);
+  EXPECT_EQ(a.forecast_values[0], 500);
+}
+
+TEST(EngineRun, KillRequestBetweenStagesEndsWithCode21AndNoFiles) {
+  TempDir dir;
+  FakeCore core(dir.path());
+  core.during = [&](Stage s) {
+    if (s == Stage::Identification) WriteFile(dir / "KILLQUOR.QVX", " Outahere\r\n");
+  };
+  // Reports of an earlier dataset are cleared first, so none can pass for this one's.
+  WriteFile(dir / "DETAILS.HTM", "<html>earlier dataset</html>");
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  RunSummary s = RunRequest(a, dir.path(), core.AsFitter());
+  EXPECT_EQ(s.error_code, kUserTerminated);
+  EXPECT_EQ(a.error_code, 21);
+  EXPECT_EQ(a.strings2250[0], "User terminated the process.");
+  EXPECT_EQ(core.seen.size(), 1u);  // stopped before estimation
+  EXPECT_FALSE(fs::exists(dir / "KILLQUOR.QVX"));
+  EXPECT_TRUE(StageFilesIn(dir.path()).empty());
+  EXPECT_FALSE(fs::exists(dir / "DETAILS.HTM"));
+  EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
+
+  // A kill request already waiting stops the call before the core starts.
+  FakeCore idle(dir.path());
+  WriteFile(dir / "killquor.qvx", " Outahere\r\n");
+  EngineArrays b = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  EXPECT_EQ(RunRequest(b, dir.path(), idle.AsFitter()).error_code, 21);
+  EXPECT_EQ(idle.calls, 0);
+  EXPECT_FALSE(fs::exists(dir / "killquor.qvx"));
+}
+
+TEST(EngineRun, FaultsBecomeErrorCodes) {
+  TempDir dir;
+  FakeCore core(dir.path());
+  core.during = [](Stage s) {
+    if (s == Stage::Estimation) throw std::runtime_error("singular matrix");
+  };
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  RunSummary s = RunRequest(a, dir.path(), core.AsFitter());
+  EXPECT_EQ(s.error_code, kFaultInEstimation);
+  EXPECT_EQ(a.strings2250[0], "Engine fault: singular matrix");
+  EXPECT_TRUE(StageFilesIn(dir.path()).empty());
+
+  // A code the core returns passes through unchanged, with no reports.
+  FakeCore failing(dir.path());
+  failing.result.error_code = 28;
+  EngineArrays b = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  EXPECT_EQ(RunRequest(b, dir.path(), failing.AsFitter()).error_code, 28);
+  EXPECT_FALSE(fs::exists(dir / "DETAILS.HTM"));
+
+  // Array checks stop the call before the core.
+  FakeCore unused(dir.path());
+  EngineArrays c = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  c.series_types[0] = 2;
+  EXPECT_EQ(RunRequest(c, dir.path(), unused.AsFitter()).error_code, 2219);
+  EXPECT_EQ(unused.calls, 0);
+}
+
+TEST(EngineRun, RulesModelsAndPresetsChecked) {
+  TempDir dir;
+  std::string cnd = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
+  auto run = [&](int16_t objective, int series = 1) {
+    FakeCore core(dir.path());
+    EngineArrays a = series == 1 ? testdata::MonthlyRequest(testdata::AirlinePassengers(), 12)
+                                 : testdata::CausalRequest(40, 12, 12);
+    a.objective_values[0] = objective;
+    return RunRequest(a, dir.path(), core.AsFitter());
+  };
+  std::string broken = cnd;
+  broken.replace(broken.find("|  20"), 5, "| 999");
+  WriteFile(dir / "ENGINE.GO", broken);
+  RunSummary s = run(0);
+  EXPECT_EQ(s.error_code, 2026);
+  ASSERT_FALSE(s.messages.empty());
+  EXPECT_EQ(s.messages[0], " ERR READ ENGINE.QVX MAXIMUM # OF ITERATIONS ADVISE QVX (ENGINE.GO)");
+  fs::remove(dir / "ENGINE.GO");
+
+  EXPECT_EQ(run(99).error_code, kStartModelMissing);
+  WriteFile(dir / "STARTMOD.123", "PASSENGERS\r\n     1\r\n");
+  EXPECT_EQ(run(99).error_code, kStartModelMalformed);
+  WriteFile(dir / "STARTMOD.123",
+            "PASSENGERS" + std::string(30, ' ') + "1\r\n     0\r\n    1.000000         0.0\r\n"
+            "     0     1     1\r\n    12\r\n     1\r\n    12\r\n    0.400000\r\n");
+  s = run(99);
+  EXPECT_EQ(s.error_code, 0);
+  bool noted = false;
+  for (const auto& m : s.messages) noted |= m.find("STARTMOD.123 holds a model of 1 series") == 0;
+  EXPECT_TRUE(noted);
+  fs::remove(dir / "STARTMOD.123");
+
+  EXPECT_EQ(run(51).error_code, kRegressionPresetNeedsInputs);
+  EXPECT_EQ(run(51, 3).error_code, 0);
+  EXPECT_EQ(run(15, 3).error_code, 0);  // seasonality 4 admits the seasonal presets
+  FakeCore core(dir.path());
+  EngineArrays annual = testdata::MonthlyRequest(testdata::AirlinePassengers(), 5);
+  annual.property_values[1] = 1;
+  annual.objective_values[0] = 13;
+  EXPECT_EQ(RunRequest(annual, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid);
+}
+
+}  // namespace
+}  // namespace quorvane

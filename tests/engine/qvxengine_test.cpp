@@ -1,0 +1,135 @@
+// The real qvxengine process in a copy of the program folder, as the front-end's client
+// starts it: the request file in, the files and the response out.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "engine/exchange.h"
+#include "engine/request.h"
+#include "engine_test_data.h"
+#include "platform/textfile.h"
+#include "support/program_folder.h"
+
+namespace quorvane {
+namespace {
+
+using tessaly::testing::ProgramFolderCopy;
+using tessaly::testing::ReadFile;
+using tessaly::testing::RunCommand;
+using tessaly::testing::WriteFile;
+namespace fs = std::filesystem;
+
+int RunEngineIn(const ProgramFolderCopy& program, std::string* output = nullptr) {
+  return RunCommand("cd '" + program.path().string() + "' && ./qvxengine", output);
+}
+
+TEST(Qvxengine, MonthlySeriesEndToEnd) {
+  ProgramFolderCopy program;
+  const auto& y = testdata::AirlinePassengers();
+  EngineArrays request = testdata::MonthlyRequest(y, 12);
+  request.work_folder = program.path().string();
+  ASSERT_TRUE(WriteExchangeFile(program / kRequestFile, ExchangeKind::Request, request));
+  std::string output;
+  ASSERT_EQ(RunEngineIn(program, &output), 0) << output;
+
+  auto response = ReadExchangeFile(program / kResponseFile, ExchangeKind::Response);
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->error_code, 0) << response->strings2250[0];
+  EXPECT_EQ(response->property_values[0], 1);
+  EXPECT_EQ(response->series_names[0], "PASSENGERS");
+  EXPECT_EQ(response->property_values[4], 144);
+  ASSERT_EQ(response->property_values[7], 12);
+
+  // Forecasts continue the series' level and season, inside their limits.
+  const auto& f = response->forecast_values;
+  for (int h = 0; h < 12; ++h) {
+    EXPECT_LT(f[600 + h], f[h]) << h;
+    EXPECT_GT(f[1200 + h], f[h]) << h;
+    EXPECT_GT(f[h], 300) << h;
+    EXPECT_LT(f[h], 800) << h;
+  }
+  EXPECT_GT(f[6], f[1]);  // July above February, as every year of the data
+  EXPECT_EQ(f[12], 0);
+  // The limits widen with the horizon.
+  EXPECT_GT(f[1211] - f[611], f[1200] - f[600]);
+
+  // Fitted values track the actuals; residuals are actual less fitted.
+  int fitted = 0;
+  double abs_pct = 0;
+  for (int t = 0; t < 144; ++t) {
+    double fit = response->doubles10000a[t], res = response->doubles10000b[t];
+    if (fit == kMissingValue) continue;
+    ++fitted;
+    abs_pct += std::fabs(y[t] - fit) / y[t];
+    EXPECT_NEAR(res, y[t] - fit, 1e-6 * y[t]) << t;
+  }
+  EXPECT_GT(fitted, 120);
+  EXPECT_LT(abs_pct / fitted, 0.06);
+  EXPECT_EQ(response->doubles10000a[144], 0);
+  EXPECT_GT(response->doubles20[d20::kParameters - 1], 0);
+  EXPECT_GT(response->doubles20[d20::kSse - 1], 0);
+  EXPECT_FALSE(response->strings400[0].empty());
+
+  for (const char* name : {"DETAILS.HTM", "STAT.HTM", "EQUATION.TXT", "RHSIDE.TXT", "VERBAL.TXT",
+                           "OUTCAST.TXT", "ADJUSTED.TXT", "TS50PRO.123", "PASS2MOD.123",
+                           "FITTED.CSV", "FORECAST.CSV", "RESIDUALACF.CSV", "EQUATION.CSV"})
+    EXPECT_GT(fs::exists(program / name) ? fs::file_size(program / name) : 0, 150u) << name;
+  auto pro = tessaly::platform::ReadAllLines(program / "TS50PRO.123");
+  ASSERT_TRUE(pro);
+  ASSERT_EQ(pro->size(), 13u);
+  EXPECT_EQ((*pro)[1].substr(0, 11), "1961/1     ");
+  for (int s = 1; s <= 4; ++s)
+    EXPECT_FALSE(fs::exists(program / ("STAGE" + std::to_string(s) + ".123")));
+}
+
+TEST(Qvxengine, GarbledOrMissingRequestGivesAFailureResponse) {
+  ProgramFolderCopy program;
+  WriteFile(program / kRequestFile, "QVXX this is not a request");
+  ASSERT_EQ(RunEngineIn(program), 0);
+  auto response = ReadExchangeFile(program / kResponseFile, ExchangeKind::Response);
+  ASSERT_TRUE(response);
+  EXPECT_GT(response->error_code, 0);
+
+  fs::remove(program / kRequestFile);
+  fs::remove(program / kResponseFile);
+  ASSERT_EQ(RunEngineIn(program), 0);
+  response = ReadExchangeFile(program / kResponseFile, ExchangeKind::Response);
+  ASSERT_TRUE(response);
+  EXPECT_GT(response->error_code, 0);
+}
+
+TEST(Qvxengine, BrokenRulesFileFailsTheDataset) {
+  ProgramFolderCopy program;
+  std::string rules = ReadFile(program / "ENGINE.CND");
+  rules.replace(rules.find("|95.0"), 5, "|95,0");  // (SS): a comma is not a number
+  WriteFile(program / "ENGINE.GO", rules);
+  EngineArrays request = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  ASSERT_TRUE(WriteExchangeFile(program / kRequestFile, ExchangeKind::Request, request));
+  ASSERT_EQ(RunEngineIn(program), 0);
+  auto response = ReadExchangeFile(program / kResponseFile, ExchangeKind::Response);
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->error_code, 2031);
+  EXPECT_FALSE(fs::exists(program / "DETAILS.HTM"));
+}
+
+TEST(Qvxengine, AscFileRunsDirectly) {
+  ProgramFolderCopy program;
+  fs::path asc = testdata::RepoPath("tests/engine/data/airline.asc");
+  std::string output;
+  ASSERT_EQ(RunCommand("cd '" + program.path().string() + "' && ./qvxengine --asc '" +
+                           asc.string() + "' --out reports",
+                       &output),
+            0)
+      << output;
+  EXPECT_NE(output.find("series    PASSENGERS"), std::string::npos) << output;
+  EXPECT_NE(output.find("forecasts 12"), std::string::npos) << output;
+  EXPECT_TRUE(fs::exists(program / "reports" / "DETAILS.HTM"));
+  EXPECT_TRUE(fs::exists(program / "reports" / "TS50PRO.123"));
+  EXPECT_FALSE(fs::exists(program / "DETAILS.HTM"));
+
+  EXPECT_NE(RunCommand("cd '" + program.path().string() + "' && ./qvxengine --asc missing.asc"), 0);
+  EXPECT_NE(RunCommand("cd '" + program.path().string() + "' && ./qvxengine --bogus"), 0);
+}
+
+}  // namespace
+}  // namespace quorvane

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include "engine/forecast_file.h"
+#include "engine/model_file.h"
+#include "engine/reports.h"
+#include "engine_test_data.h"
+#include "platform/textfile.h"
+#include "support/program_folder.h"
+
+namespace quorvane {
+namespace {
+
+using tessaly::testing::ReadFile;
+using tessaly::testing::TempDir;
+using tessaly::testing::WriteFile;
+
+TEST(ForecastFile, ColumnsAreExactAndReadBack) {
+  TempDir dir;
+  std::vector<ForecastLine> lines = {{"1961/1", 445.6367, 423.3487, 467.9247},
+                                     {"1961/12", -12345678.5, -99999999.25, 1e9},
+                                     {"2024", 0.0001, -0.5, 7}};
+  ASSERT_TRUE(WriteForecastFile(dir / "TS50PRO.123", ForecastFileHeader("PASSENGERS", 95), lines));
+  std::string bytes = ReadFile(dir / "TS50PRO.123");
+  auto file_lines = tessaly::platform::ReadAllLines(dir / "TS50PRO.123");
+  ASSERT_TRUE(file_lines);
+  ASSERT_EQ(file_lines->size(), 4u);
+  EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\r'), 4);
+  const std::string& first = (*file_lines)[1];
+  ASSERT_EQ(first.size(), 84u);
+  EXPECT_EQ(first.substr(0, 11), "1961/1     ");
+  EXPECT_EQ(first.substr(11, 23), std::string(15, ' ') + "445.6367");  // columns 12-34
+  EXPECT_EQ(first.substr(34, 25), std::string(17, ' ') + "423.3487");  // columns 35-59
+  EXPECT_EQ(first.substr(59, 25), std::string(17, ' ') + "467.9247");  // columns 60-84
+  for (size_t i = 1; i < file_lines->size(); ++i) {
+    const std::string& l = (*file_lines)[i];
+    ASSERT_EQ(l.size(), 84u) << l;
+    EXPECT_NE(l[33], ' ') << l;  // each number ends in the last column of its field
+    EXPECT_NE(l[58], ' ') << l;
+    EXPECT_NE(l[83], ' ') << l;
+    EXPECT_EQ(l[11], ' ') << l;
+  }
+  EXPECT_EQ((*file_lines)[0].substr(0, 6), "PERIOD");
+
+  auto back = ReadForecastFile(dir / "TS50PRO.123");
+  ASSERT_TRUE(back);
+  ASSERT_EQ(back->size(), 3u);
+  for (size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ((*back)[i].label, lines[i].label);
+    EXPECT_NEAR((*back)[i].forecast, lines[i].forecast, 5e-5);
+    EXPECT_NEAR((*back)[i].lower, lines[i].lower, 5e-5);
+    EXPECT_NEAR((*back)[i].upper, lines[i].upper, 5e-5);
+  }
+  // Written again from what was read, the file is the same bytes: it round-trips.
+  ASSERT_TRUE(WriteForecastFile(dir / "again.123", (*file_lines)[0], *back));
+  EXPECT_EQ(ReadFile(dir / "again.123"), bytes);
+
+  WriteFile(dir / "bad.123", "header\r\n1961/1     not a number\r\n");
+  EXPECT_FALSE(ReadForecastFile(dir / "bad.123"));
+}
+
+TEST(ModelFile, FinalModelInTheStartModelLayout) {
+  ModelResult r = testdata::KnownResult(144, 12);
+  r.d = 1;
+  r.D = 1;
+  r.coefficients.push_back({"ADVERT LAG 2", "input", 2, 1.5, 0.2, 7.5, 0.0});
+  ModelFile model = ModelFileFromResult(r, "SALES", {"ADVERT"}, true);
+  std::vector<std::string> lines = FormatModelFile(model);
+  std::vector<std::string> expected = {
+      std::string("SALES") + std::string(35, ' ') + "2",
+      "     1",
+      "    12.50000",
+      "    0.000000         0.0",
+      "     1     2     1",
+      "     1    12",
+      "     1     1",
+      "     1    12",
+      "    0.612345    -0.40000",
+      "ADVERT",
+      "    1.000000",
+      "     0     2     1",
+      "     1    12",
+      "     1",
+      "     2",
+      "    1.500000",
+  };
+  EXPECT_EQ(lines, expected);
+  EXPECT_EQ(lines[0].size(), 41u);  // the count ends in column 41
+
+  auto parsed = ParseModelFile(lines);
+  ASSERT_TRUE(parsed);
+  EXPECT_EQ(parsed->series, 2);
+  ASSERT_EQ(parsed->blocks.size(), 2u);
+  EXPECT_EQ(parsed->blocks[0].name, "SALES");
+  EXPECT_TRUE(parsed->blocks[0].has_constant);
+  EXPECT_DOUBLE_EQ(parsed->blocks[0].constant, 12.5);
+  EXPECT_EQ(parsed->blocks[0].differencing, (std::vector<int>{1, 12}));
+  EXPECT_EQ(parsed->blocks[0].second[0].powers, std::vector<int>{12});
+  EXPECT_EQ(parsed->blocks[1].second[0].coefficients, std::vector<double>{1.5});
+  EXPECT_EQ(FormatModelFile(*parsed), lines);
+}
+
+TEST(ModelFile, MalformedFilesAreRefused) {
+  std::vector<std::string> good = {std::string("Y") + std::string(39, ' ') + "1", "     0",
+                                   "    1.000000         0.0", "     0     0     0"};
+  EXPECT_TRUE(ParseModelFile(good));
+  auto broken = [&](size_t line, const std::string& text) {
+    auto copy = good;
+    copy[line] = text;
+    return ParseModelFile(copy).has_value();
+  };
+  EXPECT_FALSE(broken(0, "Y"));                          // no count in columns 38-41
+  EXPECT_FALSE(broken(1, "     2"));                     // constant flag of 2
+  EXPECT_FALSE(broken(2, "        abc"));                // lambda not a number
+  EXPECT_FALSE(broken(3, "     1     0     0"));         // an AR polynomial with no lines
+  auto extra = good;
+  extra.push_back("X");                                  // a second block the count denies
+  EXPECT_FALSE(ParseModelFile(extra));
+  EXPECT_FALSE(ParseModelFile({}));
+}
+
+TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
+  TempDir dir;
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  EngineRules rules;
+  rules.save_model_file = true;
+  PreparedRequest req = PrepareRequest(a, rules);
+  ModelResult r = testdata::KnownResult(144, 12);
+  ReportInput in{&req, &r, "ENGINE.GO", {"NOTREND.QVX: local time trends are not incorporated."}};
+  EXPECT_TRUE(WriteDatasetReports(dir.path(), in).empty());
+  for (const char* name : {"DETAILS.HTM", "STAT.HTM", "EQUATION.TXT", "RHSIDE.TXT", "VERBAL.TXT",
+                           "OUTCAST.TXT", "ADJUSTED.TXT", "TS50PRO.123", "PASS2MOD.123",
+                           "FITTED.CSV", "FORECAST.CSV", "RESIDUALACF.CSV", "EQUATION.CSV",
+                           "PASSENGERS.MOD"})
+    EXPECT_GT(std::filesystem::file_size(dir / name), 100u) << name;
+
+  std::string details = ReadFile(dir / "DETAILS.HTM");
+  EXPECT_NE(details.find("<h1>Model details: PASSENGERS</h1>"), std::string::npos);
+  EXPECT_NE(details.find("Level Shift</td><td>1951/6</td>"), std::string::npos);
+  EXPECT_NE(details.find("natural logarithm"), std::string::npos);
+  EXPECT_NE(details.find("NOTREND.QVX"), std::string::npos);
+  EXPECT_NE(details.find("1961/12"), std::string::npos);
+  EXPECT_NE(details.find("A test warning."), std::string::npos);
+  std::string stat = ReadFile(dir / "STAT.HTM");
+  EXPECT_NE(stat.find("Ljung-Box Q (24 lags)"), std::string::npos);
+  EXPECT_NE(stat.find("-0.2100"), std::string::npos);
+  EXPECT_NE(stat.find("outside"), std::string::npos);  // lag 2 lies beyond 2/sqrt(144)
+
+  std::string verbal = ReadFile(dir / "VERBAL.TXT");
+  EXPECT_NE(verbal.find("a level shift of +25.00 from 1951/6"), std::string::npos);
+  EXPECT_NE(verbal.find("a pulse of -40.00 at 1960/12"), std::string::npos);
+  EXPECT_NE(verbal.find("144 monthly observations from 1949/1 to 1960/12"), std::string::npos);
+
+  auto rhs = tessaly::platform::ReadAllLines(dir / "RHSIDE.TXT");
+  ASSERT_TRUE(rhs);
+  EXPECT_EQ((*rhs)[6], "AR(1)                               0.612346      0.050000      12.25    0.0000");
+
+  auto fitted = tessaly::platform::ReadAllLines(dir / "FITTED.CSV");
+  ASSERT_EQ(fitted->size(), 145u);
+  EXPECT_EQ((*fitted)[0], "Period,Actual,Fitted,Residual,Cleansed");
+  EXPECT_EQ((*fitted)[1], "1949/1,112.000000,,,100.000000");  // no fit before the first point
+  EXPECT_EQ((*fitted)[2], "1949/2,118.000000,101.000000,1.500000,101.000000");
+  auto forecast = tessaly::platform::ReadAllLines(dir / "FORECAST.CSV");
+  EXPECT_EQ((*forecast)[1], "1961/1,500.000000,450.000000,550.000000");
+  auto acf = tessaly::platform::ReadAllLines(dir / "RESIDUALACF.CSV");
+  EXPECT_EQ((*acf)[2], "2,-0.210000,-0.166667,0.166667");
+  auto eq = tessaly::platform::ReadAllLines(dir / "EQUATION.CSV");
+  EXPECT_EQ((*eq)[4], "LEVEL SHIFT 1951/6,intervention,0,25.00000000,5.00000000,5.0000,0.000020");
+}
+
+TEST(Reports, RunWideFilesGainOneHeaderAndTheRowsOfEachDataset) {
+  TempDir dir;
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ModelResult r = testdata::KnownResult(144, 12);
+  ReportInput in{&req, &r, "built-in rules", {}};
+  AppendRunWideReports(dir.path(), in);
+  AppendRunWideReports(dir.path(), in);
+  auto level = tessaly::platform::ReadAllLines(dir / "LEVELRPT.CSV");
+  ASSERT_TRUE(level);
+  EXPECT_EQ(*level, (std::vector<std::string>{"Series,Type,Period,Observation,Impact,t-value",
+                                               "PASSENGERS,Level Shift,1951/6,30,25.000000,5.000",
+                                               "PASSENGERS,Level Shift,1951/6,30,25.000000,5.000"}));
+  auto early = tessaly::platform::ReadAllLines(dir / "EARLYSIG.CSV");
+  ASSERT_EQ(early->size(), 3u);
+  EXPECT_EQ((*early)[1], "PASSENGERS,Pulse,1960/12,144,-40.000000,-4.200");
+  EXPECT_TRUE(std::filesystem::exists(dir / "PULSERPT.CSV"));
+  // No trend was found: no file is made for trends.
+  EXPECT_FALSE(std::filesystem::exists(dir / "TRENDRPT.CSV"));
+}
+
+}  // namespace
+}  // namespace quorvane

@@ -1,0 +1,154 @@
+#include "engine/request.h"
+
+#include <gtest/gtest.h>
+
+#include "engine_test_data.h"
+
+namespace quorvane {
+namespace {
+
+using testdata::AirlinePassengers;
+using testdata::KnownResult;
+using testdata::MonthlyRequest;
+
+TEST(Request, MonthlySeriesWithRetainedValues) {
+  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12, 6);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ASSERT_EQ(req.error_code, 0) << req.error_detail;
+  EXPECT_EQ(req.problem.output_name, "PASSENGERS");
+  EXPECT_EQ(req.problem.y.size(), 138u);
+  EXPECT_EQ(req.problem.y.back(), 535);  // 1960/6
+  ASSERT_EQ(req.problem.retained.size(), 6u);
+  EXPECT_EQ(req.problem.retained.front(), 622);
+  EXPECT_EQ(req.problem.retained.back(), 432);
+  EXPECT_EQ(req.problem.horizon, 12);
+  EXPECT_EQ(req.problem.seasonality, 12);
+  EXPECT_EQ(req.problem.begin_year, 1949);
+
+  EngineRules no_forecasts;
+  no_forecasts.forecasting_enabled = false;
+  EXPECT_EQ(PrepareRequest(a, no_forecasts).problem.horizon, 0);
+}
+
+TEST(Request, CausalLayoutAndInputFutureValues) {
+  EngineArrays a = testdata::CausalRequest(40, 8, 12);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ASSERT_EQ(req.error_code, 0) << req.error_detail;
+  ASSERT_EQ(req.problem.inputs.size(), 2u);
+  EXPECT_EQ(req.problem.inputs[0].name, "ADVERT");
+  EXPECT_EQ(req.problem.inputs[0].future, (std::vector<double>{20, 21, 22, 23, 24, 25, 26, 27}));
+  EXPECT_TRUE(req.problem.inputs[1].future.empty());  // type 0: forecast by its own model
+  EXPECT_EQ(req.problem.inputs[1].history[39], 5 + 0.1 * 39);
+  EXPECT_EQ(req.problem.y.size(), 40u);
+  // Twelve forecasts asked for, eight future values given: the horizon stops at eight.
+  EXPECT_EQ(req.problem.horizon, 8);
+  ASSERT_EQ(req.warnings.size(), 1u);
+}
+
+TEST(Request, ArrayChecksGiveTheirCodes) {
+  auto code = [](EngineArrays a) { return PrepareRequest(a, EngineRules{}).error_code; };
+  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12);
+  EXPECT_EQ(code(a), 0);
+  EngineArrays b = a;
+  b.property_values[4] = 0;
+  EXPECT_EQ(code(b), 2180);
+  b = a;
+  b.property_values[6] = 144;  // every observation retained
+  EXPECT_EQ(code(b), 2182);
+  b = a;
+  b.property_values[7] = 601;
+  EXPECT_EQ(code(b), 2222);
+  b = a;
+  b.series_types[0] = 1;
+  EXPECT_EQ(code(b), 2219);
+  b = a;
+  b.property_values[0] = 151;
+  EXPECT_EQ(code(b), 2201);
+  b = testdata::CausalRequest(40, 8, 12);
+  b.property_values[5] = 601;
+  EXPECT_EQ(code(b), 2181);
+  b = a;
+  b.property_values[1] = 0;
+  EXPECT_EQ(code(b), 2189);
+}
+
+TEST(Response, ArraysFilledFromAKnownModel) {
+  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12, 4);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ModelResult r = KnownResult(140, 12, 5);
+  EngineArrays out = a;
+  FillResponse(req, r, out);
+
+  EXPECT_EQ(out.error_code, 0);
+  EXPECT_EQ(out.property_values[0], 1);
+  EXPECT_EQ(out.property_values[4], 144);
+  EXPECT_EQ(out.property_values[7], 12);
+  EXPECT_EQ(out.property_values[1], 12);  // the rest as given
+  EXPECT_EQ(out.series_names[0], "PASSENGERS");
+  EXPECT_EQ(out.series_data[143], 432);
+
+  EXPECT_EQ(out.forecast_values[0], 500);
+  EXPECT_EQ(out.forecast_values[11], 511);
+  EXPECT_EQ(out.forecast_values[12], 0);
+  EXPECT_EQ(out.forecast_values[600], 450);
+  EXPECT_EQ(out.forecast_values[1200], 550);
+  EXPECT_EQ(out.forecast_values[1211], 561);
+
+  // Fitted and residuals: missing before the first fitted point and over the retained values.
+  EXPECT_EQ(out.doubles10000a[5], kMissingValue);
+  EXPECT_EQ(out.doubles10000a[6], 106);
+  EXPECT_EQ(out.doubles10000a[139], 239);
+  EXPECT_EQ(out.doubles10000a[140], kMissingValue);
+  EXPECT_EQ(out.doubles10000a[144], 0);
+  EXPECT_EQ(out.doubles10000b[6], -1.5);
+  EXPECT_EQ(out.doubles10000b[140], kMissingValue);
+  // The cleansed series continues with the actuals over the retained periods.
+  EXPECT_EQ(out.doubles10000c[29], 104);
+  EXPECT_EQ(out.doubles10000c[143], 432);
+
+  // Interventions: counted from the first modelled observation.
+  EXPECT_EQ(out.integers20[i20::kLeadingLeftOut - 1], 5);
+  EXPECT_EQ(out.integers20[i20::kInterventions - 1], 2);
+  EXPECT_EQ(out.doubles745[0], 2);
+  EXPECT_EQ(out.doubles745[1], 25);
+  EXPECT_EQ(out.doubles745[2], 1951);
+  EXPECT_EQ(out.doubles745[3], 6);
+  EXPECT_EQ(out.doubles745[4], 25);
+  EXPECT_EQ(out.doubles745[5], 1);
+  EXPECT_EQ(out.doubles745[9], -40);
+  EXPECT_EQ(out.doubles745[10], 0);
+
+  EXPECT_EQ(out.doubles20[d20::kSse - 1], 1234.5);
+  EXPECT_EQ(out.doubles20[d20::kParameters - 1], 4);
+  EXPECT_EQ(out.doubles20[d20::kVariance - 1], 9.5);
+  EXPECT_EQ(out.doubles20[d20::kLambda - 1], 0.0);
+  EXPECT_EQ(out.doubles20[d20::kMape - 1], 2.75);
+  EXPECT_EQ(out.doubles20[d20::kLogLikelihood - 1], -246.625);
+  EXPECT_EQ(out.integers20[i20::kSeasonalQ - 1], 1);
+  EXPECT_EQ(out.integers20[i20::kConstant - 1], 1);
+
+  EXPECT_EQ(out.strings400[0], "log PASSENGERS(t) = 12.5 + 25 LS(1951/6) + N(t)");
+  EXPECT_EQ(out.strings400[1], "(1 - 0.6123B) N(t) = (1 + 0.4B**12) a(t)");
+  EXPECT_EQ(out.strings2250[0], "A test warning.");
+}
+
+TEST(Response, DroppedInputsLeaveTheOutputLast) {
+  EngineArrays a = testdata::CausalRequest(40, 12, 12);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ModelResult r = KnownResult(40, 12);
+  r.interventions.clear();
+  r.inputs_kept = {"PRICE"};
+  EngineArrays out = a;
+  FillResponse(req, r, out);
+  EXPECT_EQ(out.property_values[0], 2);
+  EXPECT_EQ(out.series_names[0], "PRICE");
+  EXPECT_EQ(out.series_names[1], "SALES");
+  EXPECT_EQ(out.series_names[2], "");
+  EXPECT_EQ(out.series_data[0], a.series_data[40]);      // PRICE moved to the first block
+  EXPECT_EQ(out.series_data[40], a.series_data[80]);     // SALES second
+  EXPECT_EQ(out.series_data[80], 0);
+  EXPECT_EQ(out.integers20[i20::kInputsKept - 1], 1);
+}
+
+}  // namespace
+}  // namespace quorvane
