@@ -24,7 +24,8 @@ namespace tessaly::app {
 
 namespace {
 // Hooks for tests and the screenshot script, read from the environment:
-//   TESSALY_AUTOCLOSE_MS    close any open dialog, then the main window, after that long
+//   TESSALY_AUTOCLOSE_MS    close any open dialog, then choose File > Exit, after that long
+//   TESSALY_READY_FILE      written once the window is up and start-up has finished
 //   TESSALY_DESKTOP_REPORT  at exit, write the window's state (title, menus, items) there
 //   TESSALY_SCREENSHOT_DIR  save main.png, prefs_decimals.png, prefs_graphs.png, then exit
 void InstallAutoClose(shell::frmMain& form) {
@@ -36,7 +37,7 @@ void InstallAutoClose(shell::frmMain& form) {
       modal->close();
       return;
     }
-    form.close();
+    form.mnuFileExit_Click();
   });
   timer->start(std::atoi(ms));
 }
@@ -130,6 +131,10 @@ int RunDesktop(int& argc, char** argv, const shell::CommandLine& command_line,
   }
   shell::EnsureFTables();
 
+  if (const char* ready = std::getenv("TESSALY_READY_FILE"); ready && *ready) {
+    QFile file(ready);
+    if (file.open(QIODevice::WriteOnly)) file.write("ready\n");
+  }
   if (const char* dir = std::getenv("TESSALY_SCREENSHOT_DIR"); dir && *dir)
     TakeScreenshots(form, QString::fromLocal8Bit(dir));
 

@@ -1,0 +1,265 @@
+// The real tessaly executable, started in a fresh copy of the program folder: what the
+// folder holds after start-up and exit, and how each form of command line ends.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <set>
+#include <thread>
+
+#include "platform/dates.h"
+#include "shell/preferences.h"
+#include "support/program_folder.h"
+
+extern char** environ;
+
+namespace tessaly::shell {
+namespace {
+
+namespace fs = std::filesystem;
+using tessaly::testing::ProgramFolderCopy;
+using tessaly::testing::ReadFile;
+using tessaly::testing::RunCommand;
+using tessaly::testing::TempDir;
+using tessaly::testing::WriteFile;
+
+std::string Quote(const std::string& s) { return "'" + s + "'"; }
+
+// Every entry under a folder, as "name" or "dir/name", folders ending in "/".
+std::set<std::string> Tree(const fs::path& root) {
+  std::set<std::string> out;
+  for (auto it = fs::recursive_directory_iterator(root); it != fs::recursive_directory_iterator(); ++it) {
+    std::string rel = fs::relative(it->path(), root).string();
+    out.insert(it->is_directory() ? rel + "/" : rel);
+  }
+  return out;
+}
+
+std::set<std::string> Added(const std::set<std::string>& before, const std::set<std::string>& after) {
+  std::set<std::string> out;
+  for (const auto& e : after)
+    if (!before.count(e)) out.insert(e);
+  return out;
+}
+
+struct ProgramRun : ::testing::Test {
+  ProgramFolderCopy program;
+  TempDir config;
+  TempDir scratch;
+  std::set<std::string> shipped;
+
+  void SetUp() override {
+    // The engine library is built by another part of the tree; a placeholder satisfies
+    // the start-up check where it is not there.
+    if (!fs::exists(program / "libquorvane.so")) WriteFile(program / "libquorvane.so", "");
+    shipped = Tree(program.path());
+  }
+
+  // Runs tessaly in its folder with no display; returns the exit status.
+  int Run(const std::string& args, std::string* output = nullptr, const std::string& env = "") {
+    std::string cmd = "cd " + Quote(program.path().string()) +
+                      " && env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM XDG_CONFIG_HOME=" +
+                      Quote(config.path().string()) + " " + env + " ./tessaly " + args;
+    return RunCommand(cmd, output);
+  }
+
+  // The desktop, off-screen, closed by File > Exit after `close_ms`.
+  int RunDesktop(const std::string& args, std::string* output = nullptr, int close_ms = 300) {
+    return Run(args, output,
+               "QT_QPA_PLATFORM=offscreen TESSALY_AUTOCLOSE_MS=" + std::to_string(close_ms) +
+                   " TESSALY_DESKTOP_REPORT=" + Quote((scratch / "desktop.txt").string()));
+  }
+
+  std::string DesktopReport() { return ReadFile(scratch / "desktop.txt"); }
+};
+
+TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
+  // What an earlier session left behind.
+  WriteFile(program / "NOTREND.QVX", "no trend");
+  WriteFile(program / "SAVEMOD.QVX", "save");
+  for (const char* f : {"ENGINE.GO", "POOLPARAMS.RWF", "AGGPARAMS.RWF", "ALLOWMOD.QVX",
+                        "STARTMOD.123", "DATE.QVX", "GROUPLST.QVX", "Process Errors.Err",
+                        "Processing Errors.Err", "fitted.csv", "KILLQUOR.QVX"})
+    WriteFile(program / f, "old");
+  auto before = Tree(program.path());
+
+  std::string out;
+  ASSERT_EQ(RunDesktop("", &out), 0) << out;
+
+  auto after = Tree(program.path());
+  for (const char* gone : {"ENGINE.GO", "POOLPARAMS.RWF", "AGGPARAMS.RWF", "ALLOWMOD.QVX",
+                           "STARTMOD.123", "DATE.QVX", "GROUPLST.QVX", "Process Errors.Err",
+                           "Processing Errors.Err", "fitted.csv", "KILLQUOR.QVX"})
+    EXPECT_FALSE(after.count(gone)) << gone;
+  std::set<std::string> made = Added(before, after);
+  std::set<std::string> expected = {"DEFAULTXSD/",
+                                    "DEFAULTXSD/BPSchema.xsd",
+                                    "DEFAULTXSD/batchschema1.0.2.xsd",
+                                    "DEFAULTXSD/UserPrefschema.xsd",
+                                    "DEFAULTXSD/UserPreferences.xml",
+                                    "QVXBACKUP/"};
+  if (!shipped.count("OUTPUT/")) expected.insert("OUTPUT/");
+  if (!shipped.count("FTable1.html")) expected.insert("FTable1.html");
+  if (!shipped.count("FTable2.html")) expected.insert("FTable2.html");
+  EXPECT_EQ(made, expected);
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "no trend");
+  EXPECT_EQ(ReadFile(program / "SAVEMOD.QVX"), "save");
+  EXPECT_EQ(ReadFile(program / "DEFAULTXSD" / "UserPrefschema.xsd"), UserPrefSchemaText());
+
+  // The desktop it showed, and the settings it saved.
+  std::string report = DesktopReport();
+  EXPECT_NE(report.find("title=Tessaly\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("maximized=yes\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("status=Ready\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("menu=File\nitem=File|Exit\nmenu=Preferences\n"), std::string::npos) << report;
+  EXPECT_EQ(report.find("menu=Test"), std::string::npos) << report;
+  EXPECT_EQ(ReadFile(config / "tessaly" / "Tessaly.ini"),
+            "[Settings]\r\nUserMode=0\r\nProduct=0\r\n");
+}
+
+TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
+  fs::create_directory(program / "QVXBACKUP");
+  WriteFile(program / "QVXBACKUP" / "NOTREND.QVX", "as at the last start");
+  WriteFile(program / "NOTREND.QVX", "changed by the crashed session");
+  WriteFile(program / "CRASH.QVX", "left by the crash");
+
+  // Started in the background to look at the folder while the program runs.
+  std::string ready = (scratch / "ready").string();
+  std::string report = (scratch / "desktop.txt").string();
+  std::vector<std::string> env_strings = {
+      "QT_QPA_PLATFORM=offscreen", "TESSALY_AUTOCLOSE_MS=1500", "TESSALY_READY_FILE=" + ready,
+      "XDG_CONFIG_HOME=" + config.path().string(), "TESSALY_DESKTOP_REPORT=" + report};
+  for (char** e = environ; *e; ++e) {
+    std::string v = *e;
+    if (v.rfind("DISPLAY=", 0) && v.rfind("QT_QPA_PLATFORM=", 0) && v.rfind("XDG_CONFIG_HOME=", 0))
+      env_strings.push_back(v);
+  }
+  std::vector<char*> envp;
+  for (auto& s : env_strings) envp.push_back(s.data());
+  envp.push_back(nullptr);
+  std::string exe = program.Executable().string();
+  std::string ns = "/NS";
+  char* argv[] = {exe.data(), ns.data(), nullptr};
+  fs::path cwd = fs::current_path();
+  fs::current_path(program.path());
+  pid_t pid = 0;
+  ASSERT_EQ(posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, envp.data()), 0);
+  fs::current_path(cwd);
+
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!fs::exists(ready) && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  ASSERT_TRUE(fs::exists(ready));
+  // While it runs: the folder as at the last start, the backup still held.
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "as at the last start");
+  EXPECT_FALSE(fs::exists(program / "CRASH.QVX"));
+  EXPECT_TRUE(fs::exists(program / "QVXBACKUP" / "NOTREND.QVX"));
+
+  int status = 0;
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  // After the exit: the control files are back in the folder and QVXBACKUP stands empty.
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "as at the last start");
+  EXPECT_TRUE(fs::is_directory(program / "QVXBACKUP"));
+  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
+}
+
+TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
+  WriteFile(program / "NOTREND.QVX", "kept");
+  std::string out;
+  ASSERT_EQ(RunDesktop("/L /NS", &out), 0) << out;
+  // File > Exit restores the files and the form's unload exits once more: the second
+  // finds QVXBACKUP empty and deletes nothing.
+  std::string log = ReadFile(program / (platform::dates::FormatIso(platform::dates::Today()) + ".txt"));
+  size_t first = log.find("Module: frmMain Sub:mnuFileExit_Click Enter");
+  ASSERT_NE(first, std::string::npos) << log;
+  size_t second = log.find("Module: frmMain Sub:mnuFileExit_Click Enter", first + 1);
+  ASSERT_NE(second, std::string::npos) << log;
+  EXPECT_NE(log.find(" delete NOTREND.QVX", first), std::string::npos);
+  EXPECT_EQ(log.find(" delete ", second), std::string::npos) << log;
+  EXPECT_EQ(log.find("START tslyb ON "), std::string(47, '*').size() + 2) << log;
+  EXPECT_NE(log.find("\r\nEND tslyb ON "), std::string::npos);
+
+  // A second session in a row finds the folder as the first left it.
+  auto between = Tree(program.path());
+  ASSERT_EQ(RunDesktop("/NS", &out), 0) << out;
+  EXPECT_EQ(Tree(program.path()), between);
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
+  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
+}
+
+TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
+  WriteFile(config / "tessaly" / "Tessaly.ini", "");
+  fs::create_directories(config / "tessaly");
+  WriteFile(config / "tessaly" / "Tessaly.ini",
+            "[Recent Files]\r\nFile1=/projects/north.xml\r\nFile2=/projects/south.xml\r\n");
+  std::string out;
+  ASSERT_EQ(RunDesktop("/DEV /ns /DBG", &out), 0) << out;
+  std::string report = DesktopReport();
+  EXPECT_NE(report.find("menu=Test\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("item=File|1 /projects/north.xml\nitem=File|2 /projects/south.xml\n"
+                        "item=File|Exit\n"),
+            std::string::npos)
+      << report;
+}
+
+TEST_F(ProgramRun, UnknownExtensionEndsAtOnce) {
+  WriteFile(scratch / "notes.txt", "hello");
+  WriteFile(program / "NOTREND.QVX", "kept");
+  std::string out;
+  EXPECT_EQ(Run(Quote((scratch / "notes.txt").string()), &out), 2);
+  EXPECT_NE(out.find("is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."),
+            std::string::npos)
+      << out;
+  // Start-up and exit still ran: the folder is in order, the backup empty.
+  EXPECT_TRUE(fs::exists(program / "DEFAULTXSD" / "UserPreferences.xml"));
+  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
+}
+
+TEST_F(ProgramRun, MissingFileIsTheStandardError) {
+  std::string out;
+  std::string missing = (scratch / "gone.xml").string();
+  EXPECT_EQ(Run(Quote(missing), &out), 1);
+  std::string text = "Error #53: File not found: " + missing + ", frmMain, Form_Load";
+  EXPECT_NE(out.find("Tessaly: " + text), std::string::npos) << out;
+  EXPECT_EQ(ReadFile(program / "tslyberr.txt"),
+            platform::dates::FormatIso(platform::dates::Today()) + "  " + text + "\r\n");
+}
+
+TEST_F(ProgramRun, FilesWhoseNamesStartWithASlashAreFilesNotSwitches) {
+  WriteFile(scratch / "Book.XLSX", "");
+  std::string out;
+  // Not a switch, though it starts with "/": the workbook run is asked for.
+  int status = Run(Quote((scratch / "Book.XLSX").string()) + " Sheet1", &out);
+  EXPECT_NE(status, 0);
+  EXPECT_NE(out.find("Book.XLSX"), std::string::npos) << out;
+  EXPECT_FALSE(fs::exists(program / "tslyberr.txt"));
+  // An empty report-sheet token ends the program without a run.
+  EXPECT_EQ(Run(Quote((scratch / "Book.XLSX").string()) + " ''", &out), 2);
+  EXPECT_NE(out.find("nothing was run"), std::string::npos) << out;
+}
+
+TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {
+  fs::remove(program / "libquorvane.so");
+  WriteFile(scratch / "p.xml", "<x/>");
+  WriteFile(program / "NOTREND.QVX", "kept");
+  std::string out;
+  EXPECT_EQ(Run(Quote((scratch / "p.xml").string()), &out), 4);
+  EXPECT_NE(out.find("Tessaly Main Error: Quorvane.dll a required DLL is Missing / The program "
+                     "will now exit."),
+            std::string::npos)
+      << out;
+  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
+  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
+
+  // The desktop shows the same box (closed by the test hook) and ends.
+  EXPECT_EQ(RunDesktop("/NS", &out), 4) << out;
+}
+
+}  // namespace
+}  // namespace tessaly::shell
