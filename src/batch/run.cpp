@@ -159,7 +159,7 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
   return true;
 }
 
-bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project) {
+bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::optional<fs::path>& save_to) {
   RunFlags& run = RunState();
   // 1. A project to run.
   if (!project && open_project_) open_project_();
@@ -205,7 +205,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project) {
        it.increment(ec))
     if (it->is_regular_file()) fs::remove(it->path(), ec);
   // 11.
-  RunEngine(*project, fs::path(project->OutDirectory()) / project->BatchName());
+  RunEngine(*project, save_to ? *save_to : fs::path(project->OutDirectory()) / project->BatchName());
   // 12.
   if (run.GeneralCancel) view_->UnloadMainForm();
   CleanupReports();

@@ -124,8 +124,11 @@ class BatchRun {
   void SetOpenProject(std::function<void()> open) { open_project_ = std::move(open); }
 
   // Run Project. `project` may be null (none open); the open command may fill it.
+  // The project is saved to its OutDirectory under its BatchName, or to `save_to` when
+  // given (a project run from the command line is saved where it was read).
   // Returns true when RunEngine ran.
-  bool mnuBatchRun(std::unique_ptr<cBatchFile>& project);
+  bool mnuBatchRun(std::unique_ptr<cBatchFile>& project,
+                   const std::optional<fs::path>& save_to = std::nullopt);
   // The run loop over the project's files; `xml_file` is where the project is saved.
   void RunEngine(cBatchFile& project, const fs::path& xml_file);
 

@@ -1,0 +1,54 @@
+#include "batch/run_reports_binding.h"
+
+#include "platform/paths.h"
+#include "report/forms/graph_drawer.h"
+#include "report/site.h"
+
+namespace tessaly::batch {
+
+ProgramRunReports::ProgramRunReports(fs::path program_folder)
+    : program_folder_(std::move(program_folder)) {}
+
+std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
+  const dataset::AscDataset& d = s.dataset;
+  report::GraphInput in;
+  in.series_name = s.stem;
+  int n = d.DataProp(1), p = d.DataProp(5);
+  for (int j = 1; j <= p; ++j) in.actuals.push_back(d.Observation(n, j));
+  auto first = [p](const std::vector<double>& v) {
+    return std::vector<double>(v.begin(), v.begin() + std::min<size_t>(v.size(), p));
+  };
+  in.fitted = first(s.arrays.doubles10000a);
+  in.residuals = first(s.arrays.doubles10000b);
+  in.cleansed = first(s.arrays.doubles10000c);
+  int nf = s.returned.returned_data_prop.size() >= 8 ? s.returned.returned_data_prop[7] : 0;
+  nf = std::clamp(nf, 0, 600);
+  const auto& f = s.arrays.forecast_values;
+  if (f.size() >= 1800) {
+    in.forecasts.assign(f.begin(), f.begin() + nf);
+    in.lower.assign(f.begin() + 600, f.begin() + 600 + nf);
+    in.upper.assign(f.begin() + 1200, f.begin() + 1200 + nf);
+  }
+  in.begin_year = d.DataProp(3);
+  in.begin_period = d.DataProp(4);
+  in.seasonality = d.DataProp(2);
+  in.leading_left_out = s.arrays.integers20.empty() ? 0 : s.arrays.integers20[0];
+  report::GraphFlags flags = report::DrawSeriesGraphs(in, report::GraphPreferences{}, s.output_path);
+  return flags.drawn;
+}
+
+void ProgramRunReports::WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {
+  std::vector<std::string> files;
+  for (int i = 0; i < static_cast<int>(project.Count()); ++i) files.push_back(project.List(i));
+  report::WriteLinkTreeSite(project.BatchName(), files, output_path, program_folder_);
+  report::WriteDisplayHtml(output_path, project.BatchName(), files);
+}
+
+int RunProjectFromCommandLine(const fs::path& project) {
+  UnattendedRunOptions options;
+  options.program_folder = platform::ProgramFolder();
+  options.reports = std::make_shared<ProgramRunReports>(options.program_folder);
+  return RunProjectUnattended(project, options);
+}
+
+}  // namespace tessaly::batch

@@ -1,0 +1,26 @@
+#pragma once
+// The run's reports as the program draws them: the nine graphs of each good dataset
+// (the report subsystem's off-screen chart drawer) and, at the end of a run, the link-tree
+// site with display.html. Used by the desktop and by the command-line run.
+#include <memory>
+
+#include "batch/run.h"
+#include "batch/unattended_run.h"
+
+namespace tessaly::batch {
+
+class ProgramRunReports : public RunReports {
+ public:
+  explicit ProgramRunReports(fs::path program_folder);
+  std::array<bool, 9> DrawGraphs(const SeriesResult& series) override;
+  void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) override;
+
+ private:
+  fs::path program_folder_;
+};
+
+// `tessaly PROJECT.xml`: the project run with no window, graphs and site included.
+// The exit status of RunProjectUnattended.
+int RunProjectFromCommandLine(const fs::path& project);
+
+}  // namespace tessaly::batch

@@ -1,0 +1,50 @@
+#include "batch/unattended_run.h"
+
+#include "batch/engine/engine_client.h"
+#include "batch/engine/unattended_wait.h"
+#include "platform/dialogs.h"
+#include "platform/paths.h"
+#include "platform/progress_wait.h"
+
+namespace tessaly::batch {
+
+int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOptions& options) {
+  if (options.install_unattended_hosts) {
+    // A host the start-up installed (with its echo to the log) is kept.
+    if (!platform::Dialogs().Unattended())
+      platform::SetDialogHost(std::make_shared<platform::StderrDialogHost>());
+    platform::SetProgressWait(std::make_shared<UnattendedProgressWait>());
+  }
+  fs::path program = options.program_folder.empty() ? platform::ProgramFolder() : options.program_folder;
+  std::error_code ec;
+  fs::path path = fs::absolute(project_path, ec);
+  auto project = std::make_unique<cBatchFile>(program);
+  if (!project->Load(path)) return 1;
+
+  // Nothing has touched NOTREND.QVX since start-up in a command-line run: its presence now
+  // is its presence at start.
+  bool no_trend_at_start = options.no_trend_at_start || platform::ExistsNoCase(program, "NOTREND.QVX");
+  ReportTree tree;
+  BatchRun run(RunOptions{program, options.no_graphs, no_trend_at_start}, tree);
+  if (options.reports) run.SetReports(options.reports);
+  if (options.rules) run.SetRulesWizard(options.rules);
+  bool engine_started = true;
+  run.SetEngineCreate([&](int& number, std::string& description) {
+    std::shared_ptr<EngineClient> engine;
+    CreateObjectError error;
+    if (fCreateObject(kEngineProgID, engine, program, {}, &error)) {
+      MyEngine() = engine;
+      return true;
+    }
+    number = error.number;
+    description = error.description;
+    engine_started = false;
+    return false;
+  });
+  RunState().UnivariateRun = RunState().CausalRun = false;
+  bool ran = run.mnuBatchRun(project, path);
+  if (!engine_started) return 2;
+  return ran ? 0 : 1;
+}
+
+}  // namespace tessaly::batch

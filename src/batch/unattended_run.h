@@ -1,0 +1,31 @@
+#pragma once
+// A project named on the command line: run with no window and no person. Messages go to
+// standard error through the unattended dialog host, questions take the answer that lets
+// the run go on, the progress of each series is shown on standard error, and the project
+// is saved where it was read.
+#include <filesystem>
+#include <memory>
+
+#include "batch/run.h"
+
+namespace tessaly::batch {
+
+struct UnattendedRunOptions {
+  fs::path program_folder;  // empty: the running program's folder
+  bool no_graphs = false;
+  // Whether NOTREND.QVX existed at start-up; also taken as true when it exists as the run begins.
+  bool no_trend_at_start = false;
+  // Graphs, the intervention page and the link-tree site; none drawn when null.
+  std::shared_ptr<RunReports> reports;
+  // The rules the run takes; the files found in the program's folder when null.
+  std::shared_ptr<RunRulesWizard> rules;
+  // Installs the unattended progress wait, and the standard-error dialog host unless an
+  // unattended host is already there (tests that script their own leave this off).
+  bool install_unattended_hosts = true;
+};
+
+// Exit status: 0 when the run ended (whatever became of each dataset), 1 when the project
+// could not be read, 2 when the engine could not be started.
+int RunProjectUnattended(const fs::path& project, const UnattendedRunOptions& options = {});
+
+}  // namespace tessaly::batch
