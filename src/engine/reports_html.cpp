@@ -1,6 +1,7 @@
 // DETAILS.HTM (the whole story of one dataset) and STAT.HTM (fit statistics and the
 // residual autocorrelations): self-contained pages with their style inline.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 
@@ -32,11 +33,15 @@ table.facts td:first-child { color: #52606d; width: 260px; }
 .warn { color: #b44d12; font-weight: 600; }
 .note { background: #fff8e6; border-left: 4px solid #e0a800; padding: 8px 12px; font-size: 13px; margin: 6px 0; }
 ol.steps li { font-size: 14px; margin: 4px 0; }
-.bar { display: inline-block; height: 10px; background: #1f5f8b; vertical-align: middle; }
-.bar.neg { background: #b44d12; }
-.bar.out { background: #d64545; }
-td.barcell { width: 300px; position: relative; }
-.axis { display: inline-block; width: 150px; text-align: right; }
+table.facts { min-width: 640px; }
+td.barcell, th.barcell { width: 320px; padding: 0 10px; }
+.acf { position: relative; width: 320px; height: 16px; }
+.acf .zero { position: absolute; left: 160px; top: 0; bottom: 0; width: 1px; background: #7b8794; }
+.acf .limit { position: absolute; top: 0; bottom: 0; border-left: 1px dashed #d64545; }
+.acf .bar { position: absolute; top: 3px; height: 10px; background: #1f5f8b; }
+.acf .bar.out { background: #d64545; }
+.scale { position: relative; width: 320px; height: 16px; }
+.scale span { position: absolute; top: 0; font-weight: 600; }
 footer { margin-top: 30px; font-size: 11px; color: #9aa5b1; border-top: 1px solid #e4e7eb; padding-top: 8px; }
 </style>)";
 
@@ -283,23 +288,33 @@ std::string StatHtml(const ReportInput& in) {
     h += "<p>No residual autocorrelations were computed.</p>\n";
   } else {
     double limit = r.residual_acf_limit;
-    h += "<p>Limits &plusmn;" + Num(limit, 4) +
-         " (about two standard errors); lags outside them are marked.</p>\n";
-    h += "<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th class=\"num\">Limit</th>"
-         "<th>-1 &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; "
-         "&nbsp; &nbsp; &nbsp; 0 &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; &nbsp; "
-         "&nbsp; &nbsp; &nbsp; &nbsp; +1</th><th></th></tr>\n";
+    h += "<p>The dashed lines are the limits &plusmn;" + Num(limit, 4) +
+         " (two standard errors); a lag outside them is marked.</p>\n";
+    // The bars share one scale: wide enough for the largest value and the limits.
+    double largest = 2 * limit;
+    for (double v : r.residual_acf) largest = std::max(largest, std::fabs(v));
+    double half = std::min(1.0, std::ceil(largest * 10.0 + 1e-9) / 10.0);
+    auto x = [&](double v) { return static_cast<int>(160.0 + v / half * 159.0 + 0.5); };
+    std::string top = Num(half, 1);
+    h += "<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th class=\"barcell\">"
+         "<div class=\"scale\"><span style=\"left:0\">-" + top +
+         "</span><span style=\"left:156px\">0</span><span style=\"right:0\">+" + top +
+         "</span></div></th><th></th></tr>\n";
     for (size_t k = 0; k < r.residual_acf.size(); ++k) {
       double v = r.residual_acf[k];
       bool outside = limit > 0 && std::fabs(v) > limit;
-      int width = static_cast<int>(std::min(1.0, std::fabs(v)) * 150.0 + 0.5);
-      std::string bar = "<span class=\"bar" + std::string(outside ? " out" : (v < 0 ? " neg" : "")) +
-                        "\" style=\"width:" + std::to_string(std::max(width, 1)) + "px\"></span>";
-      std::string chart = v < 0 ? "<span class=\"axis\">" + bar + "</span>"
-                                : "<span class=\"axis\"></span>" + bar;
+      int from = std::min(x(0), x(v)), to = std::max(x(0), x(v));
+      std::string chart = "<div class=\"acf\"><span class=\"zero\"></span>";
+      if (limit > 0)
+        chart += "<span class=\"limit\" style=\"left:" + std::to_string(x(-limit)) +
+                 "px\"></span><span class=\"limit\" style=\"left:" + std::to_string(x(limit)) +
+                 "px\"></span>";
+      chart += "<span class=\"bar" + std::string(outside ? " out" : "") + "\" style=\"left:" +
+               std::to_string(from) + "px;width:" + std::to_string(std::max(to - from, 1)) +
+               "px\"></span></div>";
       h += "<tr>" + Cell(std::to_string(k + 1), true) + Cell(Num(v, 4), true) +
-           Cell(Num(limit, 4), true) + "<td class=\"barcell\">" + chart + "</td>" +
-           (outside ? "<td class=\"warn\">outside</td>" : "<td></td>") + "</tr>\n";
+           "<td class=\"barcell\">" + chart + "</td>" +
+           (outside ? "<td class=\"warn\">outside the limits</td>" : "<td></td>") + "</tr>\n";
     }
     h += "</table>\n";
   }
