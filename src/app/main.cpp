@@ -12,12 +12,15 @@
 
 #include <iostream>
 
+#include "platform/dialogs.h"
+#include "shell/errors.h"
+
 namespace {
 // The runs that other parts of the program provide for a file on the command line.
 class ProgramRunner : public tessaly::shell::CommandLineRunner {};
 }  // namespace
 
-int main(int argc, char** argv) {
+int Main(int argc, char** argv) {
   namespace fs = std::filesystem;
   auto command_line = tessaly::shell::CommandLine::FromArgs(argc, argv);
   fs::path program_folder = tessaly::platform::ProgramFolder();
@@ -34,4 +37,25 @@ int main(int argc, char** argv) {
   std::cerr << "Tessaly: this build has no desktop; name a project or workbook to run." << std::endl;
   return 2;
 #endif
+}
+
+// Main's error exit: what escaped every handler ends the program with its text. The
+// windows are gone by then, so the text goes to standard error.
+int main(int argc, char** argv) {
+  try {
+    return Main(argc, argv);
+  } catch (const std::exception& e) {
+    tessaly::platform::SetDialogHost(nullptr);
+    tessaly::platform::Dialogs().Message(
+        "Error " + std::to_string(tessaly::shell::Err().number) + ": " + e.what() +
+            "\r\nThe program will now exit.",
+        tessaly::platform::mb::OKOnly + tessaly::platform::mb::Critical, "Tessaly Main Error");
+  } catch (...) {
+    tessaly::platform::SetDialogHost(nullptr);
+    tessaly::platform::Dialogs().Message("An unknown error has occured. The program will now exit",
+                                         tessaly::platform::mb::OKOnly +
+                                             tessaly::platform::mb::Critical,
+                                         "Tessaly Main Error");
+  }
+  return 5;
 }

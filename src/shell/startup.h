@@ -18,6 +18,10 @@ namespace fs = std::filesystem;
 
 inline constexpr double kMissingValue = 99999999999.0;
 
+// Filters of the main form's file dialogs (cdlXML, cdlHIS).
+inline constexpr const char* kXmlFilter = "XML files (*.xml)|*.xml";
+inline constexpr const char* kHisFilter = "HIS files (*.his)|*.his";
+
 // Process-wide state that start-up sets and the rest of the program reads.
 struct ShellState {
   fs::path program_folder;
