@@ -65,6 +65,27 @@ struct GraphPreferences {
   bool no_limits = false;   // NoLimits: forecasts only, no lower or upper limits
 };
 
+// The preferences from the process-wide values, whatever holds them (stored booleans are
+// -1 or 0): AllGraphs, NOGRAPHS, SelGraphs, the nine graph values and NoLimits.
+template <class Values>
+GraphPreferences GraphPreferencesFrom(const Values& v) {
+  GraphPreferences p;
+  p.all_graphs = v.AllGraphs != 0;
+  p.no_graphs = v.NOGRAPHS != 0;
+  p.sel_graphs = v.SelGraphs != 0;
+  p.act = v.Act != 0;
+  p.act_cleanse = v.ActClen != 0;
+  p.act_fit = v.ActFit != 0;
+  p.act_fore = v.ActFore != 0;
+  p.act_fit_fore = v.ActFitFore != 0;
+  p.act_res = v.ActRes != 0;
+  p.fore = v.Fore != 0;
+  p.fit_fore = v.FitFore != 0;
+  p.res = v.Res != 0;
+  p.no_limits = v.NoLimits != 0;
+  return p;
+}
+
 // Whether the preferences let this graph be drawn: no graphs at all when NOGRAPHS is set;
 // with "Select Graphs", only those whose box is ticked.
 bool WantsGraph(const GraphPreferences& prefs, GraphKind kind);

@@ -57,6 +57,14 @@ TEST(GraphDrawer, AirlineSeriesGivesNinePictures) {
   EXPECT_TRUE(small.Drawn(GraphKind::Res));
 }
 
+TEST(GraphDrawer, SizeFollowsTheReportPane) {
+  EXPECT_EQ(GraphSizeForPane(0, 0).width, 1000);
+  EXPECT_EQ(GraphSizeForPane(0, 0).height, 600);
+  EXPECT_EQ(GraphSizeForPane(1200, 800).width, 996);
+  EXPECT_EQ(GraphSizeForPane(1200, 800).height, 704);
+  EXPECT_EQ(GraphSizeForPane(100, 100).width, 480);
+}
+
 TEST(GraphDrawer, SelectedGraphsMakeOnlyThose) {
   TempDir out;
   GraphPreferences prefs;

@@ -199,6 +199,16 @@ TEST(GraphPlan, SelectedGraphsPreference) {
   EXPECT_TRUE(WantsGraph(prefs, GraphKind::Res));
   EXPECT_TRUE(WantsGraph(prefs, GraphKind::FitFore));
   EXPECT_FALSE(WantsGraph(prefs, GraphKind::Fore));
+  // From the process-wide values, where true is stored as -1.
+  struct Stored {
+    int16_t AllGraphs = 0, NOGRAPHS = 0, SelGraphs = -1, Act = 0, ActClen = -1, ActFit = 0,
+            ActFore = 0, ActFitFore = 0, ActRes = 0, Fore = 0, FitFore = 0, Res = 0, NoLimits = -1;
+  } stored;
+  const GraphPreferences from = GraphPreferencesFrom(stored);
+  EXPECT_TRUE(from.sel_graphs && from.act_cleanse && from.no_limits);
+  EXPECT_FALSE(from.all_graphs || from.act || from.no_graphs);
+  EXPECT_TRUE(WantsGraph(from, GraphKind::ActCleanse));
+  EXPECT_FALSE(WantsGraph(from, GraphKind::Act));
   GraphPreferences none;
   none.no_graphs = true;
   none.all_graphs = false;

@@ -188,13 +188,21 @@ void Paint(QPainter& p, const GraphPlan& plan, int width, int height) {
   if (twin)
     PaintValueAxis(p, sub, y2, tick_font, StyleFor(plan.lines[plan.secondary_line].role).colour);
   p.setFont(tick_font);
-  for (int i = 0; i < n; i += plan.label_step) {
+  // Every label_step-th period is marked; on a narrow picture with long labels only every
+  // so many marks carry their text, so that no two labels overlap.
+  double widest = 0;
+  for (int i = 0; i < n; i += plan.label_step)
+    widest = std::max(widest, tick_metrics.horizontalAdvance(QString::fromStdString(plan.labels[i])));
+  const double mark_gap = n > 1 ? (x_of(plan.label_step) - x_of(0)) : area.width();
+  const int text_every = std::max(1, static_cast<int>(std::ceil((widest + 8) / std::max(mark_gap, 1.0))));
+  for (int i = 0, mark = 0; i < n; i += plan.label_step, ++mark) {
     const double px = x_of(i);
     p.setPen(QPen(QColor(0xee, 0xf1, 0xf4), 1));
     for (const QRectF& panel : panels)
       p.drawLine(QPointF(px, panel.top()), QPointF(px, panel.bottom()));
     p.setPen(QPen(kFrame, 1));
     p.drawLine(QPointF(px, base.bottom()), QPointF(px, base.bottom() + 5));
+    if (mark % text_every != 0) continue;
     const QString label = QString::fromStdString(plan.labels[i]);
     const double w = tick_metrics.horizontalAdvance(label) + 4;
     p.setPen(kMuted);
@@ -319,6 +327,12 @@ void Paint(QPainter& p, const GraphPlan& plan, int width, int height) {
 
 bool GraphFlags::Any() const {
   return std::any_of(drawn.begin(), drawn.end(), [](bool b) { return b; });
+}
+
+GraphSize GraphSizeForPane(int pane_width, int pane_height) {
+  if (pane_width <= 0 || pane_height <= 0) return GraphSize{};
+  return {std::max(480, static_cast<int>(pane_width * 0.83)),
+          std::max(300, static_cast<int>(pane_height * 0.88))};
 }
 
 bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, GraphSize size) {

@@ -23,6 +23,11 @@ struct GraphSize {
   int height = 600;
 };
 
+// The size of the pictures for a report pane of that inner size: 83 % of its width and
+// 88 % of its height; the default size when there is no pane (an unattended run), and
+// never smaller than 480 x 300.
+GraphSize GraphSizeForPane(int pane_width, int pane_height);
+
 // Draws the graphs the preferences ask for, in the run's order, as
 // <output_folder>/<series><suffix>. A graph with nothing to draw, or whose file cannot be
 // written, is simply not made: its flag stays clear and the others go on. No message.
