@@ -531,7 +531,16 @@ void RulesWizard::Next() {
   }
 }
 
+// The rules pages write into the loaded text; with none loaded (no rules files at all)
+// the step stops with the load's message rather than writing an empty rules file.
+bool RulesWizard::RulesReady() {
+  if (!session_.rules.Empty()) return true;
+  LoadRules(ctx_.app_folder, cboEditConditions.text, session_.rules, session_.validation_failed);
+  return !session_.validation_failed;
+}
+
 void RulesWizard::NextFromStep0() {
+  if (Is(modeling_type, {0, 1}) && !RulesReady()) return;
   switch (Type()) {
     case ModelingType::WithUserRules:
       SetAutomaticConditons();

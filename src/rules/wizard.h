@@ -170,6 +170,7 @@ class RulesWizard {
   bool do_step_5();
   void GoTo(int16_t step);
 
+  bool RulesReady();
   void NextFromStep0();
   void NextFromStep1();
   void NextFromStep2();
