@@ -21,8 +21,9 @@ QApplication& App() {
   static char name[] = "frm_progress_test";
   static char* argv[] = {name, nullptr};
   qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QApplication app(argc, argv);
-  return app;
+  // Never destroyed: a QApplication torn down among the static destructors at exit crashes.
+  static QApplication* app = new QApplication(argc, argv);
+  return *app;
 }
 
 // Engine work that finishes when told, with a fixed stage.
