@@ -226,7 +226,7 @@ TEST_F(CallFixture, CancelOfAHungEngineKillsItAfterTheGracePeriod) {
   EXPECT_EQ(r.outcome, EngineCallOutcome::Canceled);
   EXPECT_EQ(r.error_code, kEngineFailedCode);
   EXPECT_GE(wait.waited, std::chrono::milliseconds(500));
-  EXPECT_LT(wait.waited, std::chrono::seconds(5));
+  EXPECT_LT(wait.waited, std::chrono::seconds(10));
   EXPECT_FALSE(folder.EngineLeft());
   EXPECT_FALSE(fs::exists(folder / "KILLQUOR.QVX"));
   EXPECT_FALSE(fs::exists(folder / "STAGE2.123"));
@@ -235,8 +235,11 @@ TEST_F(CallFixture, CancelOfAHungEngineKillsItAfterTheGracePeriod) {
   EXPECT_EQ(flags.dialogs->shown[0].text, "Operation Canceled by user");
 
   RunCanceled() = false;
+  wait.cancel_when = nullptr;
   folder.SetMode("answer");
-  EXPECT_EQ(Call(folder).error_code, 0);
+  r = Call(folder);
+  EXPECT_EQ(r.outcome, EngineCallOutcome::Done);
+  EXPECT_EQ(r.error_code, 0);
 }
 
 TEST_F(CallFixture, CancelAfterEngineReadyStillEndsAsCancelled) {
@@ -251,7 +254,7 @@ TEST_F(CallFixture, CancelAfterEngineReadyStillEndsAsCancelled) {
 }
 
 TEST_F(CallFixture, StagesAreSeenInOrderAndTheirFilesGoAtTheEnd) {
-  FakeEngineFolder folder("stages 120");
+  FakeEngineFolder folder("stages 250");
   EngineCallResult r = Call(folder);
   EXPECT_EQ(r.error_code, 0);
   std::vector<std::string> named;

@@ -125,7 +125,7 @@ TEST(UnattendedWaitTest, OneLinePerSeriesWhenNotATerminal) {
 
 TEST(UnattendedWaitTest, InPlaceLineShowsTheEngineStage) {
   test::RunFlagsReset flags;
-  test::FakeEngineFolder folder("stages 300");
+  test::FakeEngineFolder folder("stages 500");
   std::ostringstream out;
   UnattendedProgressWait wait(out, true);
   quorvane::EngineArrays arrays = OneSeries();
