@@ -284,6 +284,16 @@ Validation ValidateSimulation(const SimulationPage& p) {
   return {};
 }
 
+Validation CheckSomethingToDo(int modeling_type, int models_choice, int conditions_choice,
+                              bool estimation, bool simulation, bool forecasting, int objective1) {
+  if (objective1 == 91 || estimation || simulation || forecasting) return {};
+  if (modeling_type == 0 && models_choice == 0)
+    return Fail(text::kFyi, S(text::kNothingEnabledAutomatic), "chkModelEst1");
+  if (modeling_type == 1 && conditions_choice == 0)
+    return Fail(text::kFyi, S(text::kNothingEnabledExplicit), "chkModelEst1");
+  return {};
+}
+
 // ---- Model pages ---------------------------------------------------------------------------
 
 Validation ValidateStartmod(StartmodPage& p) {

@@ -203,6 +203,20 @@ TEST_F(Checks, LeadForecastAndSimulationRanges) {
                          "Range Input Error|The Range for the 'Seed Value to Start ( 0 for Clock)' option  is 0 To 9999" + kEnd}));
 }
 
+TEST_F(Checks, SomethingMustBeLeftToDo) {
+  EXPECT_FALSE(CheckSomethingToDo(0, 0, 2, false, false, true, 0).failed);
+  EXPECT_FALSE(CheckSomethingToDo(0, 0, 2, false, false, false, 91).failed);
+  EXPECT_FALSE(CheckSomethingToDo(0, 2, 2, false, false, false, 0).failed);
+  EXPECT_TRUE(CheckSomethingToDo(0, 0, 2, false, false, false, 0).failed);
+  EXPECT_EQ(Box(), "FYI|You have disabled the options \"Enable Model Estimation\"; and \"Model "
+                   "Forecasting\". You must select one of these before your data can be processed." + kEnd);
+  dialogs->shown.clear();
+  EXPECT_TRUE(CheckSomethingToDo(1, 2, 0, false, false, false, 0).failed);
+  EXPECT_EQ(Box(), "FYI|You have disabled the options \"Enable simulation\", \"Enable Model "
+                   "Estimation\"; and \"Model Forecasting\". You must select one of these before your "
+                   "data can be processed." + kEnd);
+}
+
 // ---- Model pages -------------------------------------------------------------------------------
 
 class ModelChecks : public Checks {

@@ -510,6 +510,43 @@ TEST_F(Wizard, FieldsFormatOnLeavingAndShowTheirNotes) {
                        "is not available."));
 }
 
+// Monte Carlo simulation is hidden at start-up; the state machine still carries its path.
+TEST_F(Wizard, SimulationPathOfTheHiddenType) {
+  auto out = Run(Context(), [&](RulesWizard& w) {
+    EXPECT_FALSE(w.optModelingType[5].visible);
+    EXPECT_FALSE(w.optModelingType[5].enabled);
+    w.ClickModelingType(5);
+    w.Next();
+    EXPECT_EQ(w.Step(), 2);
+    w.Next();
+    w.Next();
+    EXPECT_EQ(w.Step(), 4);
+    EXPECT_EQ(w.Current(), SubPage::Simulation);
+    EXPECT_EQ(w.PageTitle(), "Enter Simulation parameters, if so desired");
+    EXPECT_TRUE(w.simulation.chkSimulation1.value);
+    EXPECT_FALSE(w.simulation.chkSimulation1.enabled);
+    w.simulation.txtSimulation1.text = "2.5";
+    w.simulation.txtSimulation2.text = "42";
+    w.Next();
+    EXPECT_EQ(w.Step(), 5);
+    w.Back();
+    EXPECT_EQ(w.Current(), SubPage::Simulation);
+    w.Back();
+    EXPECT_EQ(w.Step(), 3);
+    EXPECT_EQ(w.Current(), SubPage::Startmod);
+    w.Next();
+    EXPECT_EQ(w.Current(), SubPage::Simulation);
+    w.simulation.txtSimulation1.text = "2.5";
+    w.simulation.txtSimulation2.text = "42";
+    w.Next();
+    w.Finish();
+  });
+  EXPECT_EQ(out.objective1, 99);
+  EXPECT_EQ(Rule("ENGINE.USR", key::kSimulationEnabled), "   1");
+  EXPECT_EQ(Rule("ENGINE.USR", key::kNoiseSeries), " 2.5");
+  EXPECT_EQ(Rule("ENGINE.USR", key::kSeedValue), "  42");
+}
+
 TEST_F(Wizard, LeftOpenCountsAsCancelled) {
   WriteFile(File("STARTMOD.123"), "model");
   auto out = Run(Context(), [](RulesWizard& w) { w.ClickModelingType(0); });
