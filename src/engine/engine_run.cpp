@@ -139,8 +139,13 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     if (IsSeasonalPreset(objective) && request.shape.seasonality < 4)
       return finish(kSeasonalPresetInvalid,
                     " PROBLEMS WITH SEASONAL TIME TREND MODEL. NOT VALID FOR THIS SEASONALITY.");
-    if (objective == 99) request.problem.objective = 0;
+    // Identification only: the core identifies the transform, the differencing and a model
+    // as usual, and the reports add the descriptive measures; nothing is forecast.
+    if (objective == 99 || objective == 97) request.problem.objective = 0;
     if (objective == 97) request.problem.horizon = 0;
+    // The horizon decided here is final: the core's own fallback to the rules' count must
+    // not bring back forecasts that the request or the rules turned off.
+    request.problem.rules.forecasts = request.problem.horizon;
 
     bool cancelled = false;
     auto on_stage = [&](Stage s) {
@@ -161,7 +166,7 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     }
 
     FillResponse(request, result, arrays);
-    ReportInput input{&request, &result, rules.source, notes};
+    ReportInput input{&request, &result, rules.source, notes, objective == 97};
     std::vector<std::string> failed = WriteDatasetReports(out, input);
     AppendRunWideReports(out, input);
     ClearStages(folder);

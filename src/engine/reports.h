@@ -18,7 +18,20 @@ struct ReportInput {
   const ModelResult* result = nullptr;
   std::string rules_source;          // "ENGINE.GO" or "built-in rules"
   std::vector<std::string> notes;    // control files and the starting model, as found
+  bool identification_only = false;  // objective #1 97: descriptive measures, no forecast
 };
+
+// Descriptive measures of the output series for identification: the series after the
+// transform and the differencing that the model chose, with its autocorrelations and
+// partial autocorrelations and their limits (two standard errors of white noise).
+struct IdentificationTable {
+  std::string series_text;           // "ln PASSENGERS, differenced (1 - B)(1 - B**12)"
+  int n = 0;
+  double mean = 0.0, sd = 0.0;
+  std::vector<double> acf, pacf;
+  double limit = 0.0;
+};
+IdentificationTable Identify(const ReportInput& in);
 
 // The figures the reports share, in one place.
 std::string FormatNumber(double value, int decimals);

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <ctime>
 
+#include "engine/model/series_stats.h"
+#include "engine/model/transform.h"
 #include "engine/report_util.h"
 #include "engine/reports.h"
 
@@ -132,7 +134,56 @@ std::string FitFacts(const ReportInput& in) {
   return h;
 }
 
+std::string IdentificationHtml(const ReportInput& in) {
+  IdentificationTable t = Identify(in);
+  std::string h = "<table class=\"facts\">\n";
+  h += Fact("Series examined", Escape(t.series_text));
+  h += Fact("Values", std::to_string(t.n));
+  h += Fact("Mean", Num(t.mean, 4));
+  h += Fact("Standard deviation", Num(t.sd, 4));
+  h += Fact("Limits of the correlations", "&plusmn;" + Num(t.limit, 4) + " (two standard errors)");
+  h += "</table>\n<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th></th>"
+       "<th class=\"num\">PACF</th><th></th></tr>\n";
+  auto mark = [&](double v) {
+    return std::fabs(v) > t.limit ? std::string("<td class=\"warn\">significant</td>") : "<td></td>";
+  };
+  for (size_t k = 0; k < t.acf.size(); ++k)
+    h += "<tr>" + Cell(std::to_string(k + 1), true) + Cell(Num(t.acf[k], 4), true) + mark(t.acf[k]) +
+         Cell(Num(k < t.pacf.size() ? t.pacf[k] : 0.0, 4), true) +
+         mark(k < t.pacf.size() ? t.pacf[k] : 0.0) + "</tr>\n";
+  h += "</table>\n";
+  return h;
+}
+
 }  // namespace
+
+IdentificationTable Identify(const ReportInput& in) {
+  const ModelResult& r = Result(in);
+  const ModelingProblem& p = Problem(in);
+  IdentificationTable t;
+  std::vector<double> x(p.y.begin() + std::min<size_t>(r.leading_left_out, p.y.size()), p.y.end());
+  std::string name = p.output_name;
+  if (r.lambda != 1.0 && PowerApplies(x, r.lambda)) {
+    x = BoxCox(x, r.lambda);
+    name = (r.lambda == 0.0 ? "ln " : "Box-Cox(" + Num(r.lambda, 2) + ") ") + name;
+  }
+  std::string ops;
+  for (int i = 0; i < r.d; ++i) ops += "(1 - B)";
+  for (int i = 0; i < r.D; ++i) ops += "(1 - B**" + std::to_string(r.period) + ")";
+  x = Difference(x, 1, r.d);
+  if (r.D > 0) x = Difference(x, r.period, r.D);
+  t.series_text = name + (ops.empty() ? "" : ", differenced " + ops);
+  t.n = static_cast<int>(x.size());
+  t.mean = Mean(x);
+  t.sd = std::sqrt(Variance(x));
+  int lags = std::min(std::max(2 * std::max(p.seasonality, 1), 24), std::max(t.n / 4, 1));
+  if (t.n > 2) {
+    t.acf = Autocorrelations(x, lags);
+    t.pacf = PartialAutocorrelations(x, lags);
+    t.limit = 2.0 / std::sqrt(static_cast<double>(t.n));
+  }
+  return t;
+}
 
 std::string DetailsHtml(const ReportInput& in) {
   const ModelResult& r = Result(in);
@@ -218,6 +269,11 @@ std::string DetailsHtml(const ReportInput& in) {
     h += "</ol>\n";
   }
 
+  if (in.identification_only) {
+    h += "<h2>Identification only</h2>\n<p>Descriptive measures of the series as the model "
+         "sees it; no forecasts were computed.</p>\n" + IdentificationHtml(in);
+  }
+
   // Model.
   h += "<h2>5. Final model</h2>\n<p><strong>" + Escape(ModelName(r)) + "</strong>";
   if (r.has_constant) h += " with a constant";
@@ -281,6 +337,8 @@ std::string StatHtml(const ReportInput& in) {
   std::string h = Head("Statistics: " + p.output_name);
   h += "<header><h1>Statistics: " + Escape(p.output_name) + "</h1><div class=\"subtitle\">" +
        Escape(Subtitle(in)) + " &middot; " + Escape(ModelName(r)) + "</div></header>\n";
+  if (in.identification_only)
+    h += "<h2>Identification: autocorrelations of the series</h2>\n" + IdentificationHtml(in);
   h += "<h2>Fit statistics</h2>\n" + FitFacts(in);
 
   h += "<h2>Residual autocorrelations</h2>\n";

@@ -30,6 +30,7 @@ struct FakeCore {
   fs::path folder;
   std::vector<std::vector<std::string>> seen;
   int calls = 0;
+  int horizon = -1, rules_forecasts = -1;
   std::function<void(Stage)> during;  // runs inside a stage, after its callback
   ModelResult result = testdata::KnownResult(144, 12);
 
@@ -45,6 +46,8 @@ struct FakeCore {
         seen.push_back(StageFilesIn(folder));
         if (during) during(s);
       }
+      horizon = p.horizon;
+      rules_forecasts = p.rules.forecasts;
       ModelResult r = result;
       r.forecasts.resize(p.horizon);
       return r;
@@ -164,6 +167,31 @@ TEST(EngineRun, RulesModelsAndPresetsChecked) {
   annual.property_values[1] = 1;
   annual.objective_values[0] = 13;
   EXPECT_EQ(RunRequest(annual, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid);
+}
+
+TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
+  TempDir dir;
+  FakeCore core(dir.path());
+  core.result.lambda = 0.0;
+  core.result.d = 1;
+  core.result.D = 1;
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  a.objective_values[0] = 97;
+  ASSERT_EQ(RunRequest(a, dir.path(), core.AsFitter()).error_code, 0);
+  EXPECT_EQ(core.horizon, 0);
+  EXPECT_EQ(core.rules_forecasts, 0);  // the rules' twelve do not come back
+  EXPECT_EQ(a.property_values[7], 0);
+  std::string details = ReadFile(dir / "DETAILS.HTM");
+  EXPECT_NE(details.find("<h2>Identification only</h2>"), std::string::npos);
+  EXPECT_NE(details.find("ln PASSENGERS, differenced (1 - B)(1 - B**12)"), std::string::npos);
+  // 144 - 13 values after the differencing; limits 2 / sqrt(131).
+  EXPECT_NE(details.find("<td>Values</td><td>131</td>"), std::string::npos);
+  EXPECT_NE(details.find("&plusmn;0.1747"), std::string::npos);
+  // The airline series' seasonal MA shows as a significant ACF at lag 12.
+  size_t lag12 = details.find("<td class=\"num\">12</td>");
+  ASSERT_NE(lag12, std::string::npos);
+  EXPECT_LT(details.find("significant", lag12), details.find("</tr>", lag12));
+  EXPECT_NE(ReadFile(dir / "STAT.HTM").find("Identification: autocorrelations"), std::string::npos);
 }
 
 }  // namespace
