@@ -1106,6 +1106,15 @@ bool RulesWizard::ValidateInputmodAndSave() {
   }
   session_.models.SetRow(current_input_, BuildInputRow(inputmod));
   series_saved_[current_input_] = true;
+  // "Copy Parameters To:" gives each checked input the same transfer function.
+  for (size_t i = 0; i < inputmod.copy_to.size(); ++i) {
+    int series = static_cast<int>(i) + 1;
+    if (!inputmod.copy_to[i].second || series == current_input_) continue;
+    InputmodPage copy = inputmod;
+    copy.series_name = inputmod.copy_to[i].first;
+    session_.models.SetRow(series, BuildInputRow(copy));
+    series_saved_[series] = true;
+  }
   return true;
 }
 

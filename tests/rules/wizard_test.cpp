@@ -294,8 +294,12 @@ TEST_F(Wizard, CausalModelWalksEachInputOnce) {
     w.Next();
     EXPECT_EQ(w.CurrentInput(), 1);
     w.inputmod.txtInputmod12.text = "2.5";
+    ASSERT_EQ(w.inputmod.copy_to.size(), 2u);
+    EXPECT_EQ(w.inputmod.copy_to[1].first, "PRICE2");
+    w.inputmod.copy_to[1].second = true;
     w.Next();
     EXPECT_EQ(w.PageTitle(), "Enter/Edit Model for Input Series PRICE2");
+    EXPECT_EQ(w.inputmod.txtInputmod12.text, "2.5");
     w.inputmod.txtInputmod11.text = "-1";
     w.Next();
     EXPECT_EQ(w.CurrentInput(), 2);
@@ -321,6 +325,7 @@ TEST_F(Wizard, CausalModelWalksEachInputOnce) {
   EXPECT_EQ((*lines)[10], "         2.5");
   EXPECT_EQ((*lines)[11], "PRICE2");
   EXPECT_EQ((*lines)[15], "     2");
+  EXPECT_EQ((*lines)[16], "         2.5");
   EXPECT_EQ(lines->size(), 17u);
   EXPECT_EQ(Rule("ENGINE.USR", key::kDifference), "   0");
   EXPECT_EQ(Rule("ENGINE.USR", key::kMaximumLead), "   0");
