@@ -1,7 +1,11 @@
 #include "batch/engine/engine_client.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 #include "platform/paths.h"
 
@@ -14,6 +18,19 @@ template <typename T>
 void CopyBounded(const std::vector<T>& from, std::vector<T>& to, size_t bound) {
   to.assign(bound, T{});
   std::copy_n(from.begin(), std::min(from.size(), bound), to.begin());
+}
+
+// The last line that is not blank of a small text file ("" when none).
+std::string LastLine(const fs::path& path) {
+  if (path.empty()) return "";
+  std::ifstream in(path, std::ios::binary);
+  std::string line, last;
+  while (std::getline(in, line)) {
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' ')) line.pop_back();
+    if (!line.empty()) last = line;
+  }
+  constexpr size_t kMost = 300;
+  return last.size() > kMost ? last.substr(0, kMost) : last;
 }
 
 }  // namespace
@@ -35,7 +52,10 @@ std::shared_ptr<EngineClient>& MyEngine() {
 
 EngineClient::EngineClient(fs::path program_folder) : program_folder_(std::move(program_folder)) {}
 
-EngineClient::~EngineClient() = default;
+EngineClient::~EngineClient() {
+  process_.Kill();
+  DropStderrFile();
+}
 
 void EngineClient::Note(std::string_view operation) {
   if (observer_) observer_(operation);
@@ -131,7 +151,18 @@ void EngineClient::Start() {
     return;
   }
   std::string error;
-  if (!process_.Start(program_folder_ / kEngineExecutable, {}, folder, &error)) {
+  // The engine's own words on standard error are kept aside for the failure reason.
+  std::error_code ec;
+  fs::path tmp = fs::temp_directory_path(ec);
+  if (!ec) {
+    std::string templ = (tmp / "tessaly-engine-stderr-XXXXXX").string();
+    int fd = mkstemp(templ.data());
+    if (fd >= 0) {
+      ::close(fd);
+      stderr_file_ = templ;
+    }
+  }
+  if (!process_.Start(program_folder_ / kEngineExecutable, {}, folder, &error, stderr_file_)) {
     failure_reason_ = "The engine could not be started: " + error;
     arrays_.error_code = kEngineFailedCode;
     ended_ = true;
@@ -167,9 +198,19 @@ void EngineClient::FinishWork() {
       failure_reason_ =
           "The engine ended with exit code " + std::to_string(s.code) + " without an answer.";
     }
+    std::string said = LastLine(stderr_file_);
+    if (!said.empty()) failure_reason_ += " It said: " + said;
     arrays_.error_code = kEngineFailedCode;
   }
   ended_ = true;
+  DropStderrFile();
+}
+
+void EngineClient::DropStderrFile() {
+  if (stderr_file_.empty()) return;
+  std::error_code ec;
+  fs::remove(stderr_file_, ec);
+  stderr_file_.clear();
 }
 
 bool EngineClient::Poll() {

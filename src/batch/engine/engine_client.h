@@ -120,6 +120,7 @@ class EngineClient {
  private:
   void Note(std::string_view operation);
   void FinishWork();
+  void DropStderrFile();
 
   fs::path program_folder_;
   EngineArrays arrays_;
@@ -128,6 +129,7 @@ class EngineClient {
   bool ended_ = false;
   bool ready_raised_ = false;
   std::string failure_reason_;
+  fs::path stderr_file_;
   std::function<void()> ready_handler_;
   std::function<void(std::string_view)> observer_;
 };

@@ -147,7 +147,7 @@ TEST_F(CallFixture, CrashWithoutAnswerIsOneFailedDataset) {
     std::string mode;
     std::string reason_part;
   };
-  for (const Case& c : {Case{"exitcode 3", "exit code 3"}, Case{"segv", "signal 11"},
+  for (const Case& c : {Case{"exitcode 3", "exit code 3 without an answer. It said: fake qvxengine: giving up"}, Case{"segv", "signal 11"},
                         Case{"garbage", "exit code 0"}}) {
     SCOPED_TRACE(c.mode);
     FakeEngineFolder folder(c.mode);
