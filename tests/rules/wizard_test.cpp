@@ -34,6 +34,8 @@ class Wizard : public RulesFixture {
 TEST_F(Wizard, QvxRulesLeaveNoRulesAndNoModel) {
   WriteFile(File("ENGINE.GO"), "old");
   WriteFile(File("STARTMOD.123"), "old");
+  WriteFile(File("TREND.QVX"), "1\r\n");
+  WriteFile(File("AUDITTRAIL.RWF"), "");
   auto out = Run(Context(), [&](RulesWizard& w) {
     EXPECT_EQ(w.Step(), 0);
     EXPECT_EQ(w.modeling_type, 2);
@@ -53,7 +55,10 @@ TEST_F(Wizard, QvxRulesLeaveNoRulesAndNoModel) {
   EXPECT_FALSE(Exists("ENGINE.GO"));
   EXPECT_FALSE(Exists("STARTMOD.123"));
   EXPECT_FALSE(Exists("NOTREND.QVX"));
+  EXPECT_FALSE(Exists("TREND.QVX"));
   EXPECT_EQ(Read("ENGINE.USR"), Cnd());
+  EXPECT_EQ(Shown(), std::vector<std::string>{
+                         "AUDITTRAIL#2|you have reached mnu_forecast_Click\\wizard finished"});
 
   // Local time trends turned off leave the marker for the engine.
   Run(Context(), [&](RulesWizard& w) {
