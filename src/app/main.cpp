@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "app/unattended.h"
+#include "batch/run_reports_binding.h"
 #include "platform/paths.h"
 #include "shell/command_line.h"
 
@@ -17,7 +18,12 @@
 
 namespace {
 // The runs that other parts of the program provide for a file on the command line.
-class ProgramRunner : public tessaly::shell::CommandLineRunner {};
+class ProgramRunner : public tessaly::shell::CommandLineRunner {
+ public:
+  int RunProject(const std::filesystem::path& project) override {
+    return tessaly::batch::RunProjectFromCommandLine(project);
+  }
+};
 }  // namespace
 
 int Main(int argc, char** argv) {

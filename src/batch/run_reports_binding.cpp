@@ -1,7 +1,9 @@
 #include "batch/run_reports_binding.h"
 
 #include "platform/paths.h"
+#ifdef TESSALY_RUN_GRAPHS
 #include "report/forms/graph_drawer.h"
+#endif
 #include "report/site.h"
 
 namespace tessaly::batch {
@@ -10,6 +12,9 @@ ProgramRunReports::ProgramRunReports(fs::path program_folder)
     : program_folder_(std::move(program_folder)) {}
 
 std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
+#ifndef TESSALY_RUN_GRAPHS
+  return {};  // a build without the drawer makes no pictures
+#else
   const dataset::AscDataset& d = s.dataset;
   report::GraphInput in;
   in.series_name = s.stem;
@@ -35,6 +40,7 @@ std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
   in.leading_left_out = s.arrays.integers20.empty() ? 0 : s.arrays.integers20[0];
   report::GraphFlags flags = report::DrawSeriesGraphs(in, report::GraphPreferences{}, s.output_path);
   return flags.drawn;
+#endif
 }
 
 void ProgramRunReports::WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {
