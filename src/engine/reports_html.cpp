@@ -276,7 +276,7 @@ std::string DetailsHtml(const ReportInput& in) {
 
   // Model.
   h += "<h2>5. Final model</h2>\n<p><strong>" + Escape(ModelName(r)) + "</strong>";
-  if (r.has_constant) h += " with a constant";
+  if (r.has_constant && ModelName(r).find("constant") == std::string::npos) h += " with a constant";
   h += "</p>\n";
   if (!r.equation.empty()) h += "<div class=\"equation\">" + Escape(r.equation) + "</div>\n";
   h += "<table>\n<tr><th>Term</th><th class=\"num\">Coefficient</th><th class=\"num\">Std error</th>"

@@ -157,8 +157,8 @@ std::vector<std::string> VerbalText(const ReportInput& in) {
                     ") to keep the variability steady across its level.");
   else
     lines.push_back("No transformation of the series was needed.");
-  lines.push_back("The model chosen is " + ModelName(r) + " with " + std::to_string(r.parameters) +
-                  " estimated parameters, fitted to " + std::to_string(r.observations) +
+  lines.push_back("The model chosen is " + ModelName(r) + "; its " + std::to_string(r.parameters) +
+                  " parameters were estimated from " + std::to_string(r.observations) +
                   " observations.");
   if (!r.inputs_kept.empty()) {
     std::string inputs;

@@ -98,6 +98,21 @@ TEST(Qvxengine, GarbledOrMissingRequestGivesAFailureResponse) {
   EXPECT_GT(response->error_code, 0);
 }
 
+TEST(Qvxengine, CancelledBeforeItStartsAnswersCode21) {
+  ProgramFolderCopy program;
+  WriteFile(program / "KILLQUOR.QVX", " Outahere\r\n");
+  EngineArrays request = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  ASSERT_TRUE(WriteExchangeFile(program / kRequestFile, ExchangeKind::Request, request));
+  ASSERT_EQ(RunEngineIn(program), 0);
+  auto response = ReadExchangeFile(program / kResponseFile, ExchangeKind::Response);
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->error_code, kUserTerminated);
+  EXPECT_EQ(response->strings2250[0], "User terminated the process.");
+  EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
+  EXPECT_FALSE(fs::exists(program / "STAGE1.123"));
+  EXPECT_FALSE(fs::exists(program / "DETAILS.HTM"));
+}
+
 TEST(Qvxengine, BrokenRulesFileFailsTheDataset) {
   ProgramFolderCopy program;
   std::string rules = ReadFile(program / "ENGINE.CND");
