@@ -138,71 +138,91 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
 
   // State: the predictions of w(t..t+r-1) given the innovations up to t.
   // P0(i,j) = gamma(j-i) - sum_{k<i} psi_k psi_{k+j-i}.
-  Eigen::MatrixXd P(r, r);
+  std::vector<double> Pbuf(static_cast<size_t>(r) * r), Nbuf(static_cast<size_t>(r) * r);
+  double* P = Pbuf.data();
+  double* N = Nbuf.data();
   for (int i = 0; i < r; ++i)
     for (int j = i; j < r; ++j) {
       double v = gamma[j - i];
       for (int k = 0; k < i; ++k) v -= psi[k] * psi[k + j - i];
-      P(i, j) = v;
-      P(j, i) = v;
+      P[i * r + j] = v;
+      P[j * r + i] = v;
     }
-  Eigen::VectorXd aw = Eigen::VectorXd::Zero(r), ax = Eigen::VectorXd::Zero(r);
-  Eigen::VectorXd K(r), tmp(r);
-  Eigen::MatrixXd TP(r, r);
+  // The nonzero AR lags only: seasonal models have few among many.
+  std::vector<int> lag;
+  std::vector<double> coef;
+  for (int k = 1; k <= p; ++k)
+    if (phi[k - 1] != 0.0) {
+      lag.push_back(k);
+      coef.push_back(phi[k - 1]);
+    }
+  const int nz = static_cast<int>(lag.size());
+  std::vector<double> aw(r, 0.0), ax(r, 0.0), K(r), u(r), c(r);
   std::vector<double> vw(n), vx(n), F(n);
   bool steady = false;
   double Fs = 1.0;
-  Eigen::VectorXd Ks(r);
+  std::vector<double> Ks(r);
 
-  auto advance = [&](Eigen::VectorXd& a) {
+  auto advance = [&](std::vector<double>& a) {
     // a <- T a : shift up, last from phi.
     double last = 0.0;
-    for (int k = 1; k <= p; ++k) last += phi[k - 1] * a(r - k);
-    for (int i = 0; i + 1 < r; ++i) a(i) = a(i + 1);
-    a(r - 1) = last;
+    for (int m = 0; m < nz; ++m) last += coef[m] * a[r - lag[m]];
+    for (int i = 0; i + 1 < r; ++i) a[i] = a[i + 1];
+    a[r - 1] = last;
   };
 
   for (int t = 0; t < n; ++t) {
     double f;
     if (!steady) {
-      f = P(0, 0);
+      f = P[0];
       if (!(f > 0.0) || !std::isfinite(f)) return out;
-      K = P.col(0) / f;
+      for (int i = 0; i < r; ++i) {
+        u[i] = P[i * r];
+        K[i] = u[i] / f;
+      }
     } else {
       f = Fs;
       K = Ks;
     }
-    const double v1 = w[t] - aw(0);
-    const double v2 = 1.0 - ax(0);
+    const double v1 = w[t] - aw[0];
+    const double v2 = 1.0 - ax[0];
     vw[t] = v1;
     vx[t] = v2;
     F[t] = f;
-    aw += K * v1;
-    ax += K * v2;
+    for (int i = 0; i < r; ++i) {
+      aw[i] += K[i] * v1;
+      ax[i] += K[i] * v2;
+    }
     advance(aw);
     advance(ax);
     if (!steady) {
-      // P <- T (P - P e e' P / f) T' + psi psi'.
-      tmp = P.col(0);
-      P.noalias() -= tmp * tmp.transpose() / f;
-      for (int j = 0; j < r; ++j) {
-        double last = 0.0;
-        for (int k = 1; k <= p; ++k) last += phi[k - 1] * P(r - k, j);
-        for (int i = 0; i + 1 < r; ++i) TP(i, j) = P(i + 1, j);
-        TP(r - 1, j) = last;
+      // N = T (P - u u' / f) T' + psi psi', with T the shift and the AR row.
+      // c(m) = sum_l phi_l (P - uu'/f)(m, r-l).
+      for (int m = 0; m < r; ++m) {
+        double v = 0.0;
+        for (int l = 0; l < nz; ++l) {
+          const int col = r - lag[l];
+          v += coef[l] * (P[m * r + col] - u[m] * u[col] / f);
+        }
+        c[m] = v;
       }
-      for (int i = 0; i < r; ++i) {
-        double last = 0.0;
-        for (int k = 1; k <= p; ++k) last += phi[k - 1] * TP(i, r - k);
-        for (int j = 0; j + 1 < r; ++j) P(i, j) = TP(i, j + 1);
-        P(i, r - 1) = last;
+      for (int i = 0; i + 1 < r; ++i) {
+        const double* src = P + (i + 1) * r + 1;
+        double* dst = N + i * r;
+        const double a = u[i + 1] / f;
+        const double pi = psi[i];
+        for (int j = 0; j + 1 < r; ++j) dst[j] = src[j] - a * u[j + 1] + pi * psi[j];
+        dst[r - 1] = c[i + 1] + pi * psi[r - 1];
+        N[(r - 1) * r + i] = dst[r - 1];
       }
-      for (int i = 0; i < r; ++i)
-        for (int j = 0; j < r; ++j) P(i, j) += psi[i] * psi[j];
-      if (std::fabs(P(0, 0) - 1.0) < 1e-10) {
+      double corner = psi[r - 1] * psi[r - 1];
+      for (int l = 0; l < nz; ++l) corner += coef[l] * c[r - lag[l]];
+      N[r * r - 1] = corner;
+      std::swap(P, N);
+      if (std::fabs(P[0] - 1.0) < 1e-9) {
         steady = true;
-        Fs = P(0, 0);
-        Ks = P.col(0) / Fs;
+        Fs = P[0];
+        for (int i = 0; i < r; ++i) Ks[i] = P[i * r] / Fs;
       }
     }
   }
@@ -244,7 +264,7 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     out.innovations.resize(n);
     for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
     out.state.resize(r);
-    for (int i = 0; i < r; ++i) out.state[i] = aw(i) - beta * ax(i);
+    for (int i = 0; i < r; ++i) out.state[i] = aw[i] - beta * ax[i];
   }
   out.ok = true;
   return out;

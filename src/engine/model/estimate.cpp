@@ -176,7 +176,7 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCr
 }  // namespace
 
 ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
-                  bool with_errors) {
+                  bool with_errors, const ArmaCoefficients* start) {
   ArimaFit fit;
   fit.spec = spec;
   const std::vector<double> w = DifferenceSeries(z, spec);
@@ -193,7 +193,17 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
   Eigen::VectorXd x = Eigen::VectorXd::Zero(k);
   std::vector<double> phi, theta;
   const int pfull = spec.p + spec.period * spec.P;
-  if (k > 0 && n > pfull + k + 2) {
+  bool started = false;
+  if (start && k > 0) {
+    for (size_t slot = 0; slot < layout.slots.size(); ++slot) {
+      auto [g, i] = layout.slots[slot];
+      const std::vector<double>& v = g == 0 ? start->ar : g == 1 ? start->ma : g == 2 ? start->sar : start->sma;
+      x(static_cast<int>(slot)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
+    }
+    started = Admissible(Unpack(spec, layout, x));
+    if (!started) x.setZero();
+  }
+  if (!started && k > 0 && n > pfull + k + 2) {
     ResidualFn css = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
       const ArmaCoefficients c = Unpack(spec, layout, xv);
       if (!Admissible(c)) return false;
@@ -220,8 +230,8 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
     return r.allFinite();
   };
   // The rules' limits are the loosest we accept; the search itself keeps its own precision.
-  const double sse_tol = std::min(crit.sse_change_pct, 1e-4);
-  const double par_tol = std::min(crit.parameter_change_pct, 1e-2);
+  const double sse_tol = crit.polish ? std::min(crit.sse_change_pct, 1e-4) : crit.sse_change_pct;
+  const double par_tol = crit.polish ? std::min(crit.parameter_change_pct, 1e-2) : crit.parameter_change_pct;
   LmOutcome lm;
   if (crit.max_iterations > 0) {
     ConvergenceCriteria ec = crit;

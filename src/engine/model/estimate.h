@@ -28,6 +28,9 @@ struct ConvergenceCriteria {
   double sse_change_pct = 0.1;
   double parameter_change_pct = 0.1;
   int max_iterations = 20;
+  // Beyond the rules' limits, go on to the precision that reports and comparisons need
+  // (off during the search, where candidates are only ranked).
+  bool polish = true;
 };
 
 struct ArimaFit {
@@ -54,9 +57,11 @@ std::vector<double> DifferencingPolynomial(int d, int D, int period);
 std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& spec);
 
 // Fits the spec to z (already transformed). `with_errors` computes standard errors from the
-// numerical Hessian of the log-likelihood. Fails (ok false) when fewer observations remain
+// numerical Hessian of the log-likelihood. `start` (optional) gives starting values, e.g. a
+// neighbouring model's estimates; missing terms start at zero, and an inadmissible start
+// falls back to conditional least squares. Fails (ok false) when fewer observations remain
 // after differencing than parameters + 2, or the likelihood cannot be evaluated.
 ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
-                  bool with_errors);
+                  bool with_errors, const ArmaCoefficients* start = nullptr);
 
 }  // namespace quorvane

@@ -25,6 +25,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
   double best_ic = std::numeric_limits<double>::infinity();
   int models = 0;
 
+  ConvergenceCriteria quick = o.criteria;
+  quick.polish = false;
   auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
     if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
     if (p > o.max_p || q > o.max_q || P > o.max_P || Q > o.max_Q) return false;
@@ -39,7 +41,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
     s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
     s.period = seasonal ? period : 1;
     s.constant = c;
-    ArimaFit f = FitArima(z, s, o.criteria, false);
+    // Neighbours start from the best model's estimates: most of their terms are the same.
+    ArimaFit f = FitArima(z, s, quick, false, best.ok ? &best.coef : nullptr);
     const bool usable = f.ok && std::isfinite(f.aicc) && RootsClearOfUnitCircle(f);
     if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
     tried[key] = f;

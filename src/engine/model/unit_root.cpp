@@ -93,27 +93,51 @@ double SeasonalStrength(const std::vector<double>& x, int period) {
     }
     trend[t] = s / period;
   }
-  std::vector<double> sum(period, 0.0);
-  std::vector<int> count(period, 0);
-  for (int t = 0; t < n; ++t) {
-    if (std::isnan(trend[t])) continue;
-    sum[t % period] += x[t] - trend[t];
-    ++count[t % period];
+  // Each season's detrended values smoothed over the cycles by local linear regression
+  // with tricube weights on the 11 nearest cycles, so that a seasonal pattern that grows
+  // or drifts counts as seasonal, not as remainder.
+  std::vector<double> detr(n, std::nan("")), seas(n, std::nan(""));
+  for (int t = 0; t < n; ++t)
+    if (!std::isnan(trend[t])) detr[t] = x[t] - trend[t];
+  for (int j = 0; j < period; ++j) {
+    std::vector<int> idx;
+    for (int t = j; t < n; t += period)
+      if (!std::isnan(detr[t])) idx.push_back(t);
+    const int m = static_cast<int>(idx.size());
+    if (m == 0) continue;
+    const int q = std::min(m, 11);
+    for (int k = 0; k < m; ++k) {
+      int lo = std::max(0, k - q / 2);
+      int hi = lo + q - 1;
+      if (hi >= m) {
+        hi = m - 1;
+        lo = std::max(0, hi - q + 1);
+      }
+      const double reach = std::max(k - lo, hi - k) + 1.0;
+      double sw = 0, sx = 0, sy = 0, sxx = 0, sxy = 0;
+      for (int i = lo; i <= hi; ++i) {
+        const double dist = std::fabs(static_cast<double>(i - k)) / reach;
+        const double wgt = std::pow(1.0 - dist * dist * dist, 3.0);
+        sw += wgt;
+        sx += wgt * i;
+        sy += wgt * detr[idx[i]];
+        sxx += wgt * i * i;
+        sxy += wgt * i * detr[idx[i]];
+      }
+      const double den = sw * sxx - sx * sx;
+      double fitv = sy / sw;
+      if (std::fabs(den) > 1e-12 * sw * sxx) {
+        const double b = (sw * sxy - sx * sy) / den;
+        fitv = (sy - b * sx) / sw + b * k;
+      }
+      seas[idx[k]] = fitv;
+    }
   }
-  std::vector<double> seasonal(period, 0.0);
-  double avg = 0.0;
-  for (int k = 0; k < period; ++k) {
-    seasonal[k] = count[k] ? sum[k] / count[k] : 0.0;
-    avg += seasonal[k];
-  }
-  avg /= period;
-  for (double& v : seasonal) v -= avg;
   std::vector<double> rem, seas_rem;
   for (int t = 0; t < n; ++t) {
-    if (std::isnan(trend[t])) continue;
-    const double detr = x[t] - trend[t];
-    rem.push_back(detr - seasonal[t % period]);
-    seas_rem.push_back(detr);
+    if (std::isnan(detr[t]) || std::isnan(seas[t])) continue;
+    rem.push_back(detr[t] - seas[t]);
+    seas_rem.push_back(detr[t]);
   }
   const double vsr = Variance(seas_rem);
   if (!(vsr > 0.0)) return 0.0;

@@ -19,8 +19,9 @@ KpssResult Kpss(const std::vector<double>& x);
 int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<KpssResult>* steps);
 
 // Strength of seasonality in [0, 1]: 1 - var(remainder) / var(seasonal + remainder) after a
-// classical decomposition with a centred moving-average trend. Needs at least two full
-// periods beyond the trend's edges (n >= 2*period + 2); otherwise 0. period < 2 gives 0.
+// decomposition with a centred moving-average trend and a seasonal component smoothed
+// locally over the cycles (it may change slowly). Needs n >= 2*period + 2; otherwise 0.
+// period < 2 gives 0.
 double SeasonalStrength(const std::vector<double>& x, int period);
 
 // Seasonal differences (0 or 1) from the seasonal strength: one when it exceeds 0.64.
