@@ -1,6 +1,7 @@
 #include "shell/forms/frm_main.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -133,7 +134,9 @@ void frmMain::OpenRecent(int index) {
 
 void frmMain::mnuFileExit_Click() {
   FileExit();
-  close();  // unloads the form, which runs the exit steps once more: they find nothing to do
+  // Unloads every form; the main form's unload runs the exit steps once more, and they
+  // find nothing left to do.
+  QApplication::closeAllWindows();
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
