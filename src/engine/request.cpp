@@ -144,23 +144,27 @@ void FillResponse(const PreparedRequest& req, const ModelResult& r, EngineArrays
   }
   kept.push_back(s.series - 1);
 
-  std::vector<double> series_data(out.series_data.size(), 0.0);
-  std::vector<std::string> names(out.series_names.size());
-  std::vector<double> future(out.future_data.size(), 0.0);
-  int future_block_out = 0;
+  // Only the used parts of the big arrays are rewritten: SeriesData alone is 12 MB.
+  const long used_values = static_cast<long>(s.series) * n;
+  std::vector<double> given(out.series_data.begin(), out.series_data.begin() + used_values);
+  std::fill(out.series_data.begin(), out.series_data.begin() + used_values, 0.0);
+  long future_used = 0;
+  for (int i = 0; i + 1 < s.series; ++i)
+    if (HasFutureValues(req.types[i])) future_used += s.future;
+  std::fill(out.future_data.begin(), out.future_data.begin() + future_used, 0.0);
+  std::fill(out.series_names.begin(), out.series_names.begin() + s.series, std::string());
+  long future_at = 0;
   for (size_t j = 0; j < kept.size(); ++j) {
     int i = kept[j];
-    names[j] = req.names[i];
-    std::copy_n(out.series_data.begin() + static_cast<long>(i) * n, n,
-                series_data.begin() + static_cast<long>(j) * n);
+    out.series_names[j] = req.names[i];
+    std::copy_n(given.begin() + static_cast<long>(i) * n, n,
+                out.series_data.begin() + static_cast<long>(j) * n);
     if (i + 1 < s.series && HasFutureValues(req.types[i])) {
       const auto& f = req.problem.inputs[i].future;
-      std::copy(f.begin(), f.end(), future.begin() + static_cast<long>(future_block_out++) * s.future);
+      std::copy(f.begin(), f.end(), out.future_data.begin() + future_at);
+      future_at += s.future;
     }
   }
-  out.series_data = std::move(series_data);
-  out.series_names = std::move(names);
-  out.future_data = std::move(future);
 
   int forecasts = static_cast<int>(std::min<size_t>(r.forecasts.size(), 600));
   out.property_values[0] = static_cast<int16_t>(kept.size());
