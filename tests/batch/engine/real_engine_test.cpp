@@ -105,5 +105,36 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
   EXPECT_FALSE(platform::FindProcessesEndingNoCase("qvxengine", program.path()).size());
 }
 
+// A cancel pressed as soon as the engine has started: the engine finds KILLQUOR.QVX at its
+// next stage, stops with code 21, and no engine is left.
+TEST(RealEngineTest, CancelStopsTheEngineWithCode21) {
+  test::RunFlagsReset flags;
+  ProgramFolderCopy program;
+  WriteFile(program / "AIRLINE.ASC", AirlineAsc());
+  auto dataset = std::make_unique<dataset::AscDataset>();
+  ASSERT_TRUE(dataset::ReadAscFile(program / "AIRLINE.ASC", *dataset).ok());
+  quorvane::EngineArrays arrays;
+  arrays.objective_values = dataset->Objectives.Storage();
+  arrays.property_values = dataset->DataProp.Storage();
+  arrays.series_names = dataset->DataNames.Storage();
+  arrays.series_types = dataset->DataTypes.Storage();
+  arrays.series_data = dataset->DataValues.Storage();
+
+  test::ScriptedWait wait;
+  wait.cancel_when = [](const platform::WaitedWork&, std::chrono::milliseconds) { return true; };
+  EngineReturn returned;
+  EngineCallHooks hooks;
+  hooks.kill_engines = [&] { platform::KillEngineProcesses(program.path()); };
+  hooks.cancel_grace = std::chrono::seconds(30);
+  EngineCallResult r = CallEngine(arrays, returned, program.path(), {1, 1, "AIRLINE"}, wait, hooks);
+  EXPECT_EQ(r.outcome, EngineCallOutcome::Canceled);
+  EXPECT_EQ(r.error_code, quorvane::kUserTerminated) << r.failure_reason;
+  EXPECT_TRUE(RunCanceled());
+  EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
+  EXPECT_TRUE(platform::FindProcessesEndingNoCase("qvxengine", program.path()).empty());
+  ASSERT_EQ(flags.dialogs->shown.size(), 1u);
+  EXPECT_EQ(flags.dialogs->shown[0].text, "Operation Canceled by user");
+}
+
 }  // namespace
 }  // namespace tessaly::batch
