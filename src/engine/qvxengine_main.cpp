@@ -24,24 +24,23 @@ constexpr int16_t kUnreadableRequest = 2128;
 
 int RunExchange() {
   const fs::path here = fs::current_path();
-  quorvane::EngineArrays arrays;
   auto request = quorvane::ReadExchangeFile(here / quorvane::kRequestFile,
                                             quorvane::ExchangeKind::Request);
   if (!request) {
-    arrays.error_code = kUnreadableRequest;
-    arrays.strings2250[0] = " ERROR OPENING FILES: " + std::string(quorvane::kRequestFile) +
-                            " is missing or cannot be read.";
     std::fprintf(stderr, "qvxengine: %s is missing or cannot be read\n", quorvane::kRequestFile);
+    request.emplace();
+    request->error_code = kUnreadableRequest;
+    request->strings2250[0] = " ERROR OPENING FILES: " + std::string(quorvane::kRequestFile) +
+                              " is missing or cannot be read.";
   } else {
-    arrays = std::move(*request);
     fs::path folder = here;
     std::error_code ec;
-    if (!arrays.work_folder.empty() && fs::is_directory(arrays.work_folder, ec))
-      folder = arrays.work_folder;
-    quorvane::RunEngineRequest(arrays, folder);
+    if (!request->work_folder.empty() && fs::is_directory(request->work_folder, ec))
+      folder = request->work_folder;
+    quorvane::RunEngineRequest(*request, folder);
   }
   if (!quorvane::WriteExchangeFile(here / quorvane::kResponseFile,
-                                   quorvane::ExchangeKind::Response, arrays)) {
+                                   quorvane::ExchangeKind::Response, *request)) {
     std::fprintf(stderr, "qvxengine: cannot write %s\n", quorvane::kResponseFile);
     return 1;
   }
