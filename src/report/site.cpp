@@ -1,6 +1,8 @@
 #include "report/site.h"
 
+#include <algorithm>
 #include <chrono>
+#include <map>
 #include <cstdio>
 #include <ctime>
 
@@ -53,11 +55,30 @@ std::string Href(const std::string& name) {
   return out;
 }
 
-// The name under which a file exists in the folder, whatever its case; "" when none.
-std::string Existing(const fs::path& folder, const std::string& name) {
-  auto found = platform::FindNoCase(folder, name);
-  return found ? found->filename().string() : std::string();
-}
+// The files of a folder by their names in capitals, read once: the overview asks for
+// some twenty names per dataset, and a project may hold thousands.
+class FolderIndex {
+ public:
+  explicit FolderIndex(const fs::path& folder) {
+    std::error_code ec;
+    for (const auto& entry : fs::directory_iterator(folder, ec)) {
+      const std::string name = entry.path().filename().string();
+      names_[platform::ToUpper(name)].push_back(name);
+    }
+    for (auto& [key, list] : names_) std::sort(list.begin(), list.end());
+  }
+  // The name under which a file exists, the exact case first; "" when none.
+  std::string Find(const std::string& name) const {
+    auto it = names_.find(platform::ToUpper(name));
+    if (it == names_.end()) return {};
+    for (const std::string& candidate : it->second)
+      if (candidate == name) return candidate;
+    return it->second.front();
+  }
+
+ private:
+  std::map<std::string, std::vector<std::string>> names_;
+};
 
 std::string Now() {
   std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
@@ -143,6 +164,8 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   };
   std::vector<Row> rows;
   int finished = 0, failed = 0;
+  const FolderIndex folder(output_folder);
+  auto Existing = [&folder](const fs::path&, const std::string& name) { return folder.Find(name); };
   for (const std::string& asc : asc_files) {
     Row row;
     row.dataset = DatasetName(asc);

@@ -200,6 +200,33 @@ TEST(LinkTree, WholeSiteFromAProject) {
   EXPECT_TRUE(fs::exists(out / "Regionsmenu.html"));
 }
 
+TEST(DisplayPage, OverviewOfTheProject) {
+  TempDir out;
+  for (const char* name : {"NORTH.htm", "NORTHADJUSTED.TXT", "NORTHactfitfore.jpg", "NORTHres.jpg",
+                           "SOUTHerr.html", "R&D.htm", "RegionsMAPE.TXT", "CONRegions.PRO"})
+    WriteFile(out / name, "x");
+  ASSERT_TRUE(WriteDisplayHtml(out.path(), "/p/Regions.xml",
+                               {"NORTH.asc", "SOUTH.asc", "WEST.asc", "R&D.asc"}));
+  const std::string page = ReadFile(out / "display.html");
+  EXPECT_NE(page.find("<h1>Regions</h1>"), std::string::npos);
+  EXPECT_NE(page.find("4 datasets"), std::string::npos);
+  EXPECT_NE(page.find("2 finished"), std::string::npos);
+  EXPECT_NE(page.find("1 failed"), std::string::npos);
+  // Links only to what exists, by the names they exist under.
+  EXPECT_NE(page.find("<a href=\"NORTH.htm\">Details</a>"), std::string::npos);
+  EXPECT_NE(page.find("<a href=\"NORTHADJUSTED.TXT\">Adjusted.txt</a>"), std::string::npos);
+  EXPECT_NE(page.find("<a href=\"NORTHres.jpg\">Residuals</a>"), std::string::npos);
+  EXPECT_EQ(page.find("NORTHact.jpg"), std::string::npos);
+  EXPECT_NE(page.find("src=\"NORTHactfitfore.jpg\""), std::string::npos);
+  EXPECT_NE(page.find("<a href=\"SOUTHerr.html\">Why it failed</a>"), std::string::npos);
+  EXPECT_NE(page.find("No results"), std::string::npos);  // WEST: nothing in the folder
+  EXPECT_NE(page.find("<b>R&amp;D</b>"), std::string::npos);
+  EXPECT_NE(page.find("<a href=\"RegionsMAPE.TXT\">Summary MAPE</a>"), std::string::npos);
+  EXPECT_NE(page.find("<a href=\"CONRegions.PRO\">All forecasts</a>"), std::string::npos);
+  // The series node falls back to this page: each dataset has its anchor.
+  EXPECT_NE(page.find("<tr id=\"NORTH\">"), std::string::npos);
+}
+
 TEST(LinkTree, ReportFileAsksBeforeOverwriting) {
   auto host = std::make_shared<platform::RecordingDialogHost>();
   platform::SetDialogHost(host);

@@ -340,7 +340,11 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
   for (const auto& line : plan.lines)
     if (line.values.size() != plan.labels.size()) return false;
   EnsureGuiApplication();
-  QImage image(size.width, size.height, QImage::Format_RGB32);
+  // One canvas serves every picture of that size: a fresh 2 MB image per picture costs
+  // more in page faults than the painting itself.
+  static QImage image;
+  if (image.width() != size.width || image.height() != size.height)
+    image = QImage(size.width, size.height, QImage::Format_RGB32);
   if (image.isNull()) return false;
   {
     QPainter painter(&image);
