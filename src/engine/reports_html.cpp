@@ -28,7 +28,8 @@ table { border-collapse: collapse; font-size: 13px; margin: 6px 0 10px; }
 th { background: #1f5f8b; color: #ffffff; font-weight: 600; padding: 5px 10px; text-align: left; }
 td { padding: 4px 10px; border-bottom: 1px solid #e4e7eb; }
 tr:nth-child(even) td { background: #f5f7fa; }
-td.num, th.num { text-align: right; font-variant-numeric: tabular-nums; font-family: "DejaVu Sans Mono", Consolas, monospace; }
+th.num { text-align: right; }
+td.num { text-align: right; font-variant-numeric: tabular-nums; font-family: "DejaVu Sans Mono", Consolas, monospace; }
 table.facts td:first-child { color: #52606d; width: 260px; }
 .equation { font-family: "DejaVu Sans Mono", Consolas, monospace; background: #f0f4f8; border-left: 4px solid #1f5f8b; padding: 10px 14px; font-size: 13px; white-space: pre-wrap; }
 .ok { color: #1d7a46; font-weight: 600; }

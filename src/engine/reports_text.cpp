@@ -278,7 +278,9 @@ std::vector<std::string> WriteDatasetReports(const std::filesystem::path& folder
     forecast_lines.push_back({ForecastLabel(in, static_cast<int>(h)), r.forecasts[h],
                               h < r.lower.size() ? r.lower[h] : r.forecasts[h],
                               h < r.upper.size() ? r.upper[h] : r.forecasts[h]});
-  if (!WriteForecastFile(folder / "TS50PRO.123",
+  // No forecasts, no forecast file: the front-end files each one it finds.
+  if (!forecast_lines.empty() &&
+      !WriteForecastFile(folder / "TS50PRO.123",
                          ForecastFileHeader(p.output_name, p.rules.forecast_confidence),
                          forecast_lines))
     failed.push_back("TS50PRO.123");

@@ -192,6 +192,7 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   ASSERT_NE(lag12, std::string::npos);
   EXPECT_LT(details.find("significant", lag12), details.find("</tr>", lag12));
   EXPECT_NE(ReadFile(dir / "STAT.HTM").find("Identification: autocorrelations"), std::string::npos);
+  EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
 }
 
 }  // namespace
