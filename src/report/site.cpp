@@ -1,6 +1,7 @@
 #include "report/site.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <map>
 #include <cstdio>
@@ -80,6 +81,28 @@ class FolderIndex {
   std::map<std::string, std::vector<std::string>> names_;
 };
 
+// The sentence of an error page: its third line is the text of the code.
+std::string ErrorPageText(const fs::path& page) {
+  auto lines = platform::ReadAllLines(page);
+  if (!lines || lines->size() < 3) return {};
+  std::string text;
+  bool in_tag = false;
+  const std::string& line = (*lines)[2];
+  for (size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    const char next = i + 1 < line.size() ? line[i + 1] : ' ';
+    if (!in_tag && c == '<' && (std::isalpha(static_cast<unsigned char>(next)) || next == '/'))
+      in_tag = true;
+    else if (in_tag && c == '>')
+      in_tag = false;
+    else if (!in_tag)
+      text += c;
+  }
+  const size_t first = text.find_first_not_of(" \t");
+  const size_t last = text.find_last_not_of(" \t");
+  return first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+}
+
 std::string Now() {
   std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm local{};
@@ -106,6 +129,7 @@ tr:hover td { background: #f8fafc; }
 .failed { color: #b3261e; font-weight: 600; }
 .notrun { color: #7b8794; }
 td.failed a, td.ok a { font-weight: normal; white-space: nowrap; }
+.why { font-weight: normal; color: #5b2a26; max-width: 320px; margin-top: 4px; }
 a { color: #1f5fa8; text-decoration: none; }
 a:hover { text-decoration: underline; }
 .links a { margin-right: 10px; white-space: nowrap; }
@@ -158,7 +182,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
                       const std::vector<std::string>& asc_files) {
   const std::string project = LinkTreeBaseName(project_file);
   struct Row {
-    std::string dataset, status_class, status, error_page;
+    std::string dataset, status_class, status, error_page, error_text;
     std::vector<std::pair<std::string, std::string>> reports, graphs;  // file, caption
     std::string thumb;
   };
@@ -183,6 +207,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
       if (!row.thumb.empty()) break;
     }
     if (!row.error_page.empty()) {
+      row.error_text = ErrorPageText(output_folder / row.error_page);
       row.status_class = "failed";
       row.status = "Failed";
       ++failed;
@@ -216,6 +241,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   for (const Row& row : rows) {
     out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><b>" + Html(row.dataset) + "</b></td>");
     std::string status = "<td class=\"" + row.status_class + "\">" + row.status;
+    if (!row.error_text.empty()) status += "<div class=\"why\">" + Html(row.error_text) + "</div>";
     if (!row.error_page.empty())
       status += "<br><a href=\"" + Href(row.error_page) + "\">Why it failed</a>";
     out.Line(status + "</td>");

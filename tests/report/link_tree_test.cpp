@@ -205,6 +205,10 @@ TEST(DisplayPage, OverviewOfTheProject) {
   for (const char* name : {"NORTH.htm", "NORTHADJUSTED.TXT", "NORTHactfitfore.jpg", "NORTHres.jpg",
                            "SOUTHerr.html", "R&D.htm", "RegionsMAPE.TXT", "CONRegions.PRO"})
     WriteFile(out / name, "x");
+  WriteFile(out / "SOUTHerr.html",
+            "<html><title>SOUTH.asc error report</title>\r\n<center><h1><u>Error Report for "
+            "SOUTH.asc</u></h1><br><br>\r\nThe number of observations is less than 3 < 5.\r\n"
+            "</center></html>\r\n");
   ASSERT_TRUE(WriteDisplayHtml(out.path(), "/p/Regions.xml",
                                {"NORTH.asc", "SOUTH.asc", "WEST.asc", "R&D.asc"}));
   const std::string page = ReadFile(out / "display.html");
@@ -219,6 +223,8 @@ TEST(DisplayPage, OverviewOfTheProject) {
   EXPECT_EQ(page.find("NORTHact.jpg"), std::string::npos);
   EXPECT_NE(page.find("src=\"NORTHactfitfore.jpg\""), std::string::npos);
   EXPECT_NE(page.find("<a href=\"SOUTHerr.html\">Why it failed</a>"), std::string::npos);
+  EXPECT_NE(page.find("<div class=\"why\">The number of observations is less than 3 &lt; 5.</div>"),
+            std::string::npos);
   EXPECT_NE(page.find("No results"), std::string::npos);  // WEST: nothing in the folder
   EXPECT_NE(page.find("<b>R&amp;D</b>"), std::string::npos);
   EXPECT_NE(page.find("<a href=\"RegionsMAPE.TXT\">Summary MAPE</a>"), std::string::npos);
