@@ -107,33 +107,29 @@ quorvane::EngineArrays OneSeries() {
   return a;
 }
 
-TEST(UnattendedWaitTest, OneLinePerSeriesWhenNotATerminal) {
+// What the unattended wait writes for one call of an engine that keeps each stage `stage_ms`.
+std::string UnattendedOutput(bool in_place, int stage_ms, EngineCallContext context) {
   test::RunFlagsReset flags;
-  test::FakeEngineFolder folder("stages 60");
+  test::FakeEngineFolder folder("stages " + std::to_string(stage_ms));
   std::ostringstream out;
-  UnattendedProgressWait wait(out, false);
+  UnattendedProgressWait wait(out, in_place);
   quorvane::EngineArrays arrays = OneSeries();
   EngineReturn returned;
   EngineCallHooks hooks;
   hooks.kill_engines = folder.Killer();
-  auto r = CallEngine(arrays, returned, folder.path(), {3, 7, "SALES"}, wait, hooks);
-  EXPECT_EQ(r.error_code, 0);
-  EXPECT_TRUE(std::regex_match(out.str(),
+  EXPECT_EQ(CallEngine(arrays, returned, folder.path(), context, wait, hooks).error_code, 0);
+  return out.str();
+}
+
+TEST(UnattendedWaitTest, OneLinePerSeriesWhenNotATerminal) {
+  std::string text = UnattendedOutput(false, 60, {3, 7, "SALES"});
+  EXPECT_TRUE(std::regex_match(text,
                                std::regex("Series 3 of 7: SALES - Finished - 00:00:0[0-9]\n")))
-      << out.str();
+      << text;
 }
 
 TEST(UnattendedWaitTest, InPlaceLineShowsTheEngineStage) {
-  test::RunFlagsReset flags;
-  test::FakeEngineFolder folder("stages 500");
-  std::ostringstream out;
-  UnattendedProgressWait wait(out, true);
-  quorvane::EngineArrays arrays = OneSeries();
-  EngineReturn returned;
-  EngineCallHooks hooks;
-  hooks.kill_engines = folder.Killer();
-  CallEngine(arrays, returned, folder.path(), {1, 2, "SALES"}, wait, hooks);
-  std::string text = out.str();
+  std::string text = UnattendedOutput(true, 500, {1, 2, "SALES"});
   EXPECT_TRUE(std::regex_search(
       text, std::regex("\rSeries 1 of 2: SALES - Model Identification - 00:00:0[0-9]\x1b")))
       << text;

@@ -43,14 +43,11 @@ std::string AirlineAsc() {
   return out.str();
 }
 
-TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) {
-  test::RunFlagsReset flags;
-  ProgramFolderCopy program;
-  ASSERT_TRUE(fs::exists(program / "qvxengine"));
-
-  WriteFile(program / "AIRLINE.ASC", AirlineAsc());
+// The arrays of the airline dataset, read from its ASC file as a run reads it.
+quorvane::EngineArrays AirlineArrays(const fs::path& folder) {
+  WriteFile(folder / "AIRLINE.ASC", AirlineAsc());
   auto dataset = std::make_unique<dataset::AscDataset>();
-  ASSERT_TRUE(dataset::ReadAscFile(program / "AIRLINE.ASC", *dataset).ok());
+  EXPECT_TRUE(dataset::ReadAscFile(folder / "AIRLINE.ASC", *dataset).ok());
   quorvane::EngineArrays arrays;
   arrays.objective_values = dataset->Objectives.Storage();
   arrays.property_values = dataset->DataProp.Storage();
@@ -59,6 +56,14 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
   arrays.series_data = dataset->DataValues.Storage();
   arrays.future_data = dataset->FutureValues.Storage();
   arrays.retained_data = dataset->RetainedValues.Storage();
+  return arrays;
+}
+
+TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) {
+  test::RunFlagsReset flags;
+  ProgramFolderCopy program;
+  ASSERT_TRUE(fs::exists(program / "qvxengine"));
+  quorvane::EngineArrays arrays = AirlineArrays(program.path());
 
   std::shared_ptr<EngineClient> probe;
   ASSERT_TRUE(fCreateObject(kEngineProgID, probe, program.path()));
@@ -110,15 +115,7 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
 TEST(RealEngineTest, CancelStopsTheEngineWithCode21) {
   test::RunFlagsReset flags;
   ProgramFolderCopy program;
-  WriteFile(program / "AIRLINE.ASC", AirlineAsc());
-  auto dataset = std::make_unique<dataset::AscDataset>();
-  ASSERT_TRUE(dataset::ReadAscFile(program / "AIRLINE.ASC", *dataset).ok());
-  quorvane::EngineArrays arrays;
-  arrays.objective_values = dataset->Objectives.Storage();
-  arrays.property_values = dataset->DataProp.Storage();
-  arrays.series_names = dataset->DataNames.Storage();
-  arrays.series_types = dataset->DataTypes.Storage();
-  arrays.series_data = dataset->DataValues.Storage();
+  quorvane::EngineArrays arrays = AirlineArrays(program.path());
 
   test::ScriptedWait wait;
   wait.cancel_when = [](const platform::WaitedWork&, std::chrono::milliseconds) { return true; };
