@@ -93,5 +93,61 @@ TEST_F(UnattendedRunTest, QuarterlyAndAnnualProjectsAndAnUnreadableOne) {
   EXPECT_EQ(Run("bad.xml"), 1);
 }
 
+TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
+  // Holding back as many values as there are observations passes the front-end's checks
+  // (retained equals forecasts) but not the engine's.
+  std::string retained = "0\r\n0\r\n0\r\n1\r\n12\r\n2001\r\n1\r\n30\r\n0\r\n30\r\n30\r\nHELDBACK\r\n0\r\n";
+  for (int i = 0; i < 60; ++i) retained += std::to_string(200 + (i % 12) * 7 + i) + "\r\n";
+  tessaly::testing::WriteFile(work / "HELDBACK.ASC", retained);
+  cBatchFile p(program.path());
+  p.SetInDirectory(work.path().string());
+  p.SetOutDirectory(work.path().string());
+  for (const char* f : {"AIRLINE.ASC", "HELDBACK.ASC", "ELNINO.ASC"}) p.Add_File(f, 0, 0, "00/00/00");
+  ASSERT_TRUE(p.Build(work / "mixed.xml"));
+  ASSERT_EQ(Run("mixed.xml"), 0);
+
+  cBatchFile saved(program.path());
+  ASSERT_TRUE(saved.Load(work / "mixed.xml"));
+  EXPECT_EQ(saved.Completed(0), 1);
+  EXPECT_EQ(saved.Completed(1), -1);
+  EXPECT_GT(saved.Error(1), 0);
+  EXPECT_EQ(saved.Completed(2), 1);
+  EXPECT_EQ(saved.AllComplete(), -1);
+  fs::path out = work / "OUTPUT";
+  EXPECT_TRUE(fs::exists(out / "HELDBACKerr.html"));
+  EXPECT_FALSE(fs::exists(out / "HELDBACK.htm"));
+  EXPECT_TRUE(fs::exists(out / "ELNINO.htm"));
+  std::string errors = ReadFile(program / "Process Errors.Err");
+  EXPECT_EQ(errors.rfind("HELDBACK.ASC\r\n", 0), 0u) << errors;
+  EXPECT_NE(ReadFile(out / "HELDBACKerr.html").find("Error Report for HELDBACK.ASC"), std::string::npos);
+}
+
+// The program itself, as a person runs it: `tessaly PROJECT.xml` with no window.
+TEST_F(UnattendedRunTest, TessalyRunsAProjectNamedOnTheCommandLine) {
+  std::string output;
+  int status = tessaly::testing::RunCommand(
+      "QT_QPA_PLATFORM=offscreen '" + program.Executable().string() + "' '" + (work / "sample.xml").string() + "'",
+      &output);
+  EXPECT_EQ(status, 0) << output;
+  EXPECT_NE(output.find("Series 1 of 4: AIRLINE.ASC"), std::string::npos) << output;
+  EXPECT_NE(output.find("FYI: Please see the following for reasons the indicated series could not be "
+                        "processed /  / BROKEN.ASC / The total size of BROKEN.ASC"),
+            std::string::npos)
+      << output;
+  fs::path out = work / "OUTPUT";
+  EXPECT_TRUE(fs::exists(out / "AIRLINEactfore.jpg"));
+  EXPECT_TRUE(fs::exists(out / "ELNINOfore.jpg"));
+  EXPECT_TRUE(fs::exists(out / "sample.html"));
+  EXPECT_TRUE(fs::exists(out / "CONsample.PRO"));
+  std::string project = ReadFile(work / "sample.xml");
+  EXPECT_NE(project.find("<series name=\"AIRLINE\" complete=\"1\" err=\"0\""), std::string::npos) << project;
+  EXPECT_NE(project.find("<series name=\"BROKEN\" complete=\"0\" err=\"0\" rundate=\"00/00/00\""),
+            std::string::npos);
+  // A project that cannot be read ends with a non-zero status.
+  status = tessaly::testing::RunCommand(
+      "'" + program.Executable().string() + "' '" + (work / "missing.xml").string() + "'", &output);
+  EXPECT_NE(status, 0);
+}
+
 }  // namespace
 }  // namespace tessaly::batch
