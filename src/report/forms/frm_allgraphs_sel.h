@@ -1,6 +1,8 @@
 #pragma once
 // frmAllgraphsSel: the small modal dialog of the "All" walks, with "<===", "===>" and
 // Cancel. Each button closes it; closing the window answers neither direction.
+#include <functional>
+
 #include <QDialog>
 #include <QString>
 
@@ -36,5 +38,23 @@ class frmAllgraphsSel : public QDialog {
 // The step dialog for a ReportViewer of the desktop: one frmAllgraphsSel over `parent`.
 StepChoice ShowAllGraphsSel(QWidget* parent, const std::string& title, bool left_enabled,
                             bool right_enabled);
+
+// A ReportViewer for the main window: `navigate` is the window's (it shows the browser
+// pane), the step dialog is frmAllgraphsSel over the window.
+class DesktopReportViewer : public ReportViewer {
+ public:
+  DesktopReportViewer(QWidget* window, std::function<void(const fs::path&)> navigate)
+      : window_(window), navigate_(std::move(navigate)) {}
+  void navigate(const fs::path& file) override {
+    if (navigate_) navigate_(file);
+  }
+  StepChoice ShowStepDialog(const std::string& title, bool left, bool right) override {
+    return ShowAllGraphsSel(window_, title, left, right);
+  }
+
+ private:
+  QWidget* window_;
+  std::function<void(const fs::path&)> navigate_;
+};
 
 }  // namespace tessaly::report
