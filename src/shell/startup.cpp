@@ -62,6 +62,7 @@ void MainPrepare(const fs::path& program_folder, const CommandLine& command_line
   EnterProcedure("tesmod", "Main");
   ShellState& s = Shell();
   s.program_folder = program_folder;
+  s.launch_folder = current_folder;
   s.command_line = command_line;
 
   platform::RemoveNoCase(program_folder, "GROUPLST.QVX");
@@ -218,7 +219,10 @@ std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRu
   std::vector<std::string> options;
   if (tokens.size() >= 3) options = tokens;
 
+  // A relative name means the folder the user started in; start-up has since moved to
+  // the program's folder.
   fs::path path(*file);
+  if (path.is_relative() && !Shell().launch_folder.empty()) path = Shell().launch_folder / path;
   if (!CanOpenExclusively(path)) {
     SharedError().StdError();
     Err().Clear();

@@ -25,6 +25,7 @@ inline constexpr const char* kHisFilter = "HIS files (*.his)|*.his";
 // Process-wide state that start-up sets and the rest of the program reads.
 struct ShellState {
   fs::path program_folder;
+  fs::path launch_folder;  // the current folder when the program started
   CommandLine command_line;
   bool LogOn = false;
   bool DebugMode = false;  // "/DBG"; nothing reads it yet

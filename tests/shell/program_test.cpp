@@ -231,6 +231,17 @@ TEST_F(ProgramRun, MissingFileIsTheStandardError) {
             platform::dates::FormatIso(platform::dates::Today()) + "  " + text + "\r\n");
 }
 
+TEST_F(ProgramRun, RelativeNamesAreTakenFromTheFolderTheUserStartedIn) {
+  std::string out;
+  std::string cmd = "cd " + Quote(scratch.path().string()) + " && env -u DISPLAY XDG_CONFIG_HOME=" +
+                    Quote(config.path().string()) + " " + Quote(program.Executable().string()) +
+                    " gone.xml";
+  EXPECT_EQ(RunCommand(cmd, &out), 1);
+  EXPECT_NE(out.find("File not found: " + (scratch / "gone.xml").string() + ", frmMain"),
+            std::string::npos)
+      << out;
+}
+
 TEST_F(ProgramRun, FilesWhoseNamesStartWithASlashAreFilesNotSwitches) {
   WriteFile(scratch / "Book.XLSX", "");
   std::string out;
