@@ -26,6 +26,13 @@ using tessaly::testing::RunCommand;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
 
+// The desktop scenarios need a build with the desktop.
+#ifdef TESSALY_WITH_DESKTOP
+#define REQUIRE_DESKTOP() (void)0
+#else
+#define REQUIRE_DESKTOP() GTEST_SKIP() << "this build has no desktop"
+#endif
+
 std::string Quote(const std::string& s) { return "'" + s + "'"; }
 
 // Every entry under a folder, as "name" or "dir/name", folders ending in "/".
@@ -68,6 +75,7 @@ struct ProgramRun : ::testing::Test {
 
   // The desktop, off-screen, closed by File > Exit after `close_ms`.
   int RunDesktop(const std::string& args, std::string* output = nullptr, int close_ms = 300) {
+
     return Run(args, output,
                "QT_QPA_PLATFORM=offscreen TESSALY_AUTOCLOSE_MS=" + std::to_string(close_ms) +
                    " TESSALY_DESKTOP_REPORT=" + Quote((scratch / "desktop.txt").string()));
@@ -77,6 +85,7 @@ struct ProgramRun : ::testing::Test {
 };
 
 TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
+  REQUIRE_DESKTOP();
   // What an earlier session left behind.
   WriteFile(program / "NOTREND.QVX", "no trend");
   WriteFile(program / "SAVEMOD.QVX", "save");
@@ -121,6 +130,7 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
 }
 
 TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
+  REQUIRE_DESKTOP();
   fs::create_directory(program / "QVXBACKUP");
   WriteFile(program / "QVXBACKUP" / "NOTREND.QVX", "as at the last start");
   WriteFile(program / "NOTREND.QVX", "changed by the crashed session");
@@ -169,6 +179,7 @@ TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
 }
 
 TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
+  REQUIRE_DESKTOP();
   WriteFile(program / "NOTREND.QVX", "kept");
   std::string out;
   ASSERT_EQ(RunDesktop("/L /NS", &out), 0) << out;
@@ -193,6 +204,7 @@ TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
 }
 
 TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
+  REQUIRE_DESKTOP();
   WriteFile(config / "tessaly" / "Tessaly.ini", "");
   fs::create_directories(config / "tessaly");
   WriteFile(config / "tessaly" / "Tessaly.ini",
@@ -269,6 +281,7 @@ TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
 
   // The desktop shows the same box (closed by the test hook) and ends.
+  REQUIRE_DESKTOP();
   EXPECT_EQ(RunDesktop("/NS", &out), 4) << out;
 }
 
