@@ -408,6 +408,10 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
 
   SearchOptions so;
   so.criteria = crit;
+  // Long periods make the state large (its size grows with the period times P or Q):
+  // weekly and longer cycles get one seasonal term at most, very long ones none.
+  if (period > 60) so.max_P = so.max_Q = 0;
+  else if (period > 24) so.max_P = so.max_Q = 1;
   std::vector<SearchStep> trail;
   ArimaFit best = StepwiseSearch(z, d, D, period, so, &trail);
   {
