@@ -194,7 +194,7 @@ void Paint(QPainter& p, const GraphPlan& plan, int width, int height) {
   for (int i = 0; i < n; i += plan.label_step)
     widest = std::max(widest, tick_metrics.horizontalAdvance(QString::fromStdString(plan.labels[i])));
   const double mark_gap = n > 1 ? (x_of(plan.label_step) - x_of(0)) : area.width();
-  const int text_every = std::max(1, static_cast<int>(std::ceil((widest + 8) / std::max(mark_gap, 1.0))));
+  const int text_every = std::max(1, static_cast<int>(std::ceil((widest + 3) / std::max(mark_gap, 1.0) - 0.02)));
   for (int i = 0, mark = 0; i < n; i += plan.label_step, ++mark) {
     const double px = x_of(i);
     p.setPen(QPen(QColor(0xee, 0xf1, 0xf4), 1));
