@@ -63,8 +63,15 @@ function start() {
           function (r) { return r.offsetParent === null; }).length;
         seen.push('HIDDEN ' + hidden);
         toggle.click();
-        links(holder, 'Details')[0].click();
-        done('END');
+        // The root's caption opens the overview of the project.
+        links(holder, 'Regions')[0].click();
+        (function overview() {
+          var d = f.display.document, h = d && d.querySelector('h1');
+          if (!/display\.html$/.test(f.display.location.href) || !h) return later(overview);
+          seen.push('OVERVIEW ' + h.textContent + ' ' + d.querySelectorAll('tr[id]').length);
+          links(holder, 'Details')[0].click();
+          done('END');
+        })();
       })();
     })();
   } catch (e) { done('ERROR ' + e); }
@@ -110,6 +117,7 @@ TEST(SiteInBrowser, TreeIsDrawnAndAClickShowsTheReport) {
   EXPECT_NE(seen.find("DETAILS Details of NORTHSeasonal model."), std::string::npos) << seen;
   EXPECT_NE(seen.find("PICTURE 1000x600"), std::string::npos) << seen;
   EXPECT_NE(seen.find("HIDDEN 10"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("OVERVIEW Regions 2"), std::string::npos) << seen;
   EXPECT_NE(seen.find("END"), std::string::npos) << seen;
 
   // A picture of the site after the clicks, kept for a person to look at.
