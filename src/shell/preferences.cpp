@@ -30,17 +30,20 @@ PreferenceValues& Prefs() {
   return values;
 }
 
+// An existing folder or file is found whatever the case of its name.
 fs::path PreferencesFile(const fs::path& program_folder) {
-  return program_folder / "DEFAULTXSD" / "UserPreferences.xml";
+  return platform::ResolveNoCase(platform::ResolveNoCase(program_folder, "DEFAULTXSD"),
+                                 "UserPreferences.xml");
 }
 
 fs::path PreferencesSchemaFile(const fs::path& program_folder) {
-  return program_folder / "DEFAULTXSD" / "UserPrefschema.xsd";
+  return platform::ResolveNoCase(platform::ResolveNoCase(program_folder, "DEFAULTXSD"),
+                                 "UserPrefschema.xsd");
 }
 
 bool WritePreferencesFile(const fs::path& program_folder, const PreferenceValues& values) {
   EnterProcedure("tesmod", "WritePrefXmlFile");
-  std::string folder = (program_folder / "DEFAULTXSD").string();
+  std::string folder = platform::ResolveNoCase(program_folder, "DEFAULTXSD").string();
   platform::xml::Document doc;
   doc.AppendProcessingInstruction("xml", "version=\"1.0\" encoding=\"UTF-8\"");
   doc.AppendComment("user preferences for processing");

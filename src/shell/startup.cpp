@@ -81,8 +81,8 @@ void MainPrepare(const fs::path& program_folder, const CommandLine& command_line
   s.InetMode = command_line.Has("/INET");
 
   // Made when no entry of that name exists, whatever its case.
-  platform::EnsureSubfolder(program_folder, "OUTPUT");
-  s.OutputPath = platform::WithTrailingSlash((program_folder / "OUTPUT").string());
+  fs::path output = platform::EnsureSubfolder(program_folder, "OUTPUT");
+  s.OutputPath = platform::WithTrailingSlash(output.string());
   TraceText(" load frmMain");
 }
 
