@@ -51,7 +51,7 @@ class IniFile {
   std::vector<Section> sections_{Section{}};
 };
 
-// The private-profile calls, one file read or write per call, as the original used them.
+// The private-profile calls: one file read or write per call.
 // Missing key or section: the default. Quotes around a whole value are removed.
 std::string ReadProfileString(std::string_view section, std::string_view key,
                               std::string_view default_value,

@@ -19,7 +19,7 @@ std::string Trim(const std::string& s) {
   return s.substr(b, e - b + 1);
 }
 
-// VB's IsNumeric and CInt together: a whole text that reads as a number, rounded half to
+// A numeric setting: a whole text that reads as a number, rounded half to
 // even, within the 16-bit range.
 std::optional<int16_t> NumericInt16(const std::string& text) {
   std::string t = Trim(text);

@@ -110,7 +110,7 @@ void frmMain::LoadRecentMenu() {
   bool any = false;
   for (int i = 0; i < kRecentFiles; ++i) {
     bool shown = !captions[i].empty();
-    // "&1 path": the number is the item's access key, as in the original menu.
+    // "&1 path": the number is the item's access key.
     mnuFileMRU_[i]->setText(QString("&%1 %2").arg(i + 1).arg(QString::fromStdString(captions[i])));
     mnuFileMRU_[i]->setData(QString::fromStdString(captions[i]));
     mnuFileMRU_[i]->setVisible(shown);
