@@ -1,14 +1,16 @@
 #!/bin/sh
-# Captures the desktop as PNG files: the main window and the two preference dialogs.
+# Captures the desktop as PNG files: the main window, the two preference dialogs (the
+# graph dialog as loaded and with "Selected Graphs" chosen) and the splash.
 #   scripts/screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]
-# PROGRAM_FOLDER is the built program folder (default: build/program of this tree). The
-# program runs in a temporary copy of it, under xvfb-run, with its own settings folder,
-# so neither the build tree nor the user's settings are touched.
+# PROGRAM_FOLDER is the built program folder (default: $TESSALY_BUILD_DIR/program, or
+# build/program, of this tree). The program runs in a temporary copy of it, under
+# xvfb-run, with its own settings folder, so neither the build tree nor the user's
+# settings are touched.
 set -eu
 
 out=${1:?usage: screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]}
 here=$(cd "$(dirname "$0")/.." && pwd)
-program=${2:-$here/build/program}
+program=${2:-$here/${TESSALY_BUILD_DIR:-build}/program}
 if [ ! -x "$program/tessaly" ]; then
   echo "screenshots.sh: no tessaly in $program (build it first)" >&2
   exit 2
