@@ -1,0 +1,567 @@
+#include "engine/model/interventions.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <numeric>
+
+#include <Eigen/Dense>
+#include <boost/math/distributions/normal.hpp>
+
+#include "engine/model/arma.h"
+#include "engine/model/forecast.h"
+
+namespace quorvane {
+
+std::vector<double> InterventionRegressor(int type, int at, int period, int length) {
+  std::vector<double> x(std::max(length, 0), 0.0);
+  if (at < 0) return x;
+  const int s = period > 1 ? period : 0;
+  for (int t = at; t < length; ++t) {
+    switch (type) {
+      case kPulse: x[t] = t == at ? 1.0 : 0.0; break;
+      case kLevelShift: x[t] = 1.0; break;
+      case kSeasonalPulse: x[t] = (s > 0 ? (t - at) % s == 0 : t == at) ? 1.0 : 0.0; break;
+      case kLocalTrend: x[t] = static_cast<double>(t - at + 1); break;
+      default: break;
+    }
+  }
+  return x;
+}
+
+std::string InterventionTypeName(int type) {
+  switch (type) {
+    case kPulse: return "PULSE";
+    case kLevelShift: return "LEVEL SHIFT";
+    case kSeasonalPulse: return "SEASONAL PULSE";
+    case kLocalTrend: return "LOCAL TREND";
+    default: return "INTERVENTION";
+  }
+}
+
+std::vector<double> RemoveRegressors(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                     const std::vector<double>& beta) {
+  std::vector<double> u = z;
+  for (size_t j = 0; j < X.size() && j < beta.size(); ++j)
+    for (size_t t = 0; t < u.size() && t < X[j].size(); ++t) u[t] -= beta[j] * X[j][t];
+  return u;
+}
+
+namespace {
+
+// Prediction errors scaled to a common variance: whitening under the ARMA's exact
+// covariance. Linear in the series for fixed coefficients, so regressions on whitened
+// columns are generalised least squares. The common factor of the core's scaled residuals
+// cancels in every ratio used here.
+bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const std::vector<double>& theta,
+            Eigen::VectorXd& out) {
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false);
+  if (!L.ok) return false;
+  out = Eigen::Map<const Eigen::VectorXd>(L.scaled.data(), static_cast<int>(L.scaled.size()));
+  return out.allFinite();
+}
+
+struct GlsOutcome {
+  bool ok = false;
+  std::vector<double> beta, se;
+};
+
+// beta of w = Xw beta (+ mean) + ARMA noise. The mean column, when asked for, is estimated
+// alongside but not returned: the noise model keeps its own constant.
+GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<double>>& Xw,
+               const ArmaCoefficients& coef, bool with_mean) {
+  GlsOutcome out;
+  std::vector<double> phi, theta;
+  ExpandArma(coef, phi, theta);
+  const int m = static_cast<int>(w.size());
+  const int k = static_cast<int>(Xw.size());
+  const int cols = k + (with_mean ? 1 : 0);
+  if (m <= cols) return out;
+  Eigen::VectorXd ws;
+  if (!Whiten(w, phi, theta, ws)) return out;
+  Eigen::MatrixXd A(m, cols);
+  Eigen::VectorXd col;
+  for (int j = 0; j < k; ++j) {
+    if (!Whiten(Xw[j], phi, theta, col)) return out;
+    A.col(j) = col;
+  }
+  if (with_mean) {
+    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return out;
+    A.col(k) = col;
+  }
+  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A);
+  qr.setThreshold(1e-10);
+  if (qr.rank() < cols) return out;
+  const Eigen::VectorXd b = qr.solve(ws);
+  if (!b.allFinite()) return out;
+  const Eigen::VectorXd r = ws - A * b;
+  const double s2 = r.squaredNorm() / std::max(1, m - cols);
+  const Eigen::MatrixXd cov = s2 * (A.transpose() * A).inverse();
+  out.beta.resize(k);
+  out.se.resize(k);
+  for (int j = 0; j < k; ++j) {
+    out.beta[j] = b(j);
+    out.se[j] = std::sqrt(std::max(cov(j, j), 0.0));
+  }
+  out.ok = true;
+  return out;
+}
+
+ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
+  ArmaCoefficients c;
+  c.period = s.period;
+  c.ar.assign(s.p, 0.0);
+  c.ma.assign(s.q, 0.0);
+  c.sar.assign(s.P, 0.0);
+  c.sma.assign(s.Q, 0.0);
+  return c;
+}
+
+int BurnIn(const ArimaSpec& s) { return s.d + s.D * std::max(1, s.period); }
+
+// The first and last observation where an effect of the type can be told apart from the
+// model's own terms: nothing before the differencing has started; a step or a trend at the
+// very start is the constant or the drift; a step or a trend at the last observations is a
+// pulse; a seasonal pulse needs a second occurrence to differ from a pulse.
+std::pair<int, int> CandidateRange(int type, int n, const ArimaSpec& spec, const DetectionOptions& opt) {
+  const int burn = BurnIn(spec);
+  switch (type) {
+    case kPulse: return {burn, n - 1};
+    case kLevelShift: return {std::max(burn, 1), n - 2};
+    case kSeasonalPulse:
+      if (opt.period < 2) return {1, 0};
+      return {burn, n - 1 - opt.period};
+    case kLocalTrend: return {std::max(burn, 1) + 1, n - 3};
+    default: return {1, 0};
+  }
+}
+
+std::vector<int> EnabledTypes(const DetectionOptions& opt) {
+  std::vector<int> types;
+  if (opt.pulse) types.push_back(kPulse);
+  if (opt.level_shift) types.push_back(kLevelShift);
+  if (opt.seasonal_pulse && opt.period > 1) types.push_back(kSeasonalPulse);
+  if (opt.trend) types.push_back(kLocalTrend);
+  return types;
+}
+
+double Median(std::vector<double> v) {
+  if (v.empty()) return 0.0;
+  const size_t mid = v.size() / 2;
+  std::nth_element(v.begin(), v.begin() + mid, v.end());
+  double m = v[mid];
+  if (v.size() % 2 == 0) {
+    const double lo = *std::max_element(v.begin(), v.begin() + mid);
+    m = 0.5 * (m + lo);
+  }
+  return m;
+}
+
+std::string Label(int type, int index, double t) {
+  char buf[96];
+  std::snprintf(buf, sizeof buf, "%s at observation %d (t %.2f)", InterventionTypeName(type).c_str(), index + 1, t);
+  return buf;
+}
+
+}  // namespace
+
+RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                      const ArimaSpec& spec, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArmaCoefficients* start) {
+  RegressionArimaFit out;
+  if (X.empty()) {
+    out.arima = FitArima(z, spec, crit, with_errors, start);
+    out.ok = out.arima.ok;
+    return out;
+  }
+  const std::vector<double> w = DifferenceSeries(z, spec);
+  std::vector<std::vector<double>> Xw;
+  Xw.reserve(X.size());
+  for (const auto& x : X) Xw.push_back(DifferenceSeries(x, spec));
+
+  ArmaCoefficients coef = start ? *start : ZeroCoefficients(spec);
+  coef.period = spec.period;
+  coef.ar.resize(spec.p, 0.0);
+  coef.ma.resize(spec.q, 0.0);
+  coef.sar.resize(spec.P, 0.0);
+  coef.sma.resize(spec.Q, 0.0);
+  GlsOutcome g = Gls(w, Xw, coef, spec.constant);
+  if (!g.ok) {
+    g = Gls(w, Xw, ZeroCoefficients(spec), spec.constant);
+    if (!g.ok) return out;
+  }
+  std::vector<double> beta = g.beta;
+
+  // The two parts are close to independent in the likelihood, so alternating converges in
+  // a few rounds; the ARMA part is estimated to the search's precision until the last.
+  ConvergenceCriteria quick = crit;
+  quick.polish = false;
+  quick.max_iterations = std::max(crit.max_iterations, 5);
+  bool started = start != nullptr;
+  ArimaFit arima;
+  for (int it = 0; it < 8; ++it) {
+    out.iterations = it + 1;
+    arima = FitArima(RemoveRegressors(z, X, beta), spec, quick, false, started ? &coef : nullptr);
+    if (!arima.ok) return out;
+    coef = arima.coef;
+    started = true;
+    const GlsOutcome next = Gls(w, Xw, coef, spec.constant);
+    if (!next.ok) return out;
+    double change = 0.0;
+    for (size_t j = 0; j < beta.size(); ++j) change = std::max(change, std::fabs(next.beta[j] - beta[j]));
+    beta = next.beta;
+    g = next;
+    if (change < 1e-4 * std::sqrt(std::max(arima.sigma2, 1e-300))) break;
+  }
+  arima = FitArima(RemoveRegressors(z, X, beta), spec, crit, with_errors, &coef);
+  if (!arima.ok) return out;
+  g = Gls(w, Xw, arima.coef, spec.constant);
+  if (!g.ok) return out;
+  // The noise model follows the final beta (its mean and likelihood on z - X beta).
+  const std::vector<double> u = RemoveRegressors(z, X, g.beta);
+  ConvergenceCriteria hold = crit;
+  hold.max_iterations = 0;
+  ArimaFit settled = FitArima(u, spec, hold, with_errors, &arima.coef);
+  out.arima = settled.ok ? settled : arima;
+  if (settled.ok) out.arima.converged = arima.converged;
+  out.beta = g.beta;
+  out.beta_se = g.se;
+  out.ok = true;
+  return out;
+}
+
+double InterventionCriticalValue(double confidence_pct, int candidates) {
+  const double conf = std::clamp(confidence_pct, 50.0, 99.99);
+  const double alpha = (100.0 - conf) / 100.0;
+  const double tail = alpha / (2.0 * std::max(1, candidates));
+  const boost::math::normal normal;
+  const double c = boost::math::quantile(boost::math::complement(normal, tail));
+  return std::max(c, 3.0);
+}
+
+std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
+                                                    const std::vector<std::vector<double>>& X,
+                                                    const RegressionArimaFit& fit, const DetectionOptions& opt) {
+  std::vector<CandidateStatistic> out;
+  if (!fit.ok) return out;
+  const ArimaSpec& spec = fit.arima.spec;
+  const int n = static_cast<int>(z.size());
+  const int burn = BurnIn(spec);
+  const std::vector<double> w = DifferenceSeries(RemoveRegressors(z, X, fit.beta), spec);
+  const int m = static_cast<int>(w.size());
+  if (m < 8) return out;
+  std::vector<double> phi, theta;
+  ExpandArma(fit.arima.coef, phi, theta);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+  if (!L.ok || !(L.sigma2 > 0.0)) return out;
+  const double g = std::sqrt(L.scaled_ssq / (L.n * L.sigma2));
+  std::vector<double> e(m);
+  for (int i = 0; i < m; ++i) e[i] = L.scaled[i] / g;
+  // A robust scale: the outliers being looked for must not inflate it.
+  const double med = Median(e);
+  std::vector<double> dev(m);
+  for (int i = 0; i < m; ++i) dev[i] = std::fabs(e[i] - med);
+  double sigma = 1.4826 * Median(dev);
+  if (!(sigma > 0.0)) sigma = std::sqrt(L.sigma2);
+  if (!(sigma > 0.0)) return out;
+
+  // a(B) = phi(B) delta(B) with its unit lead: the residual of an effect x is pi(B) x with
+  // pi(B) = a(B) / theta(B).
+  const std::vector<double> delta = DifferencingPolynomial(spec.d, spec.D, spec.period);
+  std::vector<double> a(phi.size() + delta.size() + 1, 0.0);
+  {
+    std::vector<double> pa(phi.size() + 1), pd(delta.size() + 1);
+    pa[0] = pd[0] = 1.0;
+    for (size_t i = 0; i < phi.size(); ++i) pa[i + 1] = -phi[i];
+    for (size_t i = 0; i < delta.size(); ++i) pd[i + 1] = -delta[i];
+    for (size_t i = 0; i < pa.size(); ++i)
+      for (size_t j = 0; j < pd.size(); ++j) a[i + j] += pa[i] * pd[j];
+  }
+  const int na = static_cast<int>(a.size());
+  const int nq = static_cast<int>(theta.size());
+
+  // The terms already in the model (the constant, the effects found) are partialled out of
+  // each candidate: a step is otherwise measured against a mean that it has itself moved.
+  Eigen::MatrixXd Q;
+  {
+    std::vector<std::vector<double>> cols;
+    if (spec.constant) cols.push_back(std::vector<double>(m, 1.0));
+    for (const auto& x : X) cols.push_back(DifferenceSeries(x, spec));
+    Eigen::MatrixXd A(m, static_cast<int>(cols.size()));
+    int used = 0;
+    Eigen::VectorXd col;
+    for (const auto& c : cols)
+      if (Whiten(c, phi, theta, col) && col.size() == m) A.col(used++) = col;
+    if (used > 0) {
+      Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A.leftCols(used));
+      const int rank = static_cast<int>(qr.rank());
+      Eigen::MatrixXd full = qr.householderQ();
+      Q = full.leftCols(rank);
+    }
+  }
+  const int K = static_cast<int>(Q.cols());
+  Eigen::VectorXd proj(K);
+
+  for (int type : EnabledTypes(opt)) {
+    const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+    if (lo > hi) continue;
+    const int len = n - lo;
+    const std::vector<double> p = InterventionRegressor(type, 0, opt.period, len);
+    std::vector<double> c(len), cum(len);
+    for (int j = 0; j < len; ++j) {
+      double v = 0.0;
+      for (int k = 0; k < na && k <= j; ++k) v += a[k] * p[j - k];
+      for (int k = 1; k <= nq && k <= j; ++k) v -= theta[k - 1] * c[j - k];
+      c[j] = v;
+      cum[j] = (j ? cum[j - 1] : 0.0) + v * v;
+    }
+    for (int T = lo; T <= hi; ++T) {
+      const int span = n - T;
+      double num = 0.0;
+      const double* et = e.data() + (T - burn);
+      for (int j = 0; j < span; ++j) num += et[j] * c[j];
+      double den = cum[span - 1];
+      if (K > 0) {
+        proj.setZero();
+        for (int j = 0; j < span; ++j) proj += c[j] * Q.row(T - burn + j).transpose();
+        den -= proj.squaredNorm();
+      }
+      if (!(den > 1e-12)) continue;
+      CandidateStatistic s;
+      s.type = type;
+      s.index = T;
+      s.impact = num / den;
+      s.tau = num / (sigma * std::sqrt(den));
+      out.push_back(s);
+    }
+  }
+  return out;
+}
+
+DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
+                                    const DetectionOptions& opt) {
+  DetectionResult res;
+  res.fit.arima = initial;
+  res.fit.ok = initial.ok;
+  if (!initial.ok || opt.max_count < 1) return res;
+  const ArimaSpec spec = initial.spec;
+  const int n = static_cast<int>(z.size());
+  int first = n, last = -1;
+  for (int type : EnabledTypes(opt)) {
+    const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+    if (lo > hi) continue;
+    first = std::min(first, lo);
+    last = std::max(last, hi);
+  }
+  res.candidates = std::max(0, last - first + 1);
+  if (res.candidates == 0) return res;
+  res.critical_value = InterventionCriticalValue(opt.confidence, res.candidates);
+  const double C = res.critical_value;
+
+  ConvergenceCriteria quick = opt.criteria;
+  quick.polish = false;
+  std::vector<std::vector<double>> X;
+  std::vector<DetectedIntervention> found;
+  std::vector<std::pair<int, int>> refused;  // candidates whose joint fit failed
+  RegressionArimaFit fit = res.fit;
+
+  auto taken = [&](int type, int index) {
+    for (const auto& f : found)
+      if (f.type == type && f.index == index) return true;
+    for (const auto& r : refused)
+      if (r.first == type && r.second == index) return true;
+    return false;
+  };
+
+  int attempts = 0;
+  while (static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count) {
+    ++attempts;
+    const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, opt);
+    const CandidateStatistic* best = nullptr;
+    for (const auto& s : stats)
+      if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
+    if (!best || std::fabs(best->tau) < C) break;
+    std::vector<std::vector<double>> X2 = X;
+    X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
+    const RegressionArimaFit next = FitRegressionArima(z, X2, spec, quick, false, &fit.arima.coef);
+    if (!next.ok) {
+      refused.push_back({best->type, best->index});
+      continue;
+    }
+    DetectedIntervention d;
+    d.type = best->type;
+    d.index = best->index;
+    found.push_back(d);
+    res.trail.push_back("added " + Label(best->type, best->index, best->tau));
+    X = std::move(X2);
+    fit = next;
+  }
+  if (found.empty()) {
+    return res;
+  }
+
+  // In order of time, estimated together with standard errors; effects that are no longer
+  // significant beside the others leave one at a time, the weakest first.
+  std::vector<size_t> order(found.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::sort(order.begin(), order.end(), [&](size_t i, size_t j) {
+    return found[i].index != found[j].index ? found[i].index < found[j].index : found[i].type < found[j].type;
+  });
+  std::vector<DetectedIntervention> sorted;
+  std::vector<std::vector<double>> Xs;
+  for (size_t i : order) {
+    sorted.push_back(found[i]);
+    Xs.push_back(X[i]);
+  }
+  found.swap(sorted);
+  X.swap(Xs);
+  RegressionArimaFit joint = FitRegressionArima(z, X, spec, opt.criteria, true, &fit.arima.coef);
+  while (true) {
+    if (!joint.ok) {
+      // Cannot happen for a set that was estimable one by one; keep the model without effects.
+      res.trail.push_back("the joint estimate failed; no interventions kept");
+      return res;
+    }
+    int weakest = -1;
+    double weakest_t = C;
+    for (size_t j = 0; j < found.size(); ++j) {
+      const double t = joint.beta_se[j] > 0.0 ? joint.beta[j] / joint.beta_se[j] : 0.0;
+      found[j].impact = joint.beta[j];
+      found[j].std_error = joint.beta_se[j];
+      found[j].t_value = t;
+      if (std::fabs(t) < weakest_t) {
+        weakest_t = std::fabs(t);
+        weakest = static_cast<int>(j);
+      }
+    }
+    if (weakest < 0) break;
+    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, found[weakest].t_value));
+    found.erase(found.begin() + weakest);
+    X.erase(X.begin() + weakest);
+    if (found.empty()) {
+      res.fit = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+      if (!res.fit.ok) {
+        res.fit.arima = initial;
+        res.fit.ok = true;
+      }
+      return res;
+    }
+    joint = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+  }
+  res.fit = joint;
+  res.found = found;
+  return res;
+}
+
+std::vector<double> RegressionInnovations(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                          const RegressionArimaFit& fit) {
+  std::vector<double> out(z.size(), std::numeric_limits<double>::quiet_NaN());
+  if (!fit.ok) return out;
+  const std::vector<double> u = RemoveRegressors(z, X, fit.beta);
+  const std::vector<double> pred = OneStepPredictions(u, fit.arima);
+  for (size_t t = 0; t < z.size(); ++t) out[t] = u[t] - pred[t];
+  return out;
+}
+
+namespace {
+
+std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n) {
+  std::vector<std::vector<double>> X;
+  for (const auto& f : found) X.push_back(InterventionRegressor(f.type, f.index, period, n));
+  return X;
+}
+
+struct Candidate {
+  DetectionResult result;
+  double score = std::numeric_limits<double>::infinity();
+};
+
+// Schwarz-type criterion on the one-step prediction errors from observation `from` on.
+double Score(const std::vector<double>& z, const DetectionResult& r, int period, int from) {
+  if (!r.fit.ok) return std::numeric_limits<double>::infinity();
+  const int n = static_cast<int>(z.size());
+  const std::vector<double> e = RegressionInnovations(z, Regressors(r.found, period, n), r.fit);
+  double sse = 0.0;
+  int m = 0;
+  for (int t = from; t < n; ++t) {
+    if (!std::isfinite(e[t])) return std::numeric_limits<double>::infinity();
+    sse += e[t] * e[t];
+    ++m;
+  }
+  if (m < 4 || !(sse > 0.0)) return std::numeric_limits<double>::infinity();
+  const ArimaSpec& s = r.fit.arima.spec;
+  const int k = s.FreeCount() + (s.constant ? 1 : 0) + 2 * static_cast<int>(r.found.size());
+  return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
+}
+
+std::string Describe(const DetectionResult& r) {
+  std::string text = r.fit.arima.spec.Name() + " with ";
+  if (r.found.empty()) return text + "no interventions";
+  text += std::to_string(r.found.size()) + " intervention(s)";
+  return text;
+}
+
+}  // namespace
+
+DetectionResult DetectWithIdentification(const std::vector<double>& z, const ArimaFit& identified,
+                                         const DetectionOptions& opt, const SearchOptions& search) {
+  if (!identified.ok) return DetectInterventions(z, identified, opt);
+  const int n = static_cast<int>(z.size());
+  const ArimaSpec base = identified.spec;
+  const int from = BurnIn(base);
+
+  // Detection with a model, then the orders searched again on the cleansed series; when they
+  // change, detection starts over from the new orders.
+  auto run = [&](const ArimaFit& start, std::vector<std::string>& story) {
+    DetectionResult r = DetectInterventions(z, start, opt);
+    if (r.found.empty()) return r;
+    const std::vector<double> u = RemoveRegressors(z, Regressors(r.found, opt.period, n), r.fit.beta);
+    ArimaFit again = StepwiseSearch(u, start.spec.d, start.spec.D, start.spec.period, search, nullptr);
+    if (!again.ok) return r;
+    ArimaSpec s = again.spec;
+    if (s.p == start.spec.p && s.q == start.spec.q && s.P == start.spec.P && s.Q == start.spec.Q &&
+        s.constant == start.spec.constant)
+      return r;
+    const ArimaFit refit = FitArima(z, s, opt.criteria, false, &again.coef);
+    if (!refit.ok) return r;
+    DetectionResult r2 = DetectInterventions(z, refit, opt);
+    const double s1 = Score(z, r, opt.period, from), s2 = Score(z, r2, opt.period, from);
+    story.push_back("orders searched again on the cleansed series: " + s.Name() +
+                    (s2 < s1 ? ", detection repeated with it" : ", not better than before"));
+    return s2 < s1 ? r2 : r;
+  };
+
+  std::vector<std::string> story;
+  Candidate best;
+  best.result = run(identified, story);
+  best.score = Score(z, best.result, opt.period, from);
+  story.push_back(Describe(best.result) + ": criterion " + std::to_string(best.score));
+
+  // Fewer regular differences, when effects that move the level could explain the rest.
+  if (opt.level_shift || opt.trend) {
+    for (int d = base.d - 1; d >= 0; --d) {
+      // The simplest model of that differencing to begin with: orders searched on the
+      // series as it stands would take the effects for persistence and hide them.
+      ArimaSpec simple;
+      simple.d = d;
+      simple.D = base.D;
+      simple.period = base.period;
+      simple.Q = base.D > 0 ? 1 : 0;
+      simple.constant = search.allow_constant && d + base.D <= 1;
+      const ArimaFit start = FitArima(z, simple, opt.criteria, false);
+      if (!start.ok) continue;
+      Candidate c;
+      c.result = run(start, story);
+      c.score = Score(z, c.result, opt.period, from);
+      story.push_back(Describe(c.result) + ": criterion " + std::to_string(c.score));
+      // Only effects are a reason to doubt the differencing the tests chose.
+      if (!c.result.found.empty() && c.score < best.score) best = std::move(c);
+    }
+  }
+  for (auto& line : best.result.trail) story.push_back(line);
+  best.result.trail = std::move(story);
+  return best.result;
+}
+
+}  // namespace quorvane

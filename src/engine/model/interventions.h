@@ -1,0 +1,119 @@
+#pragma once
+// Interventions: unusual events in a series (pulses, level shifts, seasonal pulses, local
+// time trends) found by iterative detection in the manner of Chen and Liu (1993), and the
+// regression with ARIMA errors that estimates them jointly with the model.
+//
+// All series here are on the model's scale (after the power transform and the fitting
+// scale); indices are 0-based observations of that series.
+#include <string>
+#include <vector>
+
+#include "engine/model/estimate.h"
+#include "engine/model/search.h"
+
+namespace quorvane {
+
+// The intervention types, numbered as the engine returns them.
+enum InterventionType : int {
+  kPulse = 1,          // one observation
+  kLevelShift = 2,     // from the observation on
+  kSeasonalPulse = 3,  // the observation and the same period of every later cycle
+  kLocalTrend = 4,     // a ramp 1, 2, 3, ... from the observation on
+};
+
+// Values of the intervention variable of `type` starting at `at`, for t = 0..length-1
+// (length may reach into the forecast periods: steps and trends carry on, seasonal pulses
+// recur, a pulse does not). A period below 2 makes a seasonal pulse a pulse.
+std::vector<double> InterventionRegressor(int type, int at, int period, int length);
+
+// "PULSE", "LEVEL SHIFT", "SEASONAL PULSE", "LOCAL TREND".
+std::string InterventionTypeName(int type);
+
+// Regression with ARIMA errors: z = X beta + u, u an ARIMA of `spec` (its constant being the
+// mean of the differenced u). beta is estimated by generalised least squares under the
+// exact ARMA covariance of the differenced series, the ARMA part by the core's exact
+// likelihood on z - X beta, alternating until beta settles.
+struct RegressionArimaFit {
+  bool ok = false;
+  ArimaFit arima;                      // the noise model, fitted to z - X beta
+  std::vector<double> beta;            // one per column of X
+  std::vector<double> beta_se;         // GLS standard errors (with `with_errors`)
+  int iterations = 0;
+};
+
+RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                      const ArimaSpec& spec, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArmaCoefficients* start = nullptr);
+
+// The noise series u = z - X beta.
+std::vector<double> RemoveRegressors(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                     const std::vector<double>& beta);
+
+struct DetectionOptions {
+  bool pulse = true;
+  bool level_shift = true;
+  bool seasonal_pulse = true;
+  bool trend = true;
+  int max_count = 5;            // the rules' maximum number of interventions
+  double confidence = 95.0;     // the rules' (DS) confidence level, percent
+  int period = 1;               // seasonality, for seasonal pulses
+  ConvergenceCriteria criteria;
+};
+
+struct DetectedIntervention {
+  int type = kPulse;
+  int index = 0;                // 0-based observation
+  double impact = 0.0;          // coefficient on the model's scale
+  double std_error = 0.0;
+  double t_value = 0.0;
+};
+
+struct DetectionResult {
+  RegressionArimaFit fit;                    // the model with the effects as regressors
+  std::vector<DetectedIntervention> found;   // in order of time (the columns of the fit)
+  double critical_value = 0.0;
+  int candidates = 0;                        // tests made at each pass
+  std::vector<std::string> trail;            // what was added and dropped, in order
+};
+
+// The critical value of the standardized statistics: the two-sided normal quantile at
+// (100 - confidence)% shared out over `candidates` places (the observations tested), so
+// that false alarms stay rare whatever the length of the series; never below 3.
+double InterventionCriticalValue(double confidence_pct, int candidates);
+
+// One pass of the search: the standardized statistic of every candidate of every enabled
+// type, given the residuals of the model. Exposed for tests and the benchmark.
+struct CandidateStatistic {
+  int type = kPulse;
+  int index = 0;
+  double impact = 0.0;
+  double tau = 0.0;
+};
+std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
+                                                    const std::vector<std::vector<double>>& X,
+                                                    const RegressionArimaFit& fit, const DetectionOptions& opt);
+
+// Iterative detection starting from a fitted ARIMA of z: at each pass the candidate with
+// the largest statistic above the critical value joins the model, which is then estimated
+// again with all effects; at the end effects no longer significant together are dropped
+// one at a time. Returns the fit without effects when none is found (found empty).
+DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
+                                    const DetectionOptions& opt);
+
+// One-step prediction errors of z under the regression with ARIMA errors, sized to z (NaN
+// before the differencing has started).
+std::vector<double> RegressionInnovations(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
+                                          const RegressionArimaFit& fit);
+
+// Detection with the model's identification checked against the effects. Effects left in
+// the data mislead identification: a level shift or a local trend asks for one difference
+// more than the series needs, which then hides the effect. So besides the identified model,
+// models with fewer regular differences (orders searched again) are tried; within each,
+// the orders are searched again on the series cleansed of what was found and, when they
+// differ, detection starts over with them. The candidates are compared by a Schwarz-type
+// criterion on their one-step prediction errors over the same observations (an effect
+// counting as two parameters: its place and its size).
+DetectionResult DetectWithIdentification(const std::vector<double>& z, const ArimaFit& identified,
+                                         const DetectionOptions& opt, const SearchOptions& search);
+
+}  // namespace quorvane
