@@ -85,7 +85,7 @@ int RunAsc(const fs::path& asc, const fs::path& out) {
   } else {
     std::printf("model     %s\n", s.model.c_str());
     std::printf("forecasts %d", s.forecasts);
-    for (int h = 0; h < s.forecasts && h < 3; ++h) std::printf("%s%.4f", h ? ", " : ": ", arrays.forecast_values[h]);
+    for (int h = 0; h < s.forecasts && h < 3; ++h) std::printf("%s%.6g", h ? ", " : ": ", arrays.forecast_values[h]);
     std::printf("%s\n", s.forecasts > 3 ? ", ..." : "");
     std::printf("files     %s\n", out.c_str());
   }

@@ -25,7 +25,8 @@ inline std::string ForecastLabel(const ReportInput& in, int h) {
   return ObservationLabel(in, static_cast<int>(Problem(in).y.size()) + h);
 }
 
-inline bool IsMissing(double v) { return !std::isfinite(v) || std::fabs(v) >= kMissingValue * 0.999; }
+// The engine's mark for "no value" (and anything that is not a number).
+inline bool IsMissing(double v) { return std::isnan(v) || v == kMissingValue; }
 
 inline const char* InterventionName(int type) {
   switch (type) {

@@ -1,5 +1,6 @@
 // The text reports, the tables and the writing of all per-dataset files.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "engine/forecast_file.h"
@@ -16,6 +17,11 @@ using namespace report;
 std::string FormatNumber(double value, int decimals) {
   if (IsMissing(value)) return "";
   char buf[64];
+  // Beyond fifteen digits a fixed format only prints noise (and very wide columns).
+  if (std::fabs(value) >= 1e15) {
+    std::snprintf(buf, sizeof buf, "%.*e", std::max(decimals, 6), value);
+    return buf;
+  }
   std::snprintf(buf, sizeof buf, "%.*f", decimals, value);
   std::string s = buf;
   if (s == "-0" || s.find_first_not_of("-0.") == std::string::npos) {

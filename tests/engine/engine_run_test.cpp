@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <stdexcept>
 
 #include "engine_test_data.h"
@@ -193,6 +194,44 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_LT(details.find("significant", lag12), details.find("</tr>", lag12));
   EXPECT_NE(ReadFile(dir / "STAT.HTM").find("Identification: autocorrelations"), std::string::npos);
   EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
+}
+
+// The real core over awkward datasets: every call ends with an answer (a model or a code),
+// never a fault that escapes, and leaves no stage file behind.
+TEST(EngineRun, AwkwardDatasetsAlwaysGetAnAnswer) {
+  TempDir dir;
+  struct Case {
+    const char* what;
+    std::vector<double> y;
+    int seasonality, forecasts, retained;
+  };
+  std::vector<double> nan_inside = testdata::AirlinePassengers();
+  nan_inside[50] = std::nan("");
+  std::vector<Case> cases = {
+      {"one observation", {42}, 1, 5, 0},
+      {"two observations", {1, 2}, 12, 12, 0},
+      {"constant series", std::vector<double>(60, 7.0), 12, 12, 0},
+      {"huge values", std::vector<double>(40, 1e300), 4, 4, 0},
+      {"NaN inside", nan_inside, 12, 12, 0},
+      {"seasonality 200 on 30 values", std::vector<double>(30, 1.0), 200, 10, 0},
+      {"600 forecasts", testdata::AirlinePassengers(), 12, 600, 0},
+      {"all but one retained", {5, 6, 7, 8, 9, 10}, 1, 3, 5},
+      {"negative and zero values", {-5, 0, 3, -2, 0, 8, -1, 4, 0, 2, -3, 6}, 4, 4, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EngineArrays a = testdata::MonthlyRequest(c.y, c.forecasts, c.retained);
+    a.property_values[1] = static_cast<int16_t>(c.seasonality);
+    RunSummary s = RunRequest(a, dir.path(), &FitAndForecast);
+    EXPECT_EQ(s.error_code, a.error_code);
+    EXPECT_GE(a.error_code, 0);
+    if (a.error_code == 0) {
+      EXPECT_TRUE(std::filesystem::exists(dir / "DETAILS.HTM"));
+      EXPECT_LE(a.property_values[7], c.forecasts);
+      for (int h = 0; h < a.property_values[7]; ++h) EXPECT_FALSE(std::isnan(a.forecast_values[h])) << h;
+    }
+    EXPECT_TRUE(StageFilesIn(dir.path()).empty());
+  }
 }
 
 }  // namespace

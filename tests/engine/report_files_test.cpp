@@ -125,6 +125,7 @@ TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
   rules.save_model_file = true;
   PreparedRequest req = PrepareRequest(a, rules);
   ModelResult r = testdata::KnownResult(144, 12);
+  r.forecasts[1] = 2.5e11;  // above the missing-value mark, and still a forecast
   ReportInput in{&req, &r, "ENGINE.GO", {"NOTREND.QVX: local time trends are not incorporated."}};
   EXPECT_TRUE(WriteDatasetReports(dir.path(), in).empty());
   for (const char* name : {"DETAILS.HTM", "STAT.HTM", "EQUATION.TXT", "RHSIDE.TXT", "VERBAL.TXT",
@@ -165,6 +166,7 @@ TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
   EXPECT_EQ((*fitted)[2], "1949/2,118.000000,101.000000,1.500000,101.000000");
   auto forecast = tessaly::platform::ReadAllLines(dir / "FORECAST.CSV");
   EXPECT_EQ((*forecast)[1], "1961/1,500.000000,450.000000,550.000000");
+  EXPECT_EQ((*forecast)[2], "1961/2,250000000000.000000,451.000000,551.000000");
   auto acf = tessaly::platform::ReadAllLines(dir / "RESIDUALACF.CSV");
   EXPECT_EQ((*acf)[2], "2,-0.210000,-0.166667,0.166667");
   auto eq = tessaly::platform::ReadAllLines(dir / "EQUATION.CSV");
