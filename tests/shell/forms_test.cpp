@@ -6,12 +6,15 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
 
 #include "platform/dialogs.h"
+#include "platform/forms/qt_dialog_host.h"
 #include "shell/forms/frm_main.h"
 #include "shell/forms/frm_prefs.h"
 #include "shell/preferences.h"
@@ -147,6 +150,35 @@ TEST_F(Forms, MainWindowMenusAndRecentFiles) {
   form.findChild<QAction*>("mnuFileMRU_3")->trigger();
   frmMain::RecentFileOpener() = nullptr;
   EXPECT_EQ(opened, "/data/c.xml");
+}
+
+TEST_F(Forms, QtDialogHostMapsButtonsAndAnswers) {
+  EXPECT_EQ(platform::QtFilterFromPattern("XML files (*.xml)|*.xml"), "XML files (*.xml)");
+  EXPECT_EQ(platform::QtFilterFromPattern("HIS files (*.his)|*.his|All files|*.*"),
+            "HIS files (*.his);;All files (*.*)");
+
+  platform::QtDialogHost host;
+  QString seen_text, seen_title;
+  int buttons = 0;
+  // Answers the box as a person would: reads it, then presses "No".
+  QTimer::singleShot(50, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    seen_text = box->text();
+    seen_title = box->windowTitle();
+    buttons = box->buttons().size();
+    box->button(QMessageBox::No)->click();
+  });
+  EXPECT_EQ(host.Message("File exists.\r\nOverwrite?", platform::mb::YesNo + platform::mb::Question,
+                         "Save Project"),
+            platform::mb::No);
+  EXPECT_EQ(seen_text, "File exists.\nOverwrite?");
+  EXPECT_EQ(seen_title, "Save Project");
+  EXPECT_EQ(buttons, 2);
+
+  // Closed without a choice: Cancel where the box offers it.
+  QTimer::singleShot(50, [] { QApplication::activeModalWidget()->close(); });
+  EXPECT_EQ(host.Message("Continue?", platform::mb::YesNoCancel, "T"), platform::mb::Cancel);
 }
 
 }  // namespace
