@@ -147,7 +147,6 @@ std::vector<std::string> VerbalText(const ReportInput& in) {
   const DatasetShape& s = in.request->shape;
   std::vector<std::string> lines = Title("The model in words", p.output_name);
   lines.push_back("");
-  int used = static_cast<int>(p.y.size());
   lines.push_back("The series " + p.output_name + " holds " + std::to_string(s.observations) + " " +
                   FrequencyWord(s.seasonality) + " observations from " + ObservationLabel(in, 0) +
                   " to " + ObservationLabel(in, s.observations - 1) + ".");
@@ -215,7 +214,6 @@ std::vector<std::string> VerbalText(const ReportInput& in) {
   } else {
     lines.push_back("No forecasts were asked for.");
   }
-  (void)used;
   for (const auto& w : r.warnings) lines.push_back("Note: " + w);
   return lines;
 }
