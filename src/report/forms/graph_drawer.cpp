@@ -20,16 +20,18 @@ namespace tessaly::report {
 namespace {
 
 // Text painting needs a GUI application; a run from the command line has none, so one is
-// made on the off-screen platform and kept for the life of the process.
-void EnsureGuiApplication() {
-  if (QCoreApplication::instance()) return;
+// made on the off-screen platform and kept for the life of the process. A process that
+// made a non-GUI application can't have one: no pictures then, rather than an abort.
+bool EnsureGuiApplication() {
+  if (QCoreApplication::instance())
+    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
   static int argc = 3;
   static char arg0[] = "tessaly";
   static char arg1[] = "-platform";
   static char arg2[] = "offscreen";
   static char* argv[] = {arg0, arg1, arg2, nullptr};
   static QGuiApplication* app = new QGuiApplication(argc, argv);
-  (void)app;
+  return app != nullptr;
 }
 
 struct LineStyle {
@@ -339,7 +341,7 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
   if (plan.labels.empty() || size.width < 200 || size.height < 150) return false;
   for (const auto& line : plan.lines)
     if (line.values.size() != plan.labels.size()) return false;
-  EnsureGuiApplication();
+  if (!EnsureGuiApplication()) return false;
   // One canvas serves every picture of that size: a fresh 2 MB image per picture costs
   // more in page faults than the painting itself.
   static QImage image;
