@@ -23,15 +23,22 @@ std::vector<double> MultiplyRegression(const std::vector<double>& a, const std::
   return out;
 }
 
+// The differenced series less the fit's constant: predictions use the model as given.
+std::vector<double> Centred(std::vector<double> w, const ArimaFit& fit) {
+  if (fit.spec.constant)
+    for (double& v : w) v -= fit.mean;
+  return w;
+}
+
 }  // namespace
 
 ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, int horizon, double coverage_pct) {
   ArimaForecast out;
   if (horizon < 1 || !fit.ok) return out;
-  const std::vector<double> w = DifferenceSeries(z, fit.spec);
+  const std::vector<double> w = Centred(DifferenceSeries(z, fit.spec), fit);
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, fit.spec.constant, true);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false, true);
   const int H = horizon;
   std::vector<double> dev(H + 1, 0.0);  // 1-based forecasts of w - mean
   if (L.ok) {
@@ -76,10 +83,10 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
 std::vector<double> OneStepPredictions(const std::vector<double>& z, const ArimaFit& fit) {
   std::vector<double> pred(z.size(), std::numeric_limits<double>::quiet_NaN());
   if (!fit.ok) return pred;
-  const std::vector<double> w = DifferenceSeries(z, fit.spec);
+  const std::vector<double> w = Centred(DifferenceSeries(z, fit.spec), fit);
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, fit.spec.constant, true);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false, true);
   if (!L.ok) return pred;
   const size_t burn = z.size() - w.size();
   for (size_t t = burn; t < z.size(); ++t) pred[t] = z[t] - L.innovations[t - burn];
