@@ -37,14 +37,10 @@ table.facts td:first-child { color: #52606d; width: 260px; }
 .note { background: #fff8e6; border-left: 4px solid #e0a800; padding: 8px 12px; font-size: 13px; margin: 6px 0; }
 ol.steps li { font-size: 14px; margin: 4px 0; }
 table.facts { min-width: 640px; }
-td.barcell, th.barcell { width: 320px; padding: 0 10px; }
-.acf { position: relative; width: 320px; height: 16px; }
-.acf .zero { position: absolute; left: 160px; top: 0; bottom: 0; width: 1px; background: #7b8794; }
-.acf .limit { position: absolute; top: 0; bottom: 0; border-left: 1px dashed #d64545; }
-.acf .bar { position: absolute; top: 3px; height: 10px; background: #1f5f8b; }
-.acf .bar.out { background: #d64545; }
-.scale { position: relative; width: 320px; height: 16px; }
-.scale span { position: absolute; top: 0; font-weight: 600; }
+td.barcell, th.barcell { width: 320px; padding: 2px 10px; }
+table.bars { border-collapse: collapse; margin: 0; }
+table.bars td { padding: 0; border: 0; height: 12px; background: transparent; }
+table.bars td.tick { height: auto; font-weight: 600; }
 footer { margin-top: 30px; font-size: 11px; color: #9aa5b1; border-top: 1px solid #e4e7eb; padding-top: 8px; }
 </style>)";
 
@@ -154,6 +150,61 @@ std::string IdentificationHtml(const ReportInput& in) {
          mark(k < t.pacf.size() ? t.pacf[k] : 0.0) + "</tr>\n";
   h += "</table>\n";
   return h;
+}
+
+// The chart area of a correlation bar: 320 pixels, zero at 160, +-half at the edges.
+constexpr int kChartWidth = 320;
+constexpr int kChartZero = 160;
+
+int ChartX(double v, double half) {
+  int x = static_cast<int>(kChartZero + v / half * (kChartZero - 1) + (v < 0 ? -0.5 : 0.5));
+  return std::clamp(x, 0, kChartWidth - 1);
+}
+
+std::string ColourCell(int width, const char* colour) {
+  std::string w = std::to_string(width);
+  if (!colour) return "<td width=\"" + w + "\"></td>";
+  return std::string("<td width=\"") + w + "\" bgcolor=\"" + colour +
+         "\" style=\"background-color:" + colour + "\"></td>";
+}
+
+// One bar from zero to `v`, with the zero line and the two limits marked.
+std::string BarHtml(double v, double half, double limit) {
+  const char* kBar = "#1f5f8b";
+  const char* kBarOut = "#d64545";
+  const char* kAxis = "#52606d";
+  const char* kLimit = "#e8a0a0";
+  int from = std::min(kChartZero, ChartX(v, half)), to = std::max(kChartZero, ChartX(v, half));
+  int lo = limit > 0 ? ChartX(-limit, half) : -1, hi = limit > 0 ? ChartX(limit, half) : -1;
+  const char* bar = limit > 0 && std::fabs(v) > limit ? kBarOut : kBar;
+  auto colour_at = [&](int x) -> const char* {
+    if (x == kChartZero) return kAxis;
+    if (x >= from && x < to) return bar;
+    if (x == lo || x == hi) return kLimit;
+    return nullptr;
+  };
+  std::string cells;
+  int start = 0;
+  const char* current = colour_at(0);
+  for (int x = 1; x <= kChartWidth; ++x) {
+    const char* c = x < kChartWidth ? colour_at(x) : nullptr;
+    if (x == kChartWidth || c != current) {
+      cells += ColourCell(x - start, current);
+      start = x;
+      current = c;
+    }
+  }
+  return "<table class=\"bars\" width=\"" + std::to_string(kChartWidth) +
+         "\" cellspacing=\"0\" cellpadding=\"0\"><tr>" + cells + "</tr></table>";
+}
+
+// The scale above the bars: -half, 0, +half.
+std::string ScaleHtml(double half) {
+  std::string top = Num(half, 1);
+  return "<table class=\"bars\" width=\"" + std::to_string(kChartWidth) +
+         "\" cellspacing=\"0\" cellpadding=\"0\"><tr><td class=\"tick\" align=\"left\" width=\"33%\">-" +
+         top + "</td><td class=\"tick\" align=\"center\" width=\"34%\">0</td>"
+         "<td class=\"tick\" align=\"right\" width=\"33%\">+" + top + "</td></tr></table>";
 }
 
 }  // namespace
@@ -347,32 +398,20 @@ std::string StatHtml(const ReportInput& in) {
     h += "<p>No residual autocorrelations were computed.</p>\n";
   } else {
     double limit = r.residual_acf_limit;
-    h += "<p>The dashed lines are the limits &plusmn;" + Num(limit, 4) +
-         " (two standard errors); a lag outside them is marked.</p>\n";
-    // The bars share one scale: wide enough for the largest value and the limits.
+    h += "<p>The thin red marks are the limits &plusmn;" + Num(limit, 4) +
+         " (two standard errors); a bar beyond them is drawn in red.</p>\n";
+    // The bars share one scale: wide enough for the largest value and the limits. Each bar
+    // is a row of coloured cells, which every HTML viewer draws, the program's own included.
     double largest = 2 * limit;
     for (double v : r.residual_acf) largest = std::max(largest, std::fabs(v));
     double half = std::min(1.0, std::ceil(largest * 10.0 + 1e-9) / 10.0);
-    auto x = [&](double v) { return static_cast<int>(160.0 + v / half * 159.0 + 0.5); };
-    std::string top = Num(half, 1);
-    h += "<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th class=\"barcell\">"
-         "<div class=\"scale\"><span style=\"left:0\">-" + top +
-         "</span><span style=\"left:156px\">0</span><span style=\"right:0\">+" + top +
-         "</span></div></th><th></th></tr>\n";
+    h += "<table>\n<tr><th class=\"num\">Lag</th><th class=\"num\">ACF</th><th class=\"barcell\">" +
+         ScaleHtml(half) + "</th><th></th></tr>\n";
     for (size_t k = 0; k < r.residual_acf.size(); ++k) {
       double v = r.residual_acf[k];
       bool outside = limit > 0 && std::fabs(v) > limit;
-      int from = std::min(x(0), x(v)), to = std::max(x(0), x(v));
-      std::string chart = "<div class=\"acf\"><span class=\"zero\"></span>";
-      if (limit > 0)
-        chart += "<span class=\"limit\" style=\"left:" + std::to_string(x(-limit)) +
-                 "px\"></span><span class=\"limit\" style=\"left:" + std::to_string(x(limit)) +
-                 "px\"></span>";
-      chart += "<span class=\"bar" + std::string(outside ? " out" : "") + "\" style=\"left:" +
-               std::to_string(from) + "px;width:" + std::to_string(std::max(to - from, 1)) +
-               "px\"></span></div>";
       h += "<tr>" + Cell(std::to_string(k + 1), true) + Cell(Num(v, 4), true) +
-           "<td class=\"barcell\">" + chart + "</td>" +
+           "<td class=\"barcell\">" + BarHtml(v, half, limit) + "</td>" +
            (outside ? "<td class=\"warn\">outside the limits</td>" : "<td></td>") + "</tr>\n";
     }
     h += "</table>\n";
