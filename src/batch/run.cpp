@@ -1,5 +1,6 @@
 #include "batch/run.h"
 
+#include <algorithm>
 #include <ctime>
 #include <system_error>
 
@@ -45,10 +46,17 @@ std::string TrimmedName(std::string name) {
   return name;
 }
 
+template <typename T>
+void Reset(std::vector<T>& v) {
+  std::fill(v.begin(), v.end(), T{});
+}
+
+// The arrays of one file, filled anew in the storage of the last one: the arrays keep
+// their full bounds, and reusing them spares the run a fresh 13 MB per file.
 void FillRequest(const dataset::AscDataset& d, quorvane::EngineArrays& a) {
-  a = quorvane::EngineArrays();
   a.run_mode = quorvane::kRunModeProject;
   a.array_input = true;
+  a.work_folder.clear();
   a.objective_values = d.Objectives.Storage();
   a.property_values = d.DataProp.Storage();
   a.series_names = d.DataNames.Storage();
@@ -56,6 +64,16 @@ void FillRequest(const dataset::AscDataset& d, quorvane::EngineArrays& a) {
   a.series_data = d.DataValues.Storage();
   a.future_data = d.FutureValues.Storage();
   a.retained_data = d.RetainedValues.Storage();
+  Reset(a.integers20);
+  Reset(a.strings2250);
+  Reset(a.strings400);
+  Reset(a.forecast_values);
+  Reset(a.doubles10000a);
+  Reset(a.doubles10000b);
+  Reset(a.doubles10000c);
+  Reset(a.doubles745);
+  Reset(a.doubles20);
+  a.error_code = 0;
 }
 
 }  // namespace
@@ -181,7 +199,10 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
   // 6. The first file sets the run's measure; then the rules wizard.
   if (!run.UnivariateRun && !run.CausalRun) {
     PrepareRunKind(*project);
-    if (!wizard_->Show(run.SeriesProperties, run.UnivariateRun)) {
+    fs::path first = project->Count() ? platform::ResolveNoCase(project->InDirectory(), project->List(0))
+                                      : fs::path();
+    WizardRequest request{ProjectStem(project->BatchName()), first, run.SeriesProperties, run.UnivariateRun};
+    if (!wizard_->Show(request)) {
       run.UnivariateRun = run.CausalRun = false;
       return false;
     }
@@ -372,7 +393,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     AddGraphNodes(name, reports_->DrawGraphs(series), tree_, flags_);
   }
   // 5.17
-  wizard_->Check4Model(stem);
+  wizard_->Check4Model(stem, current_series_name);
   // 5.18 Done: saved at once, so a crash later in the run loses nothing of it.
   project.SetCompleted(i, 1);
   project.SetError(i, 0);

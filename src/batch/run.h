@@ -49,23 +49,29 @@ struct SeriesResult {
 };
 
 // The Model and Rules Wizard as the run asks it at step 6, before any file is run.
+struct WizardRequest {
+  std::string project_stem;                      // the project's name less ".xml"
+  fs::path first_asc;                            // the first file of the list
+  const dataset::clSeriesProperties& first;      // its shape
+  bool univariate = false;
+};
 class RunRulesWizard {
  public:
   virtual ~RunRulesWizard() = default;
-  // Shows the wizard for a run whose first file has `first`'s shape; it writes the rules
-  // and model files. False when the person cancelled.
-  virtual bool Show(const dataset::clSeriesProperties& first, bool univariate) = 0;
+  // Shows the wizard; it writes the rules and model files. False when the person cancelled.
+  virtual bool Show(const WizardRequest& request) = 0;
   // The objective 1 chosen in the wizard, when one was.
   virtual std::optional<int16_t> ObjectiveOne() const { return std::nullopt; }
   // After a good dataset: keeps its model when the person asked for models to be saved.
-  virtual void Check4Model(const std::string& stem) {}
+  // `model_name` is the output series' name as the engine returned it.
+  virtual void Check4Model(const std::string& stem, const std::string& model_name) {}
 };
 
 // Until the wizard is there to ask, a run takes the rules (ENGINE.GO) and the model
 // (STARTMOD.123) it finds in the program's folder; with none the engine's built-in rules hold.
 class ExistingRulesFiles : public RunRulesWizard {
  public:
-  bool Show(const dataset::clSeriesProperties&, bool) override { return true; }
+  bool Show(const WizardRequest&) override { return true; }
 };
 
 // Graphs and the page of interventions, drawn after each good dataset.

@@ -4,6 +4,7 @@
 #ifdef TESSALY_RUN_GRAPHS
 #include "report/forms/graph_drawer.h"
 #endif
+#include "report/intervent_page.h"
 #include "report/site.h"
 
 namespace tessaly::batch {
@@ -41,6 +42,15 @@ std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
   report::GraphFlags flags = report::DrawSeriesGraphs(in, report::GraphPreferences{}, s.output_path);
   return flags.drawn;
 #endif
+}
+
+void ProgramRunReports::WriteInterventPage(const SeriesResult& s, const fs::path& target) {
+  report::InterventionInput in;
+  in.integers20 = s.arrays.integers20;
+  in.doubles745 = s.arrays.doubles745;
+  in.returned_observations = s.returned.returned_data_prop.size() >= 5 ? s.returned.returned_data_prop[4] : 0;
+  in.data_observations = s.dataset.DataProp(5);
+  report::write_intervent_htm(target, in);
 }
 
 void ProgramRunReports::WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {

@@ -13,6 +13,7 @@ class ProgramRunReports : public RunReports {
  public:
   explicit ProgramRunReports(fs::path program_folder);
   std::array<bool, 9> DrawGraphs(const SeriesResult& series) override;
+  void WriteInterventPage(const SeriesResult& series, const fs::path& target) override;
   void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) override;
 
  private:

@@ -280,11 +280,15 @@ TEST_F(RunTest, ProjectLimitOf2500Files) {
 TEST_F(RunTest, WizardCancelAndAnsweringNoStopBeforeAnything) {
   WriteFile(data / "a.asc", Asc("A", 12, 30));
   struct Cancelling : RunRulesWizard {
-    bool Show(const dataset::clSeriesProperties& p, bool univariate) override {
-      seasonality = p.Seasonality();
-      was_univariate = univariate;
+    bool Show(const WizardRequest& r) override {
+      seasonality = r.first.Seasonality();
+      was_univariate = r.univariate;
+      first = r.first_asc;
+      stem = r.project_stem;
       return false;
     }
+    fs::path first;
+    std::string stem;
     int seasonality = 0;
     bool was_univariate = false;
   };
@@ -295,6 +299,8 @@ TEST_F(RunTest, WizardCancelAndAnsweringNoStopBeforeAnything) {
   EXPECT_FALSE(run->mnuBatchRun(project));
   EXPECT_EQ(wizard->seasonality, 12);
   EXPECT_TRUE(wizard->was_univariate);
+  EXPECT_EQ(wizard->first, data / "a.asc");
+  EXPECT_EQ(wizard->stem, "sample");
   EXPECT_FALSE(RunState().UnivariateRun);
   EXPECT_EQ(engine.calls, 0);
 
