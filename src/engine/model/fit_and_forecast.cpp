@@ -22,6 +22,9 @@ constexpr double kMissing = 99999999999.0;
 constexpr int kMaxForecasts = 600;
 constexpr int16_t kCodeObservations = 2180;
 constexpr int16_t kCodeCuriousValue = 2189;
+// Half the 95 % point of a chi-square with one degree of freedom.
+constexpr double kTransformGain = 1.92;
+constexpr int kMinForTransform = 30;
 
 std::string Format(const char* fmt, double v) {
   char buf[64];
@@ -352,13 +355,17 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
       if (std::isfinite(l) && l >= -1.0 && l <= 1.0 && PowerApplies(y, l)) candidates.push_back(l);
     const bool only_none =
         candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
-    if (!only_none) {
+    if (!only_none && n < kMinForTransform) {
+      r.notes.push_back({texts::kHeadTransform, "Too few observations (" + std::to_string(n) +
+                                                    ") to choose a power transform; none is used."});
+    } else if (!only_none) {
       const int D0 = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
       const int d0 = RegularDifferences(Difference(y, period, D0), 2, nullptr);
       ArimaSpec s;
       s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
       s.constant = d0 + D0 <= 1;
       double best = -std::numeric_limits<double>::infinity();
+      double ll_none = -std::numeric_limits<double>::infinity();
       std::string story;
       for (double l : candidates) {
         const std::vector<double> zl = BoxCox(y, l);
@@ -370,10 +377,18 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
         const int burn = n - f.n;
         const double ll = f.loglik - f.n * std::log(sc) + BoxCoxLogJacobian(y, l, burn);
         story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
+        if (std::fabs(l - 1.0) < 1e-12) ll_none = ll;
         if (ll > best) {
           best = ll;
           lambda = l;
         }
+      }
+      // A transform must earn its place: without a clear gain in likelihood (a
+      // likelihood-ratio test at 5 %, one degree of freedom) the series stays as it is, since
+      // a needless power bends the forecasts of a trending series.
+      if (std::isfinite(ll_none) && best - ll_none < kTransformGain) {
+        if (std::fabs(lambda - 1.0) > 1e-12) story += "gain below " + Format("%.2f", kTransformGain) + "; ";
+        lambda = 1.0;
       }
       r.notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", lambda) + "."});
     } else {
