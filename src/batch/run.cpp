@@ -253,7 +253,16 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   Remove(output_path_, CombinedForecastName(project.BatchName()));
   project.SetAllComplete(0);
 
-  // 5. The files in list order.
+  // 5. The files in list order. The run's one error handler becomes explicit outcomes:
+  //  - input past the end while counting: the line count leaves out a last line that
+  //    isn't numeric (CountAscLines);
+  //  - a tree index out of bounds: adding a node whose key is taken, or removing one that
+  //    isn't there, changes nothing and the run goes on;
+  //  - a resource in use: moving an engine file over its target is tried again;
+  //  - an overflow (a 16-bit value out of range): the file is malformed, logged as such by
+  //    the checks, counted, and the next file follows;
+  //  - any other fault of a file: "Error #", the number, ": " and the text are shown and the
+  //    run goes on with the next file.
   bool any_report = false;
   bool canceled = false;
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) {
