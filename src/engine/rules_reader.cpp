@@ -58,9 +58,9 @@ std::vector<std::string> SplitLines(std::string_view text) {
 
 // Stores one value read from a line into the rules. False when the value is not
 // acceptable for that line.
-bool Store(const RuleLineSpec& spec, std::string_view field, EngineRules& r,
+bool Store(const RuleLine& line_rule, std::string_view field, EngineRules& r,
            int& lambda_count) {
-  if (spec.kind == RV::LambdaList) {
+  if (line_rule.kind == RV::LambdaList) {
     std::vector<double> lambdas;
     for (int i = 0; i < lambda_count; ++i) {
       std::string_view f = field.size() > static_cast<size_t>(4 * i)
@@ -77,23 +77,23 @@ bool Store(const RuleLineSpec& spec, std::string_view field, EngineRules& r,
   if (!number) return false;
   double v = *number;
   bool whole = v == std::floor(v);
-  switch (spec.kind) {
+  switch (line_rule.kind) {
     case RV::Flag:
       if (v != 0.0 && v != 1.0) return false;
       break;
     case RV::Template:
     case RV::Integer:
-      if (!whole || v < spec.min || v > spec.max) return false;
+      if (!whole || v < line_rule.min || v > line_rule.max) return false;
       break;
     case RV::Real:
-      if (v < spec.min || v > spec.max) return false;
+      if (v < line_rule.min || v > line_rule.max) return false;
       break;
     default:
       return false;
   }
   bool flag = v == 1.0;
   int whole_value = static_cast<int>(v);
-  switch (spec.code) {
+  switch (line_rule.code) {
     case 2002: r.robust_acf = whole_value != 0; break;
     case 2015: r.maximum_lead = whole_value; break;
     case 2018: r.difference_inputs = flag; break;
@@ -156,8 +156,8 @@ std::optional<std::string> FindKeyed(const std::vector<std::string>& lines,
 
 }  // namespace
 
-const std::vector<RuleLineSpec>& RuleLineSpecs() {
-  static const std::vector<RuleLineSpec> specs = {
+const std::vector<RuleLine>& RuleLines() {
+  static const std::vector<RuleLine> lines_in_order = {
       {2002, "", "USE ROBUST AUTOCORRELATION FUNCTION", RV::Template, 0, 9999},
       {2015, "MAXIMUM LEAD", "MAXIMUM LEAD FOR SERIES NAMED MOVE+", RV::Integer, 0, 6},
       {2018, "DIFFERENCE", "USE DIFF FACTORS FROM ARIMA IN TF MODEL", RV::Flag},
@@ -207,13 +207,13 @@ const std::vector<RuleLineSpec>& RuleLineSpecs() {
       {2112, "STORE", "STORE  MODEL FORM (YES/NO)", RV::Flag},
       {2121, "", "PRINT EXCEPTION REPORT", RV::Template, 0, 9999},
   };
-  return specs;
+  return lines_in_order;
 }
 
 std::string RulesErrorText(int code) {
-  for (const auto& spec : RuleLineSpecs()) {
-    if (spec.code != code) continue;
-    std::string text = std::string(" ERR READ ENGINE.QVX ") + spec.label;
+  for (const auto& line_rule : RuleLines()) {
+    if (line_rule.code != code) continue;
+    std::string text = std::string(" ERR READ ENGINE.QVX ") + line_rule.label;
     if (code != 2121) text += " ADVISE QVX";
     return text;
   }
@@ -227,19 +227,19 @@ RulesReadResult ParseRulesText(std::string_view text) {
   std::vector<std::string> lines = SplitLines(text);
   int lambda_count = 1;
   size_t index = 0;
-  for (const auto& spec : RuleLineSpecs()) {
+  for (const auto& line_rule : RuleLines()) {
     if (index >= lines.size()) {
-      result.error_code = static_cast<int16_t>(spec.code);
+      result.error_code = static_cast<int16_t>(line_rule.code);
       return result;
     }
     const std::string& line = lines[index++];
-    if (spec.kind == RV::Spacer) continue;
+    if (line_rule.kind == RV::Spacer) continue;
     size_t bar = line.find('|');
     bool ok = bar != std::string::npos;
-    if (ok && spec.key[0] != '\0') ok = line.substr(0, bar).find(spec.key) != std::string::npos;
-    if (ok) ok = Store(spec, std::string_view(line).substr(bar + 1), r, lambda_count);
+    if (ok && line_rule.key[0] != '\0') ok = line.substr(0, bar).find(line_rule.key) != std::string::npos;
+    if (ok) ok = Store(line_rule, std::string_view(line).substr(bar + 1), r, lambda_count);
     if (!ok) {
-      result.error_code = static_cast<int16_t>(spec.code);
+      result.error_code = static_cast<int16_t>(line_rule.code);
       return result;
     }
   }

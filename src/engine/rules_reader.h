@@ -29,7 +29,7 @@ enum class RuleValue {
   LambdaList,  // ten fields of four characters
 };
 
-struct RuleLineSpec {
+struct RuleLine {
   int code;             // error code when the line cannot be read
   const char* key;      // text the label must hold ("" for lines without a key)
   const char* label;    // the option's name as the engine's messages give it
@@ -38,7 +38,7 @@ struct RuleLineSpec {
 };
 
 // The lines of the rules file in the engine's reading order.
-const std::vector<RuleLineSpec>& RuleLineSpecs();
+const std::vector<RuleLine>& RuleLines();
 
 // The message text of a rules-reading code: " ERR READ ENGINE.QVX <option> ADVISE QVX".
 // Empty for a code that is not one of the rules lines.

@@ -81,20 +81,20 @@ TEST(RulesReader, ShippedFileKeepsTheLayoutTheFrontEndSearches) {
   size_t lines = 0;
   for (size_t pos = 0; (pos = text.find('\n', pos)) != std::string::npos; ++pos, ++lines)
     ASSERT_EQ(text[pos - 1], '\r') << "line " << lines + 1;
-  EXPECT_EQ(lines, RuleLineSpecs().size() + 3);
+  EXPECT_EQ(lines, RuleLines().size() + 3);
 
   // Each key's first occurrence lies on its own line, and no label holds a bar early.
   auto line_of = [&](size_t offset) { return std::count(text.begin(), text.begin() + offset, '\n'); };
   long index = 0;
-  for (const auto& spec : RuleLineSpecs()) {
-    if (spec.key[0] != '\0') {
-      size_t at = text.find(spec.key);
-      ASSERT_NE(at, std::string::npos) << spec.key;
-      EXPECT_EQ(line_of(at), index) << spec.key;
+  for (const auto& line_rule : RuleLines()) {
+    if (line_rule.key[0] != '\0') {
+      size_t at = text.find(line_rule.key);
+      ASSERT_NE(at, std::string::npos) << line_rule.key;
+      EXPECT_EQ(line_of(at), index) << line_rule.key;
       size_t bar = text.find('|', at);
       size_t cr = text.find('\r', bar);
       std::string value = text.substr(bar + 1, cr - bar - 1);
-      EXPECT_EQ(value.size(), spec.code == 2052 ? 40u : 4u) << spec.key;
+      EXPECT_EQ(value.size(), line_rule.code == 2052 ? 40u : 4u) << line_rule.key;
     }
     ++index;
   }
