@@ -19,6 +19,15 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
                         std::vector<SearchStep>* trail) {
   const bool seasonal = period > 1;
   const bool constant_ok = o.allow_constant && d + D <= 1;
+  // Seasonal orders need the cycles to estimate them: at least three per order after
+  // differencing, or a second seasonal lag is fitted to a handful of values.
+  SearchOptions limits = o;
+  if (seasonal) {
+    const int usable = static_cast<int>(z.size()) - d - D * period;
+    const int cap = std::max(0, usable / (3 * period));
+    limits.max_P = std::min(o.max_P, cap);
+    limits.max_Q = std::min(o.max_Q, cap);
+  }
   using Key = std::tuple<int, int, int, int, bool>;
   std::map<Key, ArimaFit> tried;
   ArimaFit best;
@@ -29,8 +38,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
   quick.polish = false;
   auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
     if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
-    if (p > o.max_p || q > o.max_q || P > o.max_P || Q > o.max_Q) return false;
-    if (p + q + P + Q > o.max_order) return false;
+    if (p > limits.max_p || q > limits.max_q || P > limits.max_P || Q > limits.max_Q) return false;
+    if (p + q + P + Q > limits.max_order) return false;
     if (!seasonal && (P || Q)) return false;
     if (c && !constant_ok) return false;
     const Key key{p, q, P, Q, c};

@@ -23,7 +23,8 @@ struct SearchStep {
   bool usable = false;        // fitted, and no root near the unit circle
 };
 
-// The best model, ok false when no candidate could be fitted.
+// The best model, ok false when no candidate could be fitted. Seasonal orders are capped at
+// a third of the cycles left after differencing.
 ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& options,
                         std::vector<SearchStep>* trail);
 
