@@ -192,6 +192,16 @@ void FillResponse(const PreparedRequest& req, const ModelResult& r, EngineArrays
   };
   per_observation(r.fitted, out.doubles10000a, false);
   per_observation(r.residuals, out.doubles10000b, false);
+  // The model has no fit before its first fitted point: the leading observations left out
+  // and those that start the differencing, which the core may hand back as their actuals
+  // with a zero residual.
+  const int no_fit = std::min(n, std::max(0, r.leading_left_out) + r.d + r.D * std::max(1, r.period));
+  for (int t = 0; t < no_fit && t < kDoubles10000; ++t) {
+    if (out.doubles10000b[t] == 0.0 || out.doubles10000b[t] == kMissingValue) {
+      out.doubles10000a[t] = kMissingValue;
+      out.doubles10000b[t] = kMissingValue;
+    }
+  }
   per_observation(r.cleansed, out.doubles10000c, true);
 
   // Interventions; the observation is counted from the first modelled observation, as

@@ -1,5 +1,6 @@
 #include "engine/rules_reader.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -141,6 +142,39 @@ bool Store(const RuleLine& line_rule, std::string_view field, EngineRules& r,
   return true;
 }
 
+// The page of the rules editor that a line belongs to, by the code of the flag that switches
+// the page on (0: a line of no such page). The editor writes only the flag of a page that is
+// switched off, leaving that page's values as they were or empty.
+int PageFlagOf(int code) {
+  switch (code) {
+    case 2024: case 2025: case 2026: case 2027: case 2028: case 2030: case 2031: case 2035:
+    case 2037: case 2038: case 2039: case 2041: case 2042: case 2043: case 2044: case 2047:
+    case 2053: case 2054: case 2055: case 2056: case 2057:
+      return 2020;
+    case 2060: case 2061: case 2062: case 2063: case 2064: case 2065:
+      return 2058;
+    case 2067: case 2068:
+      return 2066;
+    default:
+      return 0;
+  }
+}
+
+bool Blank(std::string_view s) {
+  for (char c : s)
+    if (!std::isspace(static_cast<unsigned char>(c))) return false;
+  return true;
+}
+
+// The value (after the bar) of line `index` of the built-in rules, which follow the same order.
+std::string_view BuiltinValue(size_t index) {
+  static const std::vector<std::string> lines = SplitLines(BuiltinRulesText());
+  if (index >= lines.size()) return {};
+  std::string_view line = lines[index];
+  size_t bar = line.find('|');
+  return bar == std::string_view::npos ? std::string_view{} : line.substr(bar + 1);
+}
+
 // The value of the first line that holds `key` before its bar; nullopt when none does.
 std::optional<std::string> FindKeyed(const std::vector<std::string>& lines,
                                      std::string_view key) {
@@ -227,6 +261,7 @@ RulesReadResult ParseRulesText(std::string_view text) {
   std::vector<std::string> lines = SplitLines(text);
   int lambda_count = 1;
   size_t index = 0;
+  std::vector<int> pages_off;  // codes of the page flags read as 0
   for (const auto& line_rule : RuleLines()) {
     if (index >= lines.size()) {
       result.error_code = static_cast<int16_t>(line_rule.code);
@@ -237,7 +272,18 @@ RulesReadResult ParseRulesText(std::string_view text) {
     size_t bar = line.find('|');
     bool ok = bar != std::string::npos;
     if (ok && line_rule.key[0] != '\0') ok = line.substr(0, bar).find(line_rule.key) != std::string::npos;
-    if (ok) ok = Store(line_rule, std::string_view(line).substr(bar + 1), r, lambda_count);
+    if (ok) {
+      std::string_view value = std::string_view(line).substr(bar + 1);
+      int page = PageFlagOf(line_rule.code);
+      bool page_off = page != 0 && std::find(pages_off.begin(), pages_off.end(), page) != pages_off.end();
+      // A value left empty on a page that is switched off takes the built-in rules' value.
+      if (page_off && Blank(value)) value = BuiltinValue(index - 1);
+      ok = Store(line_rule, value, r, lambda_count);
+      if (ok && (line_rule.code == 2020 || line_rule.code == 2058 || line_rule.code == 2066)) {
+        auto flag = ParseNumber(value);
+        if (flag && *flag == 0.0) pages_off.push_back(line_rule.code);
+      }
+    }
     if (!ok) {
       result.error_code = static_cast<int16_t>(line_rule.code);
       return result;

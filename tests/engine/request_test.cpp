@@ -132,6 +132,30 @@ TEST(Response, ArraysFilledFromAKnownModel) {
   EXPECT_EQ(out.strings2250[0], "A test warning.");
 }
 
+TEST(Response, NoFitWhereTheDifferencingStarts) {
+  // A core that hands back the actuals (and zero residuals) for the observations that start
+  // a (1 - B)(1 - B**12) differencing: those become the missing value, the rest stand.
+  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ModelResult r = KnownResult(144, 12);
+  r.d = 1;
+  r.D = 1;
+  r.period = 12;
+  for (int t = 0; t < 144; ++t) {
+    r.fitted[t] = t < 13 ? AirlinePassengers()[t] : AirlinePassengers()[t] - 2.0;
+    r.residuals[t] = t < 13 ? 0.0 : 2.0;
+  }
+  r.residuals[20] = 0.0;  // an exact fit later on is a fit
+  FillResponse(req, r, a);
+  for (int t = 0; t < 13; ++t) {
+    EXPECT_EQ(a.doubles10000a[t], kMissingValue) << t;
+    EXPECT_EQ(a.doubles10000b[t], kMissingValue) << t;
+  }
+  EXPECT_EQ(a.doubles10000a[13], AirlinePassengers()[13] - 2.0);
+  EXPECT_EQ(a.doubles10000b[13], 2.0);
+  EXPECT_EQ(a.doubles10000b[20], 0.0);
+}
+
 TEST(Response, DroppedInputsLeaveTheOutputLast) {
   EngineArrays a = testdata::CausalRequest(40, 12, 12);
   PreparedRequest req = PrepareRequest(a, EngineRules{});

@@ -173,6 +173,48 @@ TEST(RulesReader, ValuesAsTheWizardWritesThem) {
   EXPECT_EQ(read.rules.lambdas, std::vector<double>{1.0});
 }
 
+TEST(RulesReader, EmptyValuesOfASwitchedOffPageTakeTheDefaults) {
+  // The editor writes only the flag of a page that is switched off.
+  std::string text = ShippedRules();
+  text = WithValue(text, "MODEL ESTIMATION", "   0");
+  text = WithValue(text, "SQUARES", "    ");
+  text = WithValue(text, "ITERATIONS", "");
+  text = WithValue(text, "LEVEL FOR NECESSITY", "    ");
+  text = WithValue(text, "TO BE IDENTIFIED", " 7");  // a value left as it was stands
+  text = WithValue(text, "CONSTANCY TEST", "");
+  text = WithValue(text, "MODEL FORECASTING", "   0");
+  text = WithValue(text, "VALUES TO COMPUTE", "    ");
+  text = WithValue(text, "FOR THE FORECASTS", "");
+  text = WithValue(text, "SIMULATION ENABLED", "   0");
+  text = WithValue(text, "NOISE SERIES", "    ");
+  text = WithValue(text, "SEED VALUE", "");
+  RulesReadResult read = ParseRulesText(text);
+  ASSERT_EQ(read.error_code, 0);
+  const EngineRules& r = read.rules;
+  EXPECT_FALSE(r.estimation_enabled);
+  EXPECT_DOUBLE_EQ(r.sse_change_pct, 0.1);
+  EXPECT_EQ(r.max_iterations, 20);
+  EXPECT_DOUBLE_EQ(r.necessity_level, 90.0);
+  EXPECT_EQ(r.max_outliers, 7);
+  EXPECT_DOUBLE_EQ(r.constancy_level, 99.0);
+  EXPECT_FALSE(r.forecasting_enabled);
+  EXPECT_EQ(r.forecasts, 12);
+  EXPECT_DOUBLE_EQ(r.forecast_confidence, 95.0);
+  EXPECT_FALSE(r.simulation);
+  EXPECT_DOUBLE_EQ(r.noise_variance, 1.0);
+  EXPECT_EQ(r.seed, 0);
+
+  // On a page that is switched on, an empty value is still refused with its line's code,
+  // and so is an unreadable (not empty) value on a page that is off.
+  EXPECT_EQ(ParseRulesText(WithValue(ShippedRules(), "SQUARES", "    ")).error_code, 2024);
+  EXPECT_EQ(ParseRulesText(WithValue(ShippedRules(), "VALUES TO COMPUTE", "")).error_code, 2060);
+  std::string off = WithValue(ShippedRules(), "SIMULATION ENABLED", "   0");
+  EXPECT_EQ(ParseRulesText(WithValue(off, "SEED VALUE", " abc")).error_code, 2068);
+  // Lines outside the pages (the lead, the lambda list) never take a default.
+  std::string est_off = WithValue(ShippedRules(), "MODEL ESTIMATION", "   0");
+  EXPECT_EQ(ParseRulesText(WithValue(est_off, "CONSTRAIN", "    ")).error_code, 2029);
+}
+
 TEST(RulesReader, EngineGoOrTheBuiltInRules) {
   TempDir dir;
   // No ENGINE.GO: the built-in rules, which are the shipped file byte for byte.
