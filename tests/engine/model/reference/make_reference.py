@@ -102,7 +102,7 @@ def best_fit(model, w):
         with warnings.catch_warnings():
             warnings.simplefilter("ignore")
             try:
-                res = model.fit(start_params=start, method_kwargs={"maxiter": 2000})
+                res = model.fit(start_params=start, cov_type="approx", method_kwargs={"maxiter": 2000})
             except Exception:
                 continue
         roots = np.concatenate([np.atleast_1d(res.arroots), np.atleast_1d(res.maroots)]) \
@@ -154,22 +154,23 @@ def main():
                       trend="c" if constant else "n")
         res = best_fit(model, w)
         names = model.param_names
-        coefs = []
-        for n, v in zip(names, res.params):
+        coefs, errors = [], []
+        for n, v, se in zip(names, res.params, res.bse):
             if n == "sigma2":
                 continue
             key = {"const": "constant"}.get(n, n)
             # statsmodels names: ar.L1, ma.L1, ar.S.L12, ma.S.L12
             key = key.replace("ar.S.L", "sar").replace("ma.S.L", "sma").replace("ar.L", "ar").replace("ma.L", "ma")
             coefs.append("%s=%.8f" % (key, v))
+            errors.append("%s=%.8f" % (key, se))
         rows.append([name, series, transform, p, d, q, P, D, Q, s, int(constant), "%.6f" % res.llf,
-                     ";".join(coefs)])
+                     ";".join(coefs), ";".join(errors)])
         print(name, "%.4f" % res.llf, ";".join(coefs))
     write_statistics()
     with open(os.path.join(HERE, "expected.csv"), "w", newline="") as f:
         out = csv.writer(f, lineterminator="\n")
         out.writerow(["case", "series", "transform", "p", "d", "q", "P", "D", "Q", "s", "constant", "loglik",
-                      "coefficients"])
+                      "coefficients", "std_errors"])
         out.writerows(rows)
 
 
