@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "platform/dialogs.h"
 #include "platform/progress_wait.h"
 #include "support/program_folder.h"
@@ -120,6 +123,49 @@ TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
   std::string errors = ReadFile(program / "Process Errors.Err");
   EXPECT_EQ(errors.rfind("HELDBACK.ASC\r\n", 0), 0u) << errors;
   EXPECT_NE(ReadFile(out / "HELDBACKerr.html").find("Error Report for HELDBACK.ASC"), std::string::npos);
+}
+
+// A person who presses Cancel while the third series is in the engine.
+class CancelOnSeries : public platform::ProgressWait {
+ public:
+  explicit CancelOnSeries(int number) : number_(number) {}
+  void Wait(platform::WaitedWork& work) override {
+    if (work.SeriesNumber() == number_) work.Cancel();
+    while (!work.Finished()) {
+      work.Poll();
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+
+ private:
+  int number_;
+};
+
+TEST_F(UnattendedRunTest, CancelDuringTheThirdSeriesKeepsWhatWasDone) {
+  cBatchFile p(program.path());
+  p.SetInDirectory(work.path().string());
+  p.SetOutDirectory(work.path().string());
+  for (const char* f : {"AIRLINE.ASC", "ELNINO.ASC", "AIRLINE.ASC", "ELNINO.ASC"}) p.Add_File(f, 0, 0, "00/00/00");
+  p.SetRunDate(3, "07/04/25");
+  ASSERT_TRUE(p.Build(work / "cancel.xml"));
+  platform::SetProgressWait(std::make_shared<CancelOnSeries>(3));
+  int status = Run("cancel.xml");
+  platform::SetProgressWait(nullptr);
+  ASSERT_EQ(status, 0);
+
+  cBatchFile saved(program.path());
+  ASSERT_TRUE(saved.Load(work / "cancel.xml"));
+  EXPECT_EQ(saved.Completed(0), 1);
+  EXPECT_EQ(saved.Completed(1), 1);
+  EXPECT_EQ(saved.Completed(2), -1);
+  EXPECT_EQ(saved.Completed(3), 0);
+  EXPECT_EQ(saved.RunDate(3), "07/04/25");
+  EXPECT_EQ(saved.AllComplete(), -1);
+  const auto* canceled = Shown("Operation Canceled by user");
+  ASSERT_NE(canceled, nullptr);
+  EXPECT_EQ(canceled->title, "Tessaly RunEngine Call");
+  EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
+  EXPECT_FALSE(RunState().UnivariateRun);
 }
 
 // The program itself, as a person runs it: `tessaly PROJECT.xml` with no window.
