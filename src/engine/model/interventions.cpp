@@ -11,6 +11,8 @@
 
 #include "engine/model/arma.h"
 #include "engine/model/forecast.h"
+#include "engine/model/series_stats.h"
+#include "engine/model/unit_root.h"
 
 namespace quorvane {
 
@@ -65,6 +67,7 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
 struct GlsOutcome {
   bool ok = false;
   std::vector<double> beta, se;
+  double ssr = 0.0;   // whitened residual sum of squares
 };
 
 // beta of w = Xw beta (+ mean) + ARMA noise. The mean column, when asked for, is estimated
@@ -96,7 +99,8 @@ GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<doubl
   const Eigen::VectorXd b = qr.solve(ws);
   if (!b.allFinite()) return out;
   const Eigen::VectorXd r = ws - A * b;
-  const double s2 = r.squaredNorm() / std::max(1, m - cols);
+  out.ssr = r.squaredNorm();
+  const double s2 = out.ssr / std::max(1, m - cols);
   const Eigen::MatrixXd cov = s2 * (A.transpose() * A).inverse();
   out.beta.resize(k);
   out.se.resize(k);
@@ -158,10 +162,92 @@ double Median(std::vector<double> v) {
   return m;
 }
 
+std::string Place(int type, int index) {
+  return InterventionTypeName(type) + " at observation " + std::to_string(index + 1);
+}
+
 std::string Label(int type, int index, double t) {
-  char buf[96];
-  std::snprintf(buf, sizeof buf, "%s at observation %d (t %.2f)", InterventionTypeName(type).c_str(), index + 1, t);
-  return buf;
+  char buf[32];
+  std::snprintf(buf, sizeof buf, " (t %.2f)", t);
+  return Place(type, index) + buf;
+}
+
+// Places are settled together: an effect taken first can sit a little off its true place
+// while a later one makes up the difference (a trend begun early, then a step down). Each
+// effect may move by up to three observations, or change its type there, when that lowers
+// the residual sum of squares with the others and the ARMA coefficients held. True when
+// something moved.
+bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const ArmaCoefficients& coef,
+                  const DetectionOptions& opt, std::vector<DetectedIntervention>& found,
+                  std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
+  const int n = static_cast<int>(z.size());
+  std::vector<double> phi, theta;
+  ExpandArma(coef, phi, theta);
+  Eigen::VectorXd ws;
+  if (!Whiten(DifferenceSeries(z, spec), phi, theta, ws)) return false;
+  const int m = static_cast<int>(ws.size());
+  const int k = static_cast<int>(X.size());
+  const int cols = k + (spec.constant ? 1 : 0);
+  if (k == 0 || m <= cols + 1) return false;
+  Eigen::MatrixXd A(m, cols);
+  Eigen::VectorXd col;
+  for (int j = 0; j < k; ++j) {
+    if (!Whiten(DifferenceSeries(X[j], spec), phi, theta, col)) return false;
+    A.col(j) = col;
+  }
+  if (spec.constant) {
+    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return false;
+    A.col(k) = col;
+  }
+  auto ssr = [&](const Eigen::MatrixXd& M) {
+    const Eigen::MatrixXd G = M.transpose() * M;
+    Eigen::LDLT<Eigen::MatrixXd> ldlt(G);
+    if (ldlt.info() != Eigen::Success || !(ldlt.vectorD().minCoeff() > 1e-10 * G.diagonal().maxCoeff()))
+      return std::numeric_limits<double>::infinity();
+    const Eigen::VectorXd b = ldlt.solve(M.transpose() * ws);
+    return (ws - M * b).squaredNorm();
+  };
+  double now = ssr(A);
+  if (!std::isfinite(now)) return false;
+  bool any = false;
+  bool moved = true;
+  for (int round = 0; round < 3 && moved; ++round) {
+    moved = false;
+    for (int j = 0; j < k; ++j) {
+      DetectedIntervention best = found[j];
+      Eigen::VectorXd best_col;
+      double best_ssr = now;
+      for (int type : EnabledTypes(opt)) {
+        const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+        for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
+          if (type == found[j].type && T == found[j].index) continue;
+          bool clash = false;
+          for (int i = 0; i < k; ++i) clash = clash || (i != j && found[i].type == type && found[i].index == T);
+          if (clash) continue;
+          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), spec), phi, theta, col))
+            continue;
+          Eigen::MatrixXd trial = A;
+          trial.col(j) = col;
+          const double v = ssr(trial);
+          if (v < best_ssr * (1.0 - 1e-9)) {
+            best_ssr = v;
+            best.type = type;
+            best.index = T;
+            best_col = col;
+          }
+        }
+      }
+      if (best_col.size() == m) {
+        trail.push_back("moved " + Place(found[j].type, found[j].index) + " to " + Place(best.type, best.index));
+        found[j] = best;
+        A.col(j) = best_col;
+        X[j] = InterventionRegressor(best.type, best.index, opt.period, n);
+        now = best_ssr;
+        moved = any = true;
+      }
+    }
+  }
+  return any;
 }
 
 }  // namespace
@@ -216,15 +302,11 @@ RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::v
   }
   arima = FitArima(RemoveRegressors(z, X, beta), spec, crit, with_errors, &coef);
   if (!arima.ok) return out;
+  // beta has settled to well within its standard error, so the noise model fitted on the
+  // last beta is kept with the standard errors from its final coefficients.
   g = Gls(w, Xw, arima.coef, spec.constant);
   if (!g.ok) return out;
-  // The noise model follows the final beta (its mean and likelihood on z - X beta).
-  const std::vector<double> u = RemoveRegressors(z, X, g.beta);
-  ConvergenceCriteria hold = crit;
-  hold.max_iterations = 0;
-  ArimaFit settled = FitArima(u, spec, hold, with_errors, &arima.coef);
-  out.arima = settled.ok ? settled : arima;
-  if (settled.ok) out.arima.converged = arima.converged;
+  out.arima = arima;
   out.beta = g.beta;
   out.beta_se = g.se;
   out.ok = true;
@@ -374,32 +456,57 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     return false;
   };
 
-  int attempts = 0;
-  while (static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count) {
-    ++attempts;
-    const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, opt);
-    const CandidateStatistic* best = nullptr;
-    for (const auto& s : stats)
-      if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
-    if (!best || std::fabs(best->tau) < C) break;
-    std::vector<std::vector<double>> X2 = X;
-    X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
-    const RegressionArimaFit next = FitRegressionArima(z, X2, spec, quick, false, &fit.arima.coef);
-    if (!next.ok) {
-      refused.push_back({best->type, best->index});
-      continue;
+  // Chen and Liu's two loops: within a round the ARMA coefficients are held and only the
+  // effects' sizes are estimated again after each addition (generalised least squares);
+  // between rounds the whole model is estimated again.
+  const std::vector<double> w = DifferenceSeries(z, spec);
+  for (int round = 0; round < 4 && static_cast<int>(found.size()) < opt.max_count; ++round) {
+    int added = 0, attempts = 0;
+    while (static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count) {
+      ++attempts;
+      const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, opt);
+      const CandidateStatistic* best = nullptr;
+      for (const auto& s : stats)
+        if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
+      if (!best || std::fabs(best->tau) < C) break;
+      std::vector<std::vector<double>> X2 = X;
+      X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
+      std::vector<std::vector<double>> Xw;
+      for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, spec));
+      const GlsOutcome g = Gls(w, Xw, fit.arima.coef, spec.constant);
+      if (!g.ok) {
+        refused.push_back({best->type, best->index});
+        continue;
+      }
+      DetectedIntervention d;
+      d.type = best->type;
+      d.index = best->index;
+      found.push_back(d);
+      res.trail.push_back("added " + Label(best->type, best->index, best->tau));
+      X = std::move(X2);
+      fit.beta = g.beta;
+      ++added;
+      if (found.size() > 1 && SettlePlaces(z, spec, fit.arima.coef, opt, found, X, res.trail)) {
+        Xw.clear();
+        for (const auto& x : X) Xw.push_back(DifferenceSeries(x, spec));
+        const GlsOutcome g2 = Gls(w, Xw, fit.arima.coef, spec.constant);
+        if (g2.ok) fit.beta = g2.beta;
+      }
     }
-    DetectedIntervention d;
-    d.type = best->type;
-    d.index = best->index;
-    found.push_back(d);
-    res.trail.push_back("added " + Label(best->type, best->index, best->tau));
-    X = std::move(X2);
+    if (added == 0) break;
+    const RegressionArimaFit next = FitRegressionArima(z, X, spec, quick, false, &fit.arima.coef);
+    if (!next.ok) {
+      res.trail.push_back("the model with the effects found could not be estimated; none are kept");
+      return res;
+    }
     fit = next;
   }
   if (found.empty()) {
     return res;
   }
+
+  if (SettlePlaces(z, spec, fit.arima.coef, opt, found, X, res.trail))
+    fit = FitRegressionArima(z, X, spec, quick, false, &fit.arima.coef);
 
   // In order of time, estimated together with standard errors; effects that are no longer
   // significant beside the others leave one at a time, the weakest first.
@@ -416,7 +523,9 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   }
   found.swap(sorted);
   X.swap(Xs);
-  RegressionArimaFit joint = FitRegressionArima(z, X, spec, opt.criteria, true, &fit.arima.coef);
+  // The t-values come from generalised least squares; the Hessian of the noise model is
+  // needed only once, for the model finally kept.
+  RegressionArimaFit joint = FitRegressionArima(z, X, spec, opt.criteria, false, &fit.arima.coef);
   while (true) {
     if (!joint.ok) {
       // Cannot happen for a set that was estimable one by one; keep the model without effects.
@@ -447,9 +556,15 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       }
       return res;
     }
-    joint = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+    joint = FitRegressionArima(z, X, spec, opt.criteria, false, &joint.arima.coef);
   }
-  res.fit = joint;
+  res.fit = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+  if (!res.fit.ok) res.fit = joint;
+  for (size_t j = 0; j < found.size() && j < res.fit.beta.size(); ++j) {
+    found[j].impact = res.fit.beta[j];
+    found[j].std_error = res.fit.beta_se[j];
+    found[j].t_value = res.fit.beta_se[j] > 0.0 ? res.fit.beta[j] / res.fit.beta_se[j] : 0.0;
+  }
   res.found = found;
   return res;
 }
@@ -555,9 +670,21 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       c.result = run(start, story);
       c.score = Score(z, c.result, opt.period, from);
       story.push_back(Describe(c.result) + ": criterion " + std::to_string(c.score));
-      // Only effects are a reason to doubt the differencing the tests chose.
-      if (!c.result.found.empty() && c.score < best.score) best = std::move(c);
+      // Only effects are a reason to doubt the differencing the tests chose, and only if the
+      // series cleansed of them passes the same test with fewer differences: a random walk
+      // is otherwise all too well described by a staircase of steps.
+      if (c.result.found.empty() || !(c.score < best.score)) continue;
+      const std::vector<double> u =
+          RemoveRegressors(z, Regressors(c.result.found, opt.period, n), c.result.fit.beta);
+      const int needed = RegularDifferences(Difference(u, base.period, base.D), base.d, nullptr);
+      story.push_back("the cleansed series asks for " + std::to_string(needed) + " regular difference(s)");
+      if (needed <= d) best = std::move(c);
     }
+  }
+  if (best.result.found.empty() && best.result.fit.arima.std_errors.empty()) {
+    const ArimaFit with_se =
+        FitArima(z, best.result.fit.arima.spec, opt.criteria, true, &best.result.fit.arima.coef);
+    if (with_se.ok) best.result.fit.arima = with_se;
   }
   for (auto& line : best.result.trail) story.push_back(line);
   best.result.trail = std::move(story);
