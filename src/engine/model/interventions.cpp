@@ -691,4 +691,66 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
   return best.result;
 }
 
+DetectionOptions DetectionOptionsFromRules(const EngineRules& rules, int period, const ConvergenceCriteria& crit) {
+  DetectionOptions opt;
+  opt.pulse = rules.include_pulse;
+  opt.level_shift = rules.include_step;
+  opt.seasonal_pulse = rules.include_seasonal_pulse;
+  opt.trend = rules.include_local_trend && !rules.no_trend;
+  opt.max_count = std::max(0, rules.max_outliers);
+  opt.confidence = rules.sufficiency_ds_level;
+  opt.period = period > 1 ? period : 1;
+  opt.criteria = crit;
+  return opt;
+}
+
+std::vector<double> InterventionEffects(const std::vector<DetectedIntervention>& found, int period, int n,
+                                        int horizon, bool last_pulse_to_step, bool pulse_to_seasonal) {
+  const int length = n + std::max(0, horizon);
+  std::vector<double> e(length, 0.0);
+  for (const auto& f : found) {
+    int type = f.type;
+    if (type == kPulse && last_pulse_to_step && f.index == n - 1) type = kLevelShift;
+    std::vector<double> x = InterventionRegressor(type, f.index, period, length);
+    if (type == kPulse && pulse_to_seasonal && period > 1 && f.index >= n - period &&
+        !(last_pulse_to_step && f.index == n - 1) && f.index != n - 1) {
+      for (int t = f.index + period; t < length; t += period) x[t] = 1.0;
+    }
+    for (int t = 0; t < length; ++t) e[t] += f.impact * x[t];
+  }
+  return e;
+}
+
+void DescribeInterventions(const std::vector<DetectedIntervention>& found, double scale, int seasonality,
+                           int begin_year, int begin_period, int df, std::vector<Intervention>& interventions,
+                           std::vector<Coefficient>& coefficients) {
+  for (const auto& f : found) {
+    Intervention iv;
+    iv.type = f.type;
+    iv.observation = f.index + 1;
+    if (seasonality <= 1) {
+      iv.major = begin_year + f.index;
+      iv.minor = 0;
+    } else {
+      const int offset = std::max(0, begin_period - 1) + f.index;
+      iv.major = begin_year + offset / seasonality;
+      iv.minor = offset % seasonality + 1;
+    }
+    iv.impact = f.impact * scale;
+    iv.t_value = f.t_value;
+    interventions.push_back(iv);
+
+    Coefficient c;
+    c.term = InterventionTypeName(f.type) + " " + std::to_string(iv.major) +
+             (seasonality > 1 ? "/" + std::to_string(iv.minor) : std::string());
+    c.kind = f.type == kLocalTrend ? "trend" : "intervention";
+    c.lag = 0;
+    c.value = f.impact * scale;
+    c.std_error = f.std_error * scale;
+    c.t_value = f.t_value;
+    c.p_value = TwoSidedTPValue(f.t_value, df);
+    coefficients.push_back(c);
+  }
+}
+
 }  // namespace quorvane

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/model.h"
 #include "engine/model/estimate.h"
 #include "engine/model/search.h"
 
@@ -115,5 +116,27 @@ std::vector<double> RegressionInnovations(const std::vector<double>& z, const st
 // counting as two parameters: its place and its size).
 DetectionResult DetectWithIdentification(const std::vector<double>& z, const ArimaFit& identified,
                                          const DetectionOptions& opt, const SearchOptions& search);
+
+// The detection switches and limits that the rules give: each type only when its rule is
+// on, no trends when NOTREND.QVX is present, the (DS) confidence level and the maximum
+// number to be identified.
+DetectionOptions DetectionOptionsFromRules(const EngineRules& rules, int period, const ConvergenceCriteria& crit);
+
+// The effects of the interventions on the model's scale, for the n observations and then
+// `horizon` forecast periods: steps and trends carry on, seasonal pulses recur, pulses do
+// not. With `last_pulse_to_step` a pulse at the last observation carries on as a step; with
+// `pulse_to_seasonal` a pulse within the last cycle recurs at its period of each later
+// cycle (the last observation's own pulse stays a pulse unless it becomes a step): an
+// earlier pulse cannot be one, as the data after it show no repeat.
+std::vector<double> InterventionEffects(const std::vector<DetectedIntervention>& found, int period, int n,
+                                        int horizon, bool last_pulse_to_step, bool pulse_to_seasonal);
+
+// The interventions as the engine returns them (1-based observations, major and minor
+// periods, impacts on the scale of the data before any power transform is undone) and as
+// coefficients named "LEVEL SHIFT 1899" or "PULSE 1949/3". `scale` is the factor the model
+// was fitted at; `df` the residual degrees of freedom for p-values.
+void DescribeInterventions(const std::vector<DetectedIntervention>& found, double scale, int seasonality,
+                           int begin_year, int begin_period, int df, std::vector<Intervention>& interventions,
+                           std::vector<Coefficient>& coefficients);
 
 }  // namespace quorvane

@@ -58,6 +58,49 @@ TEST(InterventionRegressor, ShapesAndWhatCarriesIntoTheForecasts) {
   EXPECT_EQ(InterventionTypeName(kSeasonalPulse), "SEASONAL PULSE");
 }
 
+TEST(InterventionEffects, StepsCarryOnPulsesDoNotAndTheConversions) {
+  // 8 observations of a quarterly series, 4 forecasts.
+  const std::vector<DetectedIntervention> found = {{kPulse, 1, 10.0}, {kLevelShift, 3, -2.0}, {kPulse, 7, 5.0}};
+  const std::vector<double> plain = InterventionEffects(found, 4, 8, 4, false, false);
+  EXPECT_EQ(plain, (std::vector<double>{0, 10, 0, -2, -2, -2, -2, 3, -2, -2, -2, -2}));
+  // The pulse at the last observation carries on as a step.
+  const std::vector<double> step = InterventionEffects(found, 4, 8, 4, true, false);
+  EXPECT_EQ(step, (std::vector<double>{0, 10, 0, -2, -2, -2, -2, 3, 3, 3, 3, 3}));
+  // A pulse within the last cycle recurs a cycle later; the one of the second observation
+  // had its chance to recur in the data and does not.
+  const std::vector<DetectedIntervention> late = {{kPulse, 1, 10.0}, {kPulse, 5, 4.0}};
+  const std::vector<double> seasonal = InterventionEffects(late, 4, 8, 6, false, true);
+  EXPECT_EQ(seasonal, (std::vector<double>{0, 10, 0, 0, 0, 4, 0, 0, 0, 4, 0, 0, 0, 4}));
+}
+
+TEST(DescribeInterventions, PeriodsNamesAndTheScaleOfTheData) {
+  std::vector<Intervention> ivs;
+  std::vector<Coefficient> cs;
+  DetectedIntervention ls{kLevelShift, 28, -0.25, 0.03, -8.3};
+  DescribeInterventions({ls}, 1024.0, 1, 1871, 0, 98, ivs, cs);
+  ASSERT_EQ(ivs.size(), 1u);
+  EXPECT_EQ(ivs[0].type, 2);
+  EXPECT_EQ(ivs[0].observation, 29);
+  EXPECT_EQ(ivs[0].major, 1899);
+  EXPECT_EQ(ivs[0].minor, 0);
+  EXPECT_DOUBLE_EQ(ivs[0].impact, -256.0);
+  ASSERT_EQ(cs.size(), 1u);
+  EXPECT_EQ(cs[0].term, "LEVEL SHIFT 1899");
+  EXPECT_EQ(cs[0].kind, "intervention");
+  EXPECT_DOUBLE_EQ(cs[0].std_error, 0.03 * 1024.0);
+  EXPECT_LT(cs[0].p_value, 1e-6);
+  // Monthly from 1949/3: the 11th observation is 1950/1.
+  ivs.clear();
+  cs.clear();
+  DescribeInterventions({{kLocalTrend, 10, 1.5, 0.5, 3.0}, {kPulse, 0, 1.0, 0.2, 5.0}}, 1.0, 12, 1949, 3, 50, ivs,
+                        cs);
+  EXPECT_EQ(ivs[0].major, 1950);
+  EXPECT_EQ(ivs[0].minor, 1);
+  EXPECT_EQ(cs[0].term, "LOCAL TREND 1950/1");
+  EXPECT_EQ(cs[0].kind, "trend");
+  EXPECT_EQ(cs[1].term, "PULSE 1949/3");
+}
+
 TEST(InterventionCriticalValue, GrowsWithTheTestsAndTheConfidence) {
   const double c100 = InterventionCriticalValue(90.0, 100);
   EXPECT_NEAR(c100, 3.29, 0.01);  // two-sided normal at 0.10 / 100
