@@ -144,7 +144,13 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     if (objective == 99 || objective == 97) request.problem.objective = 0;
     if (objective == 97) request.problem.horizon = 0;
     // The horizon decided here is final: the core's own fallback to the rules' count must
-    // not bring back forecasts that the request or the rules turned off.
+    // not bring back forecasts that the request or the rules turned off. The retained
+    // periods are forecast too (from the end of the estimation sample) to be compared with
+    // their actuals, even when fewer forecasts are returned.
+    const int returned_horizon = request.problem.horizon;
+    const int retained = static_cast<int>(request.problem.retained.size());
+    if (objective != 97 && request.problem.rules.forecasting_enabled && retained > returned_horizon)
+      request.problem.horizon = retained;
     request.problem.rules.forecasts = request.problem.horizon;
 
     bool cancelled = false;
@@ -165,8 +171,17 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
       return finish(result.error_code, text);
     }
 
+    std::vector<RetainedForecast> out_of_sample = CompareRetained(request.problem.retained, result);
+    if (static_cast<int>(result.forecasts.size()) > returned_horizon) {
+      result.forecasts.resize(returned_horizon);
+      if (static_cast<int>(result.lower.size()) > returned_horizon) result.lower.resize(returned_horizon);
+      if (static_cast<int>(result.upper.size()) > returned_horizon) result.upper.resize(returned_horizon);
+    }
+    request.problem.horizon = returned_horizon;
+    request.problem.rules.forecasts = returned_horizon;
+
     FillResponse(request, result, arrays);
-    ReportInput input{&request, &result, rules.source, notes, objective == 97};
+    ReportInput input{&request, &result, rules.source, notes, objective == 97, out_of_sample};
     std::vector<std::string> failed = WriteDatasetReports(out, input);
     AppendRunWideReports(out, input);
     ClearStages(folder);

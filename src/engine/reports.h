@@ -13,12 +13,37 @@
 
 namespace quorvane {
 
+// A forecast of a retained period beside the value held out (the forecasts start at the
+// end of the estimation sample, so forecast h is that of retained period h).
+struct RetainedForecast {
+  double actual = 0.0;
+  double forecast = 0.0;
+  double lower = 0.0;
+  double upper = 0.0;
+};
+
+// Out-of-sample accuracy over the retained periods.
+struct RetainedAccuracy {
+  int count = 0;          // retained periods with a forecast
+  int mape_count = 0;     // of those, with an actual other than zero
+  double mape = 0.0;      // mean absolute percentage error, %
+  double mae = 0.0;
+  double rmse = 0.0;
+  int within_limits = 0;  // actuals inside the forecast limits
+};
+
+// The forecasts of the retained periods beside their actuals (as many as both reach).
+std::vector<RetainedForecast> CompareRetained(const std::vector<double>& retained,
+                                              const ModelResult& result);
+RetainedAccuracy Accuracy(const std::vector<RetainedForecast>& rows);
+
 struct ReportInput {
   const PreparedRequest* request = nullptr;
   const ModelResult* result = nullptr;
   std::string rules_source;          // "ENGINE.GO" or "built-in rules"
   std::vector<std::string> notes;    // control files and the starting model, as found
   bool identification_only = false;  // objective #1 97: descriptive measures, no forecast
+  std::vector<RetainedForecast> retained;  // out-of-sample forecasts of the retained periods
 };
 
 // Descriptive measures of the output series for identification: the series after the
@@ -51,8 +76,9 @@ std::vector<std::string> WriteDatasetReports(const std::filesystem::path& folder
                                              const ReportInput& in);
 
 // Appends this dataset's lines to the run-wide files that have content for it
-// (PULSERPT.CSV, LEVELRPT.CSV, TRENDRPT.CSV, EARLYSIG.CSV), writing a header line into
-// a file that is created.
+// (PULSERPT.CSV, LEVELRPT.CSV, TRENDRPT.CSV, EARLYSIG.CSV; with retained values
+// MAPECOMP.CSV and FORE-MON.CSV), writing a header line into a file that is created, and
+// brings SUMMAPE.TXT up to date: one line per dataset and the sum over all of them.
 void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput& in);
 
 // Observations at the end of the series where an intervention counts as an early signal.

@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <sstream>
 
 #include "engine/forecast_file.h"
 #include "engine/model_file.h"
@@ -96,6 +99,70 @@ void AppendRows(const std::filesystem::path& folder, const char* name, const cha
   if (created) out.Line(header);
   for (const auto& row : rows) out.Line(row);
   out.Close();
+}
+
+// SUMMAPE.TXT: a title, one line per dataset (series, retained periods, in-sample and
+// out-of-sample MAPE) and, last, the sum over the datasets so far, which each dataset
+// rewrites: the mean of the out-of-sample MAPEs and the MAPE over all retained periods.
+constexpr const char* kSumMapeTitle = "Out-of-sample accuracy over the retained values";
+constexpr const char* kSumMapeTotal = "ALL SERIES";
+
+// The periods and the out-of-sample MAPE of a dataset line of SUMMAPE.TXT: its last three
+// fields are numbers.
+std::optional<std::pair<int, double>> SumMapeFigures(const std::string& line) {
+  std::istringstream in(line);
+  std::vector<std::string> fields;
+  for (std::string f; in >> f;) fields.push_back(f);
+  if (fields.size() < 4) return std::nullopt;
+  double values[3];
+  for (int i = 0; i < 3; ++i) {
+    const std::string& f = fields[fields.size() - 3 + i];
+    char* end = nullptr;
+    values[i] = std::strtod(f.c_str(), &end);
+    if (end != f.c_str() + f.size()) return std::nullopt;
+  }
+  return std::make_pair(static_cast<int>(values[0]), values[2]);
+}
+
+void UpdateSummaryMape(const std::filesystem::path& folder, const std::string& series,
+                       double in_sample_mape, const RetainedAccuracy& a) {
+  namespace tp = tessaly::platform;
+  const std::vector<int> widths = {24, 10, 18, 18};
+  auto path = tp::ResolveNoCase(folder, "SUMMAPE.TXT");
+  std::vector<std::string> rows;
+  if (std::filesystem::exists(path)) {
+    if (auto old = tp::ReadAllLines(path)) {
+      for (const auto& line : *old) {
+        // Dataset lines: a name, then three numbers; the title, heads, rules and the
+        // total line are written again below.
+        if (line.rfind(kSumMapeTotal, 0) == 0 || !SumMapeFigures(line)) continue;
+        rows.push_back(line);
+      }
+    }
+  }
+  rows.push_back(Row({series, std::to_string(a.mape_count), FormatNumber(in_sample_mape, 4),
+                      FormatNumber(a.mape, 4)},
+                     widths));
+  double sum_mape = 0.0, weighted = 0.0;
+  int datasets = 0, periods = 0;
+  for (const auto& line : rows) {
+    const auto [n, mape] = *SumMapeFigures(line);
+    ++datasets;
+    sum_mape += mape;
+    periods += n;
+    weighted += n * mape;
+  }
+  std::vector<std::string> lines = {kSumMapeTitle, ""};
+  lines.push_back(Row({"SERIES", "PERIODS", "IN-SAMPLE MAPE", "OUT-SAMPLE MAPE"}, widths));
+  lines.push_back(Rule(70));
+  lines.insert(lines.end(), rows.begin(), rows.end());
+  lines.push_back(Rule(70));
+  lines.push_back(Row({kSumMapeTotal, std::to_string(periods), "",
+                       FormatNumber(periods > 0 ? weighted / periods : 0.0, 4)},
+                      widths));
+  lines.push_back("Mean of the " + std::to_string(datasets) + " series' out-of-sample MAPEs: " +
+                  FormatNumber(datasets > 0 ? sum_mape / datasets : 0.0, 4) + " %.");
+  tp::WriteAllLines(path, lines);
 }
 
 }  // namespace
@@ -237,7 +304,74 @@ std::vector<std::string> OutcastText(const ReportInput& in) {
                         widths));
   if (r.forecasts.empty()) lines.push_back("(no forecasts were asked for)");
   lines.push_back(Rule(64));
+
+  if (!p.retained.empty()) {
+    lines.push_back("");
+    lines.push_back("Out-of-sample forecasts of the " + std::to_string(p.retained.size()) +
+                    " retained value(s), not used in estimation");
+    lines.push_back("");
+    if (in.retained.empty()) {
+      lines.push_back("(no forecasts of the retained periods: forecasting is off)");
+      return lines;
+    }
+    const std::vector<int> w = {10, 16, 16, 16, 12, 8};
+    lines.push_back(Row({"PERIOD", "ACTUAL", "FORECAST", "ERROR", "% ERROR", "LIMITS"}, w));
+    lines.push_back(Rule(78));
+    for (size_t h = 0; h < in.retained.size(); ++h) {
+      const RetainedForecast& f = in.retained[h];
+      const double error = f.actual - f.forecast;
+      const bool inside = f.actual >= f.lower && f.actual <= f.upper;
+      lines.push_back(Row({ForecastLabel(in, static_cast<int>(h)), FormatNumber(f.actual, 4),
+                           FormatNumber(f.forecast, 4), FormatNumber(error, 4),
+                           f.actual != 0.0 ? FormatNumber(100.0 * error / f.actual, 2) : "",
+                           inside ? "inside" : "OUTSIDE"},
+                          w));
+    }
+    lines.push_back(Rule(78));
+    const RetainedAccuracy a = Accuracy(in.retained);
+    lines.push_back("Out-of-sample MAPE " + FormatNumber(a.mape, 3) + " % over " +
+                    std::to_string(a.mape_count) + " period(s); MAE " + FormatNumber(a.mae, 4) +
+                    "; RMSE " + FormatNumber(a.rmse, 4) + "; " + std::to_string(a.within_limits) +
+                    " of " + std::to_string(a.count) + " actual(s) inside the limits. In-sample MAPE " +
+                    FormatNumber(r.mape, 3) + " %.");
+  }
   return lines;
+}
+
+std::vector<RetainedForecast> CompareRetained(const std::vector<double>& retained,
+                                              const ModelResult& r) {
+  std::vector<RetainedForecast> rows;
+  for (size_t h = 0; h < retained.size() && h < r.forecasts.size(); ++h) {
+    RetainedForecast f;
+    f.actual = retained[h];
+    f.forecast = r.forecasts[h];
+    f.lower = h < r.lower.size() ? r.lower[h] : f.forecast;
+    f.upper = h < r.upper.size() ? r.upper[h] : f.forecast;
+    rows.push_back(f);
+  }
+  return rows;
+}
+
+RetainedAccuracy Accuracy(const std::vector<RetainedForecast>& rows) {
+  RetainedAccuracy a;
+  double ape = 0.0, abs_error = 0.0, squares = 0.0;
+  for (const auto& f : rows) {
+    const double e = f.actual - f.forecast;
+    ++a.count;
+    abs_error += std::fabs(e);
+    squares += e * e;
+    if (f.actual != 0.0) {
+      ape += std::fabs(e / f.actual);
+      ++a.mape_count;
+    }
+    if (f.actual >= f.lower && f.actual <= f.upper) ++a.within_limits;
+  }
+  if (a.count > 0) {
+    a.mae = abs_error / a.count;
+    a.rmse = std::sqrt(squares / a.count);
+  }
+  if (a.mape_count > 0) a.mape = 100.0 * ape / a.mape_count;
+  return a;
 }
 
 std::vector<std::string> AdjustedText(const ReportInput& in) {
@@ -345,6 +479,30 @@ void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput
   AppendRows(folder, "LEVELRPT.CSV", header, levels);
   AppendRows(folder, "TRENDRPT.CSV", header, trends);
   AppendRows(folder, "EARLYSIG.CSV", header, early);
+
+  if (in.retained.empty()) return;
+  const RetainedAccuracy a = Accuracy(in.retained);
+  AppendRows(folder, "MAPECOMP.CSV",
+             "Series,Model,Retained,In-sample MAPE,Out-of-sample MAPE,Out-of-sample MAE,"
+             "Out-of-sample RMSE,Inside limits",
+             {Csv(p.output_name) + "," + Csv(ModelName(r)) + "," + std::to_string(a.count) + "," +
+              FormatNumber(r.mape, 4) + "," + FormatNumber(a.mape, 4) + "," + FormatNumber(a.mae, 6) +
+              "," + FormatNumber(a.rmse, 6) + "," + std::to_string(a.within_limits)});
+  std::vector<std::string> monitor;
+  for (size_t h = 0; h < in.retained.size(); ++h) {
+    const RetainedForecast& f = in.retained[h];
+    const double e = f.actual - f.forecast;
+    monitor.push_back(Csv(p.output_name) + "," + ForecastLabel(in, static_cast<int>(h)) + "," +
+                      std::to_string(h + 1) + "," + FormatNumber(f.actual, 6) + "," +
+                      FormatNumber(f.forecast, 6) + "," + FormatNumber(f.lower, 6) + "," +
+                      FormatNumber(f.upper, 6) + "," + FormatNumber(e, 6) + "," +
+                      (f.actual != 0.0 ? FormatNumber(100.0 * std::fabs(e / f.actual), 4) : "") + "," +
+                      (f.actual >= f.lower && f.actual <= f.upper ? "1" : "0"));
+  }
+  AppendRows(folder, "FORE-MON.CSV",
+             "Series,Period,Lead,Actual,Forecast,Lower,Upper,Error,Absolute % error,Inside limits",
+             monitor);
+  UpdateSummaryMape(folder, p.output_name, r.mape, a);
 }
 
 }  // namespace quorvane

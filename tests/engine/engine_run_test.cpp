@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -194,6 +195,86 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_LT(details.find("significant", lag12), details.find("</tr>", lag12));
   EXPECT_NE(ReadFile(dir / "STAT.HTM").find("Identification: autocorrelations"), std::string::npos);
   EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
+}
+
+std::vector<std::string> Fields(const std::string& row) {
+  std::vector<std::string> f;
+  for (size_t at = 0;;) {
+    size_t c = row.find(',', at);
+    f.push_back(row.substr(at, c == std::string::npos ? std::string::npos : c - at));
+    if (c == std::string::npos) break;
+    at = c + 1;
+  }
+  if (!f.empty() && !f.back().empty() && f.back().back() == '\r') f.back().pop_back();
+  return f;
+}
+
+// Retained values: the model never sees them; the forecasts from the end of the estimation
+// sample are set against them in OUTCAST.TXT and in the run-wide accuracy files, which
+// grow by each dataset and keep one header.
+TEST(EngineRun, RetainedValuesAreForecastOutOfSampleAndScored) {
+  TempDir dir;
+  const std::vector<double>& y = testdata::AirlinePassengers();
+  auto run = [&](int forecasts) {
+    EngineArrays a = testdata::MonthlyRequest(y, forecasts, 12);
+    RunSummary s = RunRequest(a, dir.path(), &FitAndForecast);
+    EXPECT_EQ(s.error_code, 0);
+    return a;
+  };
+  EngineArrays a = run(6);  // fewer forecasts returned than periods retained
+  ASSERT_EQ(a.error_code, 0);
+  EXPECT_EQ(a.property_values[7], 6);
+  for (int t = 132; t < 144; ++t) EXPECT_EQ(a.doubles10000a[t], kMissingValue) << t;
+
+  // The 12 out-of-sample forecasts: the first is the first forecast returned, 1960/1 on.
+  std::string outcast = ReadFile(dir / "OUTCAST.TXT");
+  ASSERT_NE(outcast.find("Out-of-sample forecasts of the 12 retained value(s)"), std::string::npos);
+  EXPECT_NE(outcast.find("1960/12"), std::string::npos);
+  EXPECT_NE(outcast.find("Out-of-sample MAPE"), std::string::npos);
+  auto mon = tessaly::testing::ReadFile(dir / "FORE-MON.CSV");
+  std::vector<std::string> rows;
+  for (size_t at = 0, nl; (nl = mon.find('\n', at)) != std::string::npos; at = nl + 1)
+    rows.push_back(mon.substr(at, nl - at));
+  ASSERT_EQ(rows.size(), 13u);
+  EXPECT_EQ(rows[0].rfind("Series,Period,Lead,Actual,Forecast,", 0), 0u);
+  // A good airline model is within a few percent of 1960; the first out-of-sample forecast
+  // is the first forecast returned.
+  double ape = 0;
+  for (int h = 1; h <= 12; ++h) {
+    std::vector<std::string> f = Fields(rows[h]);
+    ASSERT_EQ(f.size(), 10u);
+    EXPECT_EQ(f[0], "PASSENGERS");
+    EXPECT_EQ(f[2], std::to_string(h));
+    EXPECT_NEAR(std::stod(f[3]), y[131 + h], 1e-6);
+    ape += std::stod(f[8]);
+  }
+  EXPECT_EQ(Fields(rows[1])[1], "1960/1");
+  EXPECT_NEAR(std::stod(Fields(rows[1])[4]), a.forecast_values[0], 1e-4);
+  EXPECT_LT(ape / 12, 8.0);
+
+  // A second dataset: one more line in MAPECOMP.CSV, 12 more in FORE-MON.CSV, and the sum
+  // in SUMMAPE.TXT over both.
+  run(12);
+  std::string comp = ReadFile(dir / "MAPECOMP.CSV");
+  EXPECT_EQ(comp.rfind("Series,Model,Retained,In-sample MAPE,Out-of-sample MAPE,", 0), 0u);
+  EXPECT_EQ(std::count(comp.begin(), comp.end(), '\n'), 3);
+  EXPECT_EQ(comp.find("Series", 1), std::string::npos);
+  std::string mon2 = ReadFile(dir / "FORE-MON.CSV");
+  EXPECT_EQ(std::count(mon2.begin(), mon2.end(), '\n'), 25);
+  std::string sum = ReadFile(dir / "SUMMAPE.TXT");
+  EXPECT_NE(sum.find("ALL SERIES"), std::string::npos);
+  EXPECT_EQ(sum.find("ALL SERIES"), sum.rfind("ALL SERIES"));
+  EXPECT_NE(sum.find("Mean of the 2 series' out-of-sample MAPEs"), std::string::npos);
+  size_t total = sum.find("ALL SERIES");
+  EXPECT_NE(sum.substr(total, sum.find('\n', total) - total).find(" 24 "), std::string::npos);
+
+  // Without retained values none of these files is touched.
+  TempDir plain;
+  EngineArrays b = testdata::MonthlyRequest(y, 12, 0);
+  RunRequest(b, plain.path(), &FitAndForecast);
+  EXPECT_FALSE(fs::exists(plain / "MAPECOMP.CSV"));
+  EXPECT_FALSE(fs::exists(plain / "SUMMAPE.TXT"));
+  EXPECT_EQ(ReadFile(plain / "OUTCAST.TXT").find("Out-of-sample"), std::string::npos);
 }
 
 // The real core over awkward datasets: every call ends with an answer (a model or a code),
