@@ -252,28 +252,40 @@ int main(int argc, char** argv) {
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Series& s) { return s.name.rfind(only, 0) != 0; }),
               all.end());
 
-  std::map<std::string, Outcome> ours;
-  std::vector<double> monthly150_ms;
-  for (const Series& s : all) {
-    const int h = HorizonFor(s.period);
-    ModelingProblem p;
-    p.output_name = s.name;
-    p.y.assign(s.values.begin(), s.values.end() - h);
-    p.seasonality = s.period;
-    p.horizon = h;
-    p.rules = rules;
-    // Best of three runs for a steady time.
-    double best_ms = 1e300;
-    ModelResult r;
-    for (int rep = 0; rep < 3; ++rep) {
-      const double t0 = CpuMs();
-      r = FitAndForecast(p, nullptr);
-      best_ms = std::min(best_ms, CpuMs() - t0);
+  // Ours under the chosen rules, and without power transforms (auto.arima's default).
+  auto run_ours = [&](const quorvane::EngineRules& rr, std::vector<double>* monthly_ms) {
+    std::map<std::string, Outcome> out;
+    for (const Series& s : all) {
+      const int h = HorizonFor(s.period);
+      ModelingProblem p;
+      p.output_name = s.name;
+      p.y.assign(s.values.begin(), s.values.end() - h);
+      p.seasonality = s.period;
+      p.horizon = h;
+      p.rules = rr;
+      // Best of three runs for a steady time.
+      double best_ms = 1e300;
+      ModelResult r;
+      for (int rep = 0; rep < 3; ++rep) {
+        const double t0 = CpuMs();
+        r = FitAndForecast(p, nullptr);
+        best_ms = std::min(best_ms, CpuMs() - t0);
+      }
+      Outcome o = Measure(s, r.forecasts, r.lower, r.upper, best_ms);
+      o.model = r.description + (r.lambda != 1.0 ? (r.lambda == 0.0 ? " log" : " sqrt") : "");
+      out[s.name] = o;
+      if (monthly_ms && s.period == 12 && p.y.size() >= 120 && p.y.size() <= 180) monthly_ms->push_back(best_ms);
     }
-    Outcome o = Measure(s, r.forecasts, r.lower, r.upper, best_ms);
-    o.model = r.description;
-    ours[s.name] = o;
-    if (s.period == 12 && p.y.size() >= 120 && p.y.size() <= 180) monthly150_ms.push_back(best_ms);
+    return out;
+  };
+  std::vector<double> monthly150_ms;
+  std::map<std::string, Outcome> ours = run_ours(rules, &monthly150_ms);
+  std::map<std::string, Outcome> plain;
+  const bool with_plain = rules.lambdas.size() > 1;
+  if (with_plain) {
+    quorvane::EngineRules rr = rules;
+    rr.lambdas = {1.0};
+    plain = run_ours(rr, nullptr);
   }
   std::map<std::string, Outcome> theirs;
   if (with_r) theirs = RunAutoArima(all);
@@ -295,14 +307,18 @@ int main(int argc, char** argv) {
   }
 
   // Summaries over the series both could forecast.
-  std::map<std::string, Summary> sum_ours, sum_theirs;
-  Summary all_ours, all_theirs;
+  std::map<std::string, Summary> sum_ours, sum_theirs, sum_plain;
+  Summary all_ours, all_theirs, all_plain;
   for (const Series& s : all) {
     const Outcome& o = ours[s.name];
     if (!o.ok) continue;
     if (!theirs.empty() && (!theirs.count(s.name) || !theirs[s.name].ok)) continue;
     sum_ours[s.group].Add(o);
     all_ours.Add(o);
+    if (with_plain) {
+      sum_plain[s.group].Add(plain[s.name]);
+      all_plain.Add(plain[s.name]);
+    }
     if (!theirs.empty()) {
       sum_theirs[s.group].Add(theirs[s.name]);
       all_theirs.Add(theirs[s.name]);
@@ -315,9 +331,11 @@ int main(int argc, char** argv) {
               "median CPU ms");
   for (const auto& [group, s] : sum_ours) {
     PrintRow("ours", group, s);
+    if (sum_plain.count(group)) PrintRow("ours lambda 1", group, sum_plain[group]);
     if (sum_theirs.count(group)) PrintRow("auto.arima", group, sum_theirs[group]);
   }
   PrintRow("ours", "all", all_ours);
+  PrintRow("ours lambda 1", "all", all_plain);
   PrintRow("auto.arima", "all", all_theirs);
   if (theirs.empty() && with_r) std::printf("  (auto.arima not run: Rscript or R's forecast package is missing)\n");
   std::printf("Median time per monthly series of 120-180 observations: %.2f ms over %zu series\n",
