@@ -80,6 +80,33 @@ TEST(FitAndForecast, AirlineSeriesGetsTheAirlineModelOnLogs) {
   EXPECT_NE(r.residuals[13], 0.0);
 }
 
+TEST(FitAndForecast, PowerTransformOnlyWhenItClearlyHelps) {
+  // Additive noise around a straight line: the likelihood gains nothing from a power.
+  std::vector<double> y = testdata::SimulateArma11(120, 0.3, 0.0, 1.0, 21);
+  for (size_t t = 0; t < y.size(); ++t) y[t] += 100.0 + 0.5 * t;
+  ModelingProblem p = Problem(y, 1, 6);
+  p.rules.lambdas = {1.0, 0.5, 0.0};
+  ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 120, 6);
+  EXPECT_EQ(r.lambda, 1.0);
+  // Too short to choose a transform, however strongly it grows.
+  std::vector<double> growth;
+  for (int t = 0; t < 20; ++t) growth.push_back(100.0 * std::pow(1.15, t) * (1.0 + 0.03 * ((t * 7) % 5 - 2)));
+  p = Problem(growth, 1, 6);
+  p.rules.lambdas = {1.0, 0.5, 0.0};
+  r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 20, 6);
+  EXPECT_EQ(r.lambda, 1.0);
+  // A series with a zero cannot take a log: only lambda 1 is evaluated.
+  std::vector<double> withzero = testdata::LoadSeries("airline");
+  withzero[5] = 0.0;
+  p = Problem(withzero, 12, 6);
+  p.rules.lambdas = {0.0};
+  r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 144, 6);
+  EXPECT_EQ(r.lambda, 1.0);
+}
+
 TEST(FitAndForecast, StationaryNoiseGetsAMeanAndFlatForecasts) {
   std::vector<double> y = testdata::SimulateArma11(200, 0.0, 0.0, 1.0, 7);
   for (double& v : y) v += 50.0;
