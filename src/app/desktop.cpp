@@ -13,7 +13,11 @@
 #include <cstdlib>
 #include <memory>
 
+#include "app/desktop_session.h"
+#include "app/screenshots.h"
+#include "batch/forms/frm_progress.h"
 #include "platform/forms/qt_dialog_host.h"
+#include "platform/progress_wait.h"
 #include "shell/forms/frm_main.h"
 #include "shell/forms/frm_prefs.h"
 #include "shell/forms/frm_splash.h"
@@ -62,35 +66,6 @@ void WriteDesktopReport(shell::frmMain& form) {
   }
 }
 
-void TakeScreenshots(shell::frmMain& form, const QString& dir) {
-  QTimer::singleShot(900, &form, [&form, dir] {
-    form.grab().save(dir + "/main.png");
-    {
-      shell::frmQuorvaneSplash splash(60000);
-      splash.show();
-      QApplication::processEvents();
-      splash.grab().save(dir + "/splash.png");
-    }
-    {
-      shell::frmPrefsDecimals d(&form);
-      d.show();
-      QApplication::processEvents();
-      d.grab().save(dir + "/prefs_decimals.png");
-    }
-    {
-      shell::frmPrefsGraphs g(&form);
-      g.show();
-      QApplication::processEvents();
-      g.grab().save(dir + "/prefs_graphs.png");
-      g.optSelect[1]->click();
-      g.chkGraphs[0]->setChecked(true);
-      g.chkGraphs[3]->setChecked(true);
-      QApplication::processEvents();
-      g.grab().save(dir + "/prefs_graphs_selected.png");
-    }
-    form.close();
-  });
-}
 }  // namespace
 
 int RunDesktop(int& argc, char** argv, const shell::CommandLine& command_line,
@@ -112,15 +87,22 @@ int RunDesktop(int& argc, char** argv, const shell::CommandLine& command_line,
   shell::CSetting& settings = shell::MainSettings();
   settings.Init();
   shell::frmMain form;
+  // The engine's waits show the progress window over the main window.
+  platform::SetProgressWait(std::make_shared<batch::DesktopProgressWait>(&form));
+  auto* session = new DesktopSession(form, program_folder);
   shell::FormLoad(settings);
   form.LoadRecentMenu();
   form.ShowTestMenu(shell::Shell().DevMode);
   InstallAutoClose(form);
   // Without a window manager "maximised" means nothing, so the window is given the
   // screen's room first.
-  if (QScreen* screen = QGuiApplication::primaryScreen())
-    form.setGeometry(screen->availableGeometry());
-  form.showMaximized();
+  if (!form.RestoreWindowGeometry()) {
+    if (QScreen* screen = QGuiApplication::primaryScreen())
+      form.setGeometry(screen->availableGeometry());
+    form.showMaximized();
+  } else {
+    form.show();
+  }
   std::error_code ec;
   std::filesystem::current_path(program_folder, ec);
 
@@ -136,7 +118,7 @@ int RunDesktop(int& argc, char** argv, const shell::CommandLine& command_line,
     if (file.open(QIODevice::WriteOnly)) file.write("ready\n");
   }
   if (const char* dir = std::getenv("TESSALY_SCREENSHOT_DIR"); dir && *dir)
-    TakeScreenshots(form, QString::fromLocal8Bit(dir));
+    TakeScreenshots(form, *session, QString::fromLocal8Bit(dir));
 
   QObject::connect(&app, &QApplication::aboutToQuit, &form, [&form] { WriteDesktopReport(form); });
   int rc = app.exec();

@@ -123,7 +123,12 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
   EXPECT_NE(report.find("title=Tessaly\n"), std::string::npos) << report;
   EXPECT_NE(report.find("maximized=yes\n"), std::string::npos) << report;
   EXPECT_NE(report.find("status=Ready\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("menu=File\nitem=File|Exit\nmenu=Preferences\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("menu=File\nitem=File|New Project...\nitem=File|Open Project...\n"
+                        "item=File|Close\nitem=File|Exit\nmenu=Batch\n"),
+            std::string::npos)
+      << report;
+  EXPECT_NE(report.find("menu=Preferences\n"), std::string::npos) << report;
+  EXPECT_NE(report.find("menu=Help\n"), std::string::npos) << report;
   EXPECT_EQ(report.find("menu=Test"), std::string::npos) << report;
   EXPECT_EQ(ReadFile(config / "tessaly" / "Tessaly.ini"),
             "[Settings]\r\nUserMode=0\r\nProduct=0\r\n");

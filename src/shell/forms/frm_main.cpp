@@ -3,9 +3,18 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFile>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QTextBrowser>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include "platform/dialogs.h"
@@ -92,6 +101,16 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent) {
 
   for (const auto& contribute : MenuContributors()) contribute(*this);
 
+  mnuHelp = menuBar()->addMenu("&Help");
+  mnuHelp->setObjectName("mnuHelp");
+  QAction* contents = mnuHelp->addAction("&Contents", this, &frmMain::mnu_help_Contents_Click);
+  contents->setObjectName("mnu_help_Contents");
+  contents->setShortcut(QKeySequence::HelpContents);
+  mnuHelp->addAction("&Users Guide", this, &frmMain::mnu_help_UsersGuide_Click)
+      ->setObjectName("mnu_help_UsersGuide");
+  mnuHelp->addSeparator();
+  mnuHelp->addAction("&About Tessaly", this, &frmMain::mnu_help_About_Click)->setObjectName("mnu_help_ABout");
+
   mnuTest = menuBar()->addMenu("&Test");
   mnuTest->setObjectName("mnuTest");
   mnuTest->addAction("Show Start-up State", this, &frmMain::mnuTestState_Click);
@@ -139,8 +158,83 @@ void frmMain::mnuFileExit_Click() {
   QApplication::closeAllWindows();
 }
 
+namespace {
+QSettings WindowSettings() {
+  return QSettings(QSettings::IniFormat, QSettings::UserScope, "tessaly", "window");
+}
+}  // namespace
+
+bool frmMain::RestoreWindowGeometry() {
+  QSettings settings = WindowSettings();
+  QByteArray geometry = settings.value("frmMain/geometry").toByteArray();
+  return !geometry.isEmpty() && restoreGeometry(geometry);
+}
+
+void frmMain::SaveWindowGeometry() {
+  QSettings settings = WindowSettings();
+  settings.setValue("frmMain/geometry", saveGeometry());
+}
+
+void frmMain::ShowHelpPage(const QString& file) {
+  EnterMenuCommand("frmMain", "mnu_help_Click");
+  QString path = QString::fromStdString((Shell().program_folder / "help").string()) + "/" + file;
+  if (!QFile::exists(path)) {
+    SharedMsgBox().Display("The help file " + path.toStdString() + " is missing.",
+                           platform::mb::OKOnly + platform::mb::Exclamation, kApplicationTitle);
+    return;
+  }
+  auto* window = qobject_cast<QDialog*>(help_window_);
+  QTextBrowser* browser = nullptr;
+  if (!window) {
+    window = new QDialog(this);
+    window->setObjectName("frmHelp");
+    window->setWindowTitle("Tessaly Help");
+    auto* layout = new QVBoxLayout(window);
+    browser = new QTextBrowser(window);
+    browser->setObjectName("brsHelp");
+    browser->setOpenExternalLinks(true);
+    layout->addWidget(browser);
+    auto* row = new QHBoxLayout();
+    auto* home = new QPushButton("&Contents", window);
+    auto* out = new QPushButton("Open in &Browser", window);
+    auto* close = new QPushButton("Close", window);
+    row->addWidget(home);
+    row->addWidget(out);
+    row->addStretch(1);
+    row->addWidget(close);
+    layout->addLayout(row);
+    connect(home, &QPushButton::clicked, browser, &QTextBrowser::home);
+    connect(out, &QPushButton::clicked, window, [browser] { QDesktopServices::openUrl(browser->source()); });
+    connect(close, &QPushButton::clicked, window, &QDialog::close);
+    window->resize(760, 640);
+    help_window_ = window;
+  } else {
+    browser = window->findChild<QTextBrowser*>("brsHelp");
+  }
+  browser->setSource(QUrl::fromLocalFile(path));
+  window->show();
+  window->raise();
+  window->activateWindow();
+}
+
+void frmMain::mnu_help_Contents_Click() { ShowHelpPage("CONTENTS.htm"); }
+void frmMain::mnu_help_UsersGuide_Click() { ShowHelpPage("UsersGuide.htm"); }
+
+void frmMain::mnu_help_About_Click() {
+  EnterMenuCommand("frmMain", "mnu_help_ABout_Click");
+  QMessageBox about(this);
+  about.setObjectName("frmAbout");
+  about.setWindowTitle("About Tessaly");
+  about.setIconPixmap(QPixmap());
+  about.setText(QString("<h3>%1</h3><p>Batch forecasting for many time series.</p>"
+                        "<p>Program folder:<br>%2</p>")
+                    .arg(kProductName, QString::fromStdString(Shell().program_folder.string()).toHtmlEscaped()));
+  about.exec();
+}
+
 void frmMain::closeEvent(QCloseEvent* event) {
   if (!unloaded_) {
+    SaveWindowGeometry();
     unloaded_ = true;
     FormUnload(MainSettings());
   }

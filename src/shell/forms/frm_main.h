@@ -24,12 +24,16 @@ class frmMain : public QMainWindow {
   void LoadRecentMenu();
   // The Test menu, shown with "/DEV" only.
   void ShowTestMenu(bool visible);
+  // The window's size and place from the last session; false when none was kept.
+  bool RestoreWindowGeometry();
+  void SaveWindowGeometry();
   // Replaces the central pane (the report tree and browser when they exist).
   void SetCentralPane(QWidget* pane);
 
   QMenu* mnuFile = nullptr;
   QMenu* mnuPrefs = nullptr;
   QMenu* mnuTest = nullptr;
+  QMenu* mnuHelp = nullptr;
   QLabel* lblStatus = nullptr;
 
   // Menus contributed by other parts of the program, called once when the window is built.
@@ -42,6 +46,10 @@ class frmMain : public QMainWindow {
   void mnuFileExit_Click();
   void mnuPrefsDecimals_Click();
   void mnuPrefsGraphs_Click();
+  // Help: the contents and the user guide open in the help window; About.
+  void mnu_help_Contents_Click();
+  void mnu_help_UsersGuide_Click();
+  void mnu_help_About_Click();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -51,7 +59,9 @@ class frmMain : public QMainWindow {
   void mnuTestState_Click();
   std::array<QAction*, 5> mnuFileMRU_{};
   QAction* mnuFileMRUSep_ = nullptr;
+  void ShowHelpPage(const QString& file);
   bool unloaded_ = false;
+  QWidget* help_window_ = nullptr;
 };
 
 }  // namespace tessaly::shell

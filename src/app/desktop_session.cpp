@@ -1,0 +1,282 @@
+#include "app/desktop_session.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QLabel>
+#include <QStackedWidget>
+#include <QTreeWidget>
+
+#include "app/report_pane.h"
+#include "batch/engine/engine_client.h"
+#include "batch/forms/frm_project_forms.h"
+#include "batch/run.h"
+#include "batch/run_reports_binding.h"
+#include "batch/run_rules_binding.h"
+#include "platform/paths.h"
+#include "report/forms/frm_allgraphs_sel.h"
+#include "report/report_tree_logic.h"
+#include "rules/forms/frm_wizard1.h"
+#include "shell/error_context.h"
+#include "shell/forms/frm_main.h"
+#include "shell/mru.h"
+#include "shell/preferences.h"
+#include "shell/settings.h"
+#include "shell/startup.h"
+
+namespace tessaly::app {
+
+namespace {
+// The main form as a run changes it.
+class MainFormRunView : public batch::RunView {
+ public:
+  explicit MainFormRunView(DesktopSession& session) : s_(session) {}
+  void SetStatus(const std::string& text) override {
+    s_.SetStatus(text);
+    // The tree grows as each dataset is filed.
+    s_.SyncTree();
+  }
+  void ShowReportTree(bool visible) override { s_.ShowReportTree(visible); }
+  void SetRunMenusEnabled(bool enabled, bool) override { s_.SetRunMenusEnabled(enabled); }
+  void HidePreviousReports() override { s_.mnuBatchPrevReports->setVisible(false); }
+  void UnloadMainForm() override {}
+
+ private:
+  DesktopSession& s_;
+};
+}  // namespace
+
+DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
+    : QObject(&form), form_(form), program_(std::move(program_folder)) {
+  session_.program_folder = program_;
+  forms_ = std::make_unique<batch::DesktopProjectForms>(&form_);
+  batch::ProjectHooks hooks;
+  hooks.add_recent = [this](const fs::path& p) { AddRecent(p); };
+  hooks.populate_tree = [this](batch::ProjectSession&) { PopulateTree(); };
+  hooks.show_tree = [this](bool visible) { ShowReportTree(visible); };
+  commands_ = std::make_unique<batch::ProjectCommands>(session_, *forms_, std::move(hooks));
+
+  // The central pane: the welcome page until a project shows its reports.
+  auto* stack = new QStackedWidget(&form_);
+  stack->setObjectName("stkCentral");
+  welcome_ = form_.takeCentralWidget();
+  if (!welcome_) welcome_ = new QLabel("Tessaly", stack);
+  stack->addWidget(welcome_);
+  pane_ = new ReportPane(stack);
+  stack->addWidget(pane_);
+  form_.setCentralWidget(stack);
+  connect(pane_, &ReportPane::NodeActivated, this,
+          [this](const QString& key) { trvMenu_NodeClick(key.toStdString()); });
+
+  BuildMenus();
+  shell::frmMain::RecentFileOpener() = [this](const std::string& path) { OpenProject(path); };
+  UpdateCommands();
+}
+
+DesktopSession::~DesktopSession() { shell::frmMain::RecentFileOpener() = nullptr; }
+
+void DesktopSession::BuildMenus() {
+  QMenu* file = form_.mnuFile;
+  QAction* first = file->actions().isEmpty() ? nullptr : file->actions().first();
+  mnuFileNew = new QAction("&New Project...", file);
+  mnuFileNew->setObjectName("mnuFileNew");
+  mnuFileNew->setShortcut(QKeySequence::New);
+  mnuFileOpen = new QAction("&Open Project...", file);
+  mnuFileOpen->setObjectName("mnuFileOpen");
+  mnuFileOpen->setShortcut(QKeySequence::Open);
+  mnuFileClose = new QAction("&Close", file);
+  mnuFileClose->setObjectName("mnuFileClose");
+  mnuFileClose->setShortcut(QKeySequence("Ctrl+W"));
+  file->insertAction(first, mnuFileNew);
+  file->insertAction(first, mnuFileOpen);
+  file->insertAction(first, mnuFileClose);
+  file->insertSeparator(first);
+  connect(mnuFileNew, &QAction::triggered, this, &DesktopSession::mnuFileNew_Click);
+  connect(mnuFileOpen, &QAction::triggered, this, &DesktopSession::mnuFileOpen_Click);
+  connect(mnuFileClose, &QAction::triggered, this, &DesktopSession::mnuFileClose_Click);
+
+  mnuBatch = new QMenu("&Batch", &form_);
+  mnuBatch->setObjectName("mnuBatch");
+  form_.menuBar()->insertMenu(form_.mnuPrefs->menuAction(), mnuBatch);
+  mnuBatchRun = mnuBatch->addAction("&Run Project", this, &DesktopSession::mnuBatchRun_Click);
+  mnuBatchRun->setObjectName("mnuBatchRun");
+  mnuBatchRun->setShortcut(QKeySequence("F5"));
+  mnuBatchEdit = mnuBatch->addAction("&Edit Series in Project...", this, &DesktopSession::mnuBatchEdit_Click);
+  mnuBatchEdit->setObjectName("mnuBatchEdit");
+  mnuBatchPrevReports =
+      mnuBatch->addAction("&Previous Reports", this, &DesktopSession::mnuBatchPrevReports_Click);
+  mnuBatchPrevReports->setObjectName("mnuBatchPrevReports");
+}
+
+void DesktopSession::UpdateCommands() {
+  bool open = session_.ctrlBatch != nullptr;
+  mnuFileClose->setEnabled(open && !running_);
+  mnuBatchEdit->setEnabled(open && !running_);
+  mnuBatchPrevReports->setEnabled(open && !running_);
+  QString title = "Tessaly";
+  if (open) title += " - " + QString::fromStdString(session_.ctrlBatch->BatchName());
+  form_.setWindowTitle(title);
+}
+
+void DesktopSession::SetStatus(const std::string& text) {
+  session_.lblStatus = text;
+  form_.lblStatus->setText(QString::fromStdString(text));
+  form_.lblStatus->repaint();
+}
+
+void DesktopSession::SyncTree() { pane_->SyncTree(session_.trvMenu); }
+
+void DesktopSession::ShowReportTree(bool visible) {
+  tree_shown_ = visible;
+  auto* stack = static_cast<QStackedWidget*>(form_.centralWidget());
+  if (visible) SyncTree();
+  stack->setCurrentWidget(visible ? static_cast<QWidget*>(pane_) : welcome_);
+}
+
+void DesktopSession::SetRunMenusEnabled(bool enabled) {
+  running_ = !enabled;
+  // Everything that could change the program's folder or the project waits for the run.
+  for (QAction* menu : form_.menuBar()->actions()) {
+    if (menu->menu() == form_.mnuTest) continue;
+    QString name = menu->menu() ? menu->menu()->objectName() : QString();
+    if (name == "mnuHelp") continue;
+    menu->setEnabled(enabled);
+  }
+  UpdateCommands();
+}
+
+void DesktopSession::AddRecent(const fs::path& path) {
+  shell::SaveRecent(shell::MainSettings(), path.string());
+  form_.LoadRecentMenu();
+}
+
+void DesktopSession::PopulateTree() {
+  if (!session_.ctrlBatch) return;
+  std::vector<std::string> files;
+  for (int i = 0; i < static_cast<int>(session_.ctrlBatch->Count()); ++i)
+    files.push_back(session_.ctrlBatch->List(i));
+  batch::RowFlags flags;
+  report::PopulateTree(session_.trvMenu, flags, files, session_.OutputPath,
+                       session_.ctrlBatch->BatchName(), shell::Prefs().NOGRAPHS != 0);
+  pane_->ClearTree();
+  SyncTree();
+}
+
+void DesktopSession::AfterProjectChange() {
+  UpdateCommands();
+  form_.lblStatus->setText(QString::fromStdString(session_.lblStatus));
+  if (session_.ctrlBatch) {
+    mnuBatchPrevReports->setVisible(true);
+    pane_->ClearTree();
+    SyncTree();
+    ShowReportTree(!session_.trvMenu.Empty());
+    if (session_.trvMenu.Empty())
+      form_.lblStatus->setText("Project " + QString::fromStdString(session_.ctrlBatch->BatchName()) +
+                               " is open: Batch > Run Project (F5) runs it.");
+  } else {
+    pane_->ClearTree();
+    ShowReportTree(false);
+  }
+}
+
+void DesktopSession::mnuFileNew_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuFileNew_Click");
+  if (session_.ctrlBatch) commands_->mnuFileClose();
+  pane_->ClearTree();
+  commands_->mnuFileNew();
+  AfterProjectChange();
+}
+
+void DesktopSession::mnuFileOpen_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuFileOpen_Click");
+  commands_->mnuFileOpen();
+  AfterProjectChange();
+}
+
+bool DesktopSession::OpenProject(const fs::path& path) {
+  shell::EnterMenuCommand("frmMain", "OpenProject");
+  bool ok = commands_->OpenProject(path);
+  AfterProjectChange();
+  return ok;
+}
+
+void DesktopSession::mnuFileClose_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuFileClose_Click");
+  commands_->mnuFileClose();
+  AfterProjectChange();
+  form_.lblStatus->clear();
+}
+
+void DesktopSession::mnuBatchEdit_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuBatchEdit_Click");
+  commands_->mnuBatchEdit();
+  UpdateCommands();
+}
+
+void DesktopSession::mnuBatchPrevReports_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuBatchPrevReports_Click");
+  commands_->mnuBatchPrevReports();
+  if (session_.trvMenu.Empty()) form_.lblStatus->setText("This project has no reports yet.");
+}
+
+void DesktopSession::mnuBatchRun_Click() {
+  shell::EnterMenuCommand("frmMain", "mnuBatchRun_Click");
+  if (running_) return;
+  const shell::ShellState& shell_state = shell::Shell();
+  batch::BatchRun run(batch::RunOptions{program_, shell::Prefs().NOGRAPHS != 0, shell_state.NoTrendAtStart},
+                      session_.trvMenu);
+  run.SetRulesWizard(std::make_shared<batch::RulesWizardBinding>(
+      program_, std::make_shared<rules::DesktopWizardUi>(&form_), shell_state.NoTrendAtStart));
+  run.SetReports(std::make_shared<batch::ProgramRunReports>(program_));
+  run.SetView(std::make_shared<MainFormRunView>(*this));
+  fs::path program = program_;
+  run.SetEngineCreate([program](int& number, std::string& description) {
+    std::shared_ptr<batch::EngineClient> engine;
+    batch::CreateObjectError error;
+    if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) {
+      batch::MyEngine() = engine;
+      return true;
+    }
+    number = error.number;
+    description = error.description;
+    return false;
+  });
+  run.SetOpenProject([this] { commands_->mnuFileOpen(); });
+  // Each run asks the wizard again for its first file.
+  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  std::optional<fs::path> save_to;
+  if (!session_.project_path.empty()) save_to = session_.project_path;
+  bool ran = run.mnuBatchRun(session_.ctrlBatch, save_to);
+  running_ = false;
+  if (!run.OutputPath().empty()) session_.OutputPath = run.OutputPath();
+  if (session_.ctrlBatch && session_.project_path.empty())
+    session_.project_path = fs::path(session_.ctrlBatch->OutDirectory()) / session_.ctrlBatch->BatchName();
+  SetRunMenusEnabled(true);
+  if (ran) {
+    SyncTree();
+    ShowReportTree(true);
+    if (auto* top = pane_->trvMenu->topLevelItem(0)) {
+      top->setExpanded(true);
+      pane_->trvMenu->setCurrentItem(top);
+      trvMenu_NodeClick(ReportPane::KeyOf(top));
+    }
+  } else if (!session_.trvMenu.Empty()) {
+    ShowReportTree(true);
+  }
+  UpdateCommands();
+}
+
+void DesktopSession::trvMenu_NodeClick(const std::string& key) {
+  const batch::ReportNode* node = session_.trvMenu.Find(key);
+  if (!node || !session_.ctrlBatch) return;
+  report::ClickContext context;
+  context.output_path = session_.OutputPath;
+  context.batch_name = session_.ctrlBatch->BatchName();
+  for (int i = 0; i < static_cast<int>(session_.ctrlBatch->Count()); ++i)
+    context.asc_files.push_back(session_.ctrlBatch->List(i));
+  report::DesktopReportViewer viewer(&form_, [this](const fs::path& file) { pane_->navigate(file); });
+  report::OnTreeClick(session_.trvMenu, *node, context, viewer);
+}
+
+}  // namespace tessaly::app

@@ -1,0 +1,198 @@
+#include "app/report_pane.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QFile>
+#include <QFontDatabase>
+#include <QHeaderView>
+#include <QImage>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QSplitter>
+#include <QTextBrowser>
+#include <QToolBar>
+#include <QTreeWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "platform/paths.h"
+
+namespace tessaly::app {
+
+namespace {
+constexpr int kKeyRole = Qt::UserRole + 1;
+
+QString Native(const fs::path& p) { return QString::fromStdString(p.string()); }
+
+bool IsHtml(const std::string& ext) { return ext == ".HTM" || ext == ".HTML"; }
+bool IsPicture(const std::string& ext) {
+  return ext == ".JPG" || ext == ".JPEG" || ext == ".PNG" || ext == ".GIF" || ext == ".BMP";
+}
+}  // namespace
+
+ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
+  setObjectName("paneReports");
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+
+  splitter = new QSplitter(Qt::Horizontal, this);
+  splitter->setObjectName("splMain");
+  splitter->setChildrenCollapsible(false);
+
+  trvMenu = new QTreeWidget(splitter);
+  trvMenu->setObjectName("trvMenu");
+  trvMenu->setHeaderHidden(true);
+  trvMenu->setColumnCount(1);
+  trvMenu->setMinimumWidth(180);
+  trvMenu->setUniformRowHeights(true);
+  trvMenu->header()->setStretchLastSection(true);
+  // A click shows the node; so do Enter and the arrow keys, so the reports can be read
+  // one after the other without the mouse.
+  connect(trvMenu, &QTreeWidget::itemClicked, this,
+          [this](QTreeWidgetItem* item, int) { emit NodeActivated(QString::fromStdString(KeyOf(item))); });
+  connect(trvMenu, &QTreeWidget::itemActivated, this,
+          [this](QTreeWidgetItem* item, int) { emit NodeActivated(QString::fromStdString(KeyOf(item))); });
+
+  auto* right = new QWidget(splitter);
+  auto* right_layout = new QVBoxLayout(right);
+  right_layout->setContentsMargins(0, 0, 0, 0);
+  right_layout->setSpacing(0);
+  auto* bar = new QToolBar(right);
+  bar->setObjectName("barReport");
+  bar->setIconSize(QSize(16, 16));
+  lblFile = new QLabel(bar);
+  lblFile->setObjectName("lblFile");
+  lblFile->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  lblFile->setContentsMargins(6, 0, 6, 0);
+  actOpenInBrowser = new QAction("Open in &Browser", this);
+  actOpenInBrowser->setObjectName("actOpenInBrowser");
+  actOpenInBrowser->setShortcut(QKeySequence("Ctrl+B"));
+  actOpenInBrowser->setToolTip("Open the report shown here in the default web browser (Ctrl+B)");
+  actOpenInBrowser->setEnabled(false);
+  connect(actOpenInBrowser, &QAction::triggered, this, &ReportPane::OpenInBrowser);
+  bar->addAction(actOpenInBrowser);
+  bar->addSeparator();
+  bar->addWidget(lblFile);
+  brsReport = new QTextBrowser(right);
+  brsReport->setObjectName("brsReport");
+  brsReport->setOpenLinks(false);
+  connect(brsReport, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) {
+    if (url.isLocalFile() || url.isRelative()) {
+      QUrl base = QUrl::fromLocalFile(Native(current_));
+      QUrl target = url.isRelative() ? base.resolved(url) : url;
+      fs::path file = target.toLocalFile().toStdString();
+      if (fs::exists(file)) {
+        navigate(file);
+        return;
+      }
+    }
+    QDesktopServices::openUrl(url);
+  });
+  right_layout->addWidget(bar);
+  right_layout->addWidget(brsReport, 1);
+
+  splitter->addWidget(trvMenu);
+  splitter->addWidget(right);
+  splitter->setStretchFactor(0, 0);
+  splitter->setStretchFactor(1, 1);
+  splitter->setSizes({260, 840});
+  layout->addWidget(splitter);
+}
+
+std::string ReportPane::KeyOf(const QTreeWidgetItem* item) {
+  return item ? item->data(0, kKeyRole).toString().toStdString() : std::string();
+}
+
+QTreeWidgetItem* ReportPane::ItemByKey(const std::string& key) const {
+  auto it = items_.find(key);
+  return it == items_.end() ? nullptr : it->second;
+}
+
+void ReportPane::ClearTree() {
+  trvMenu->clear();
+  items_.clear();
+}
+
+void ReportPane::SyncTree(const batch::ReportTree& model) {
+  // Nodes the model dropped (a run starting over, a tree cleared) go first.
+  for (auto it = items_.begin(); it != items_.end();) {
+    if (!model.Contains(it->first)) {
+      QTreeWidgetItem* item = it->second;
+      it = items_.erase(it);
+      // Children of a removed item are removed with it; forget them as well.
+      for (auto jt = items_.begin(); jt != items_.end();) {
+        QTreeWidgetItem* p = jt->second->parent();
+        bool under = false;
+        for (; p; p = p->parent()) under = under || p == item;
+        jt = under ? items_.erase(jt) : std::next(jt);
+      }
+      delete item;
+      it = items_.begin();
+    } else {
+      ++it;
+    }
+  }
+  for (const batch::ReportNode& node : model.Nodes()) {
+    if (items_.count(node.key)) continue;
+    QTreeWidgetItem* item = nullptr;
+    if (node.parent.empty()) {
+      item = new QTreeWidgetItem(trvMenu);
+    } else {
+      QTreeWidgetItem* parent = ItemByKey(node.parent);
+      if (!parent) continue;
+      item = new QTreeWidgetItem(parent);
+    }
+    item->setText(0, QString::fromStdString(node.text));
+    item->setData(0, kKeyRole, QString::fromStdString(node.key));
+    if (node.kind == batch::NodeKind::Series || node.parent.empty()) {
+      QFont f = item->font(0);
+      f.setBold(true);
+      item->setFont(0, f);
+    }
+    item->setToolTip(0, QString::fromStdString(node.text));
+    items_[node.key] = item;
+  }
+}
+
+void ReportPane::navigate(const fs::path& file) {
+  current_ = file;
+  lblFile->setText(Native(file.filename()));
+  lblFile->setToolTip(Native(file));
+  bool exists = fs::exists(file);
+  actOpenInBrowser->setEnabled(exists);
+  if (!exists) {
+    brsReport->setPlainText(QString("%1 does not exist.").arg(Native(file)));
+    return;
+  }
+  std::string ext = platform::ToUpper(file.extension().string());
+  brsReport->document()->clear();
+  brsReport->document()->setDefaultFont(brsReport->font());
+  if (IsHtml(ext)) {
+    brsReport->setSource(QUrl::fromLocalFile(Native(file)), QTextDocument::HtmlResource);
+    return;
+  }
+  if (IsPicture(ext)) {
+    QImage picture(Native(file));
+    int room = brsReport->viewport()->width() - 24;
+    if (room > 200 && picture.width() > room) picture = picture.scaledToWidth(room, Qt::SmoothTransformation);
+    QUrl name("tessaly-picture:" + Native(file.filename()));
+    brsReport->document()->addResource(QTextDocument::ImageResource, name, picture);
+    brsReport->setHtml(QString("<p align=\"center\"><img src=\"%1\"></p>").arg(name.toString()));
+    return;
+  }
+  QFile text(Native(file));
+  if (!text.open(QIODevice::ReadOnly)) {
+    brsReport->setPlainText(QString("%1 could not be read.").arg(Native(file)));
+    return;
+  }
+  QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  brsReport->document()->setDefaultFont(fixed);
+  brsReport->setPlainText(QString::fromLocal8Bit(text.readAll()));
+}
+
+void ReportPane::OpenInBrowser() {
+  if (!current_.empty() && fs::exists(current_)) QDesktopServices::openUrl(QUrl::fromLocalFile(Native(current_)));
+}
+
+}  // namespace tessaly::app

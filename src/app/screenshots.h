@@ -1,0 +1,16 @@
+#pragma once
+// The screenshot session (TESSALY_SCREENSHOT_DIR): the main window, the preference
+// dialogs, the project forms, a run of the sample project with every wizard page it
+// passes, the progress window, the report tree with a report and a graph shown, the step
+// dialog of the "All" walks, and the model pages of the wizard. Each picture is a PNG file
+// in the folder; the program exits when done.
+#include <QString>
+
+namespace tessaly::shell {
+class frmMain;
+}
+
+namespace tessaly::app {
+class DesktopSession;
+void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir);
+}  // namespace tessaly::app
