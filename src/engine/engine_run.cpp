@@ -44,7 +44,7 @@ bool IsSeasonalPreset(int objective) {
 // The starting model: read when objective #1 is 99 or the rules name it. Returns an error
 // code (0 when fine) and adds what was found to the notes.
 int16_t ReadStartModel(const fs::path& folder, int objective, const EngineRules& rules,
-                       std::vector<std::string>& notes) {
+                       std::vector<std::string>& notes, std::vector<ModelBlock>& start_model) {
   bool named = !rules.initial_model.empty();
   if (objective != 99 && !named) return 0;
   auto path = tp::FindNoCase(folder, "STARTMOD.123");
@@ -61,9 +61,11 @@ int16_t ReadStartModel(const fs::path& folder, int objective, const EngineRules&
   std::string text = "STARTMOD.123 holds a model of " + std::to_string(model->series) +
                      (model->series == 1 ? " series" : " series (the noise model and inputs)") +
                      " for " + model->blocks[0].name + ".";
-  if (objective == 99)
-    text += " Estimation from a user's model is not available in this version of the engine: "
-            "the series was modelled automatically under the rules.";
+  if (objective == 99) {
+    text += rules.allow_modifications ? " It was used as the starting model, to be tuned and extended."
+                                      : " It was used as the model, its structure held fixed.";
+    start_model = model->blocks;
+  }
   notes.push_back(text);
   return 0;
 }
@@ -121,7 +123,8 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     std::vector<std::string> notes = ApplyControlFiles(folder, rules.rules);
 
     int objective = arrays.objective_values[0];
-    if (int16_t code = ReadStartModel(folder, objective, rules.rules, notes))
+    std::vector<ModelBlock> start_model;
+    if (int16_t code = ReadStartModel(folder, objective, rules.rules, notes, start_model))
       return finish(code, code == kStartModelMissing ? " USEMOD.QVX REQUIRES A STARTING MODEL"
                                                      : " STARTMOD.123 MALFORMED");
     if (rules.rules.groups > 1)
@@ -141,7 +144,8 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
                     " PROBLEMS WITH SEASONAL TIME TREND MODEL. NOT VALID FOR THIS SEASONALITY.");
     // Identification only: the core identifies the transform, the differencing and a model
     // as usual, and the reports add the descriptive measures; nothing is forecast.
-    if (objective == 99 || objective == 97) request.problem.objective = 0;
+    if (objective == 97) request.problem.objective = 0;
+    request.problem.start_model = std::move(start_model);
     if (objective == 97) request.problem.horizon = 0;
     // The horizon decided here is final: the core's own fallback to the rules' count must
     // not bring back forecasts that the request or the rules turned off. The retained

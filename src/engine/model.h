@@ -20,6 +20,26 @@ struct InputSeries {
   std::vector<double> retained; // values of the retained periods
 };
 
+// One polynomial of a model file: the back-order powers of its terms and their coefficients.
+struct Polynomial {
+  std::vector<int> powers;
+  std::vector<double> coefficients;
+};
+
+// One block of a model file (STARTMOD.123, PASS2MOD.123). For the noise block `first` are
+// the AR polynomials and `second` the MA ones (regression signs: w(t) = sum ar w(t-k) + a(t)
+// + sum ma a(t-k)); for an input block, the denominator and the numerator polynomials
+// (v(t) = sum den v(t-k) + sum num x(t-k); a negative power is a lead).
+struct ModelBlock {
+  std::string name;
+  bool has_constant = false;  // noise block only
+  double constant = 0.0;
+  double lambda = 1.0;
+  std::vector<int> differencing;  // back-order power of each differencing operator
+  std::vector<Polynomial> first;
+  std::vector<Polynomial> second;
+};
+
 // The problem handed to the modelling core: one output series, its inputs, the rules.
 struct ModelingProblem {
   std::string output_name;
@@ -32,6 +52,8 @@ struct ModelingProblem {
   int objective = 0;             // objective #1: 0 automatic, 1-15/51/52 presets, 97, 99
   std::vector<InputSeries> inputs;
   EngineRules rules;
+  // Objective 99: the user's model (STARTMOD.123), the noise block first, then the inputs.
+  std::vector<ModelBlock> start_model;
 };
 
 // Where the work stands; the engine process maps these to STAGE1.123 .. STAGE4.123.

@@ -1,5 +1,6 @@
 #include "engine/model_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -228,14 +229,19 @@ ModelFile ModelFileFromResult(const ModelResult& r, const std::string& output_na
     ModelBlock in;
     in.name = name;
     if (difference_inputs) in.differencing = noise.differencing;
-    Polynomial numerator;
+    Polynomial numerator, denominator;
     for (const auto& c : r.coefficients) {
-      if (c.kind != "input") continue;
+      if (c.kind != "input" && c.kind != "denominator") continue;
       bool mine = c.term == name || c.term.rfind(name + " ", 0) == 0;
       if (!mine) continue;
-      numerator.powers.push_back(c.lag);
-      numerator.coefficients.push_back(c.value);
+      Polynomial& poly = c.kind == "input" ? numerator : denominator;
+      if (c.kind == "denominator" &&
+          std::find(poly.powers.begin(), poly.powers.end(), c.lag) != poly.powers.end())
+        continue;  // one denominator serves all the input's terms
+      poly.powers.push_back(c.lag);
+      poly.coefficients.push_back(c.value);
     }
+    if (!denominator.powers.empty()) in.first.push_back(denominator);
     if (numerator.powers.empty()) {
       numerator.powers.push_back(0);
       numerator.coefficients.push_back(0.0);

@@ -12,23 +12,8 @@
 
 namespace quorvane {
 
-// One polynomial: the back-order powers of its terms and their coefficients.
-struct Polynomial {
-  std::vector<int> powers;
-  std::vector<double> coefficients;
-};
-
-// One block of the file. For the noise block `first` are the AR polynomials and `second`
-// the MA ones; for an input block, the denominator and the numerator polynomials.
-struct ModelBlock {
-  std::string name;
-  bool has_constant = false;  // noise block only
-  double constant = 0.0;
-  double lambda = 1.0;
-  std::vector<int> differencing;  // back-order power of each differencing operator
-  std::vector<Polynomial> first;
-  std::vector<Polynomial> second;
-};
+// Polynomial and ModelBlock (one block of the file) are declared with the modelling
+// problem in engine/model.h, since the user's model travels to the core in that form.
 
 struct ModelFile {
   int series = 1;  // count on the first line: blocks in the model

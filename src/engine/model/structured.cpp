@@ -1,0 +1,1090 @@
+// Models of a given structure (presets, the user's model) and transfer-function models of
+// input series, all estimated as a regression with ARIMA errors.
+#include "engine/model/structured.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+#include <Eigen/Dense>
+
+#include "engine/model/forecast.h"
+#include "engine/model/search.h"
+#include "engine/model/series_stats.h"
+#include "engine/model/transform.h"
+#include "engine/model/unit_root.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr double kMissing = 99999999999.0;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr int16_t kCodeEstimation = 3;
+constexpr int16_t kCodeObservations = 2180;
+constexpr int16_t kCodeRedundancy = 2155;
+constexpr int16_t kCodeSeasonalPreset = 2163;
+constexpr int16_t kCodeRegressionPreset = 2164;
+constexpr int16_t kCodeModelMalformed = 2190;
+constexpr const char* kRedundancyText = " TESSALY HAS IDENTIFIED A LINEAR REDUNDANCY. DELETE REDUNDANT VARIABLES.";
+
+std::string Fmt(const char* fmt, double v) {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, fmt, v);
+  return buf;
+}
+
+bool SameName(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i]))) return false;
+  return true;
+}
+
+// Missing values (the engine's mark, or not a number) filled by linear interpolation, the
+// nearest value at the ends. Returns how many were filled.
+int FillMissing(std::vector<double>& y) {
+  int filled = 0;
+  const int n = static_cast<int>(y.size());
+  auto missing = [](double v) { return v == kMissing || !std::isfinite(v); };
+  for (int t = 0; t < n; ++t) {
+    if (!missing(y[t])) continue;
+    int a = t - 1, b = t + 1;
+    while (b < n && missing(y[b])) ++b;
+    for (int k = t; k < b; ++k) {
+      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
+      else if (a >= 0) y[k] = y[a];
+      else if (b < n) y[k] = y[b];
+      else y[k] = 0.0;
+      ++filled;
+    }
+    t = b - 1;
+  }
+  return filled;
+}
+
+double ScaleOf(const std::vector<double>& z) {
+  double m = 0.0;
+  for (double v : z)
+    if (std::isfinite(v)) m = std::max(m, std::fabs(v));
+  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
+  return std::ldexp(1.0, std::ilogb(m));
+}
+
+ConvergenceCriteria CriteriaOf(const EngineRules& rules) {
+  ConvergenceCriteria c;
+  c.sse_change_pct = rules.sse_change_pct;
+  c.parameter_change_pct = rules.parameter_change_pct;
+  c.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
+  return c;
+}
+
+int HorizonOf(const ModelingProblem& p, ModelResult& r) {
+  int h = p.horizon > 0 ? p.horizon : p.rules.forecasts;
+  if (!p.rules.forecasting_enabled) {
+    h = 0;
+    r.warnings.push_back("Model forecasting is disabled in the rules.");
+  }
+  return std::clamp(h, 0, 600);
+}
+
+// The output series ready for modelling, or an error code in r.
+bool PrepareOutput(const ModelingProblem& p, std::vector<double>& y, ModelResult& r) {
+  y = p.y;
+  if (y.empty()) {
+    r.error_code = kCodeObservations;
+    return false;
+  }
+  const int filled = FillMissing(y);
+  if (filled == static_cast<int>(y.size())) {
+    r.error_code = kCodeObservations;
+    return false;
+  }
+  if (filled > 0)
+    r.warnings.push_back(std::to_string(filled) +
+                         " missing value(s) in the output series were filled by linear interpolation.");
+  return true;
+}
+
+// Factor "(1 - 0.4012B - 0.1B**2)" in regression sign convention; "" when empty.
+std::string Factor(const std::vector<double>& c, int step, double sign) {
+  std::string s;
+  bool any = false;
+  for (size_t i = 0; i < c.size(); ++i) {
+    if (c[i] == 0.0) continue;
+    any = true;
+    const double v = sign * c[i];
+    s += v < 0 ? " - " : " + ";
+    s += Fmt("%.4f", std::fabs(v)) + "B";
+    const int lag = static_cast<int>(i + 1) * step;
+    if (lag > 1) s += "**" + std::to_string(lag);
+  }
+  return any ? "(1" + s + ")" : "";
+}
+
+std::string TransformName(double lambda, const std::string& name) {
+  if (std::fabs(lambda - 1.0) < 1e-12) return name;
+  if (std::fabs(lambda) < 1e-12) return "LN(" + name + ")";
+  return "BOXCOX(" + name + "," + Fmt("%.2f", lambda) + ")";
+}
+
+void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
+  size_t se_index = 0;
+  auto add = [&](const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix, const char* kind,
+                 int step) {
+    for (size_t i = 0; i < v.size(); ++i) {
+      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
+      ++se_index;
+      if (i < zero.size() && zero[i]) continue;
+      Coefficient c;
+      c.lag = static_cast<int>(i + 1) * step;
+      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
+      c.kind = kind;
+      c.value = v[i];
+      c.std_error = se;
+      c.t_value = se > 0.0 ? v[i] / se : 0.0;
+      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+      out.push_back(c);
+    }
+  };
+  add(f.coef.ar, f.spec.ar_zero, "AR", "ar", 1);
+  add(f.coef.ma, f.spec.ma_zero, "MA", "ma", 1);
+  add(f.coef.sar, f.spec.sar_zero, "SAR", "sar", f.spec.period);
+  add(f.coef.sma, f.spec.sma_zero, "SMA", "sma", f.spec.period);
+  if (f.spec.constant) {
+    Coefficient c;
+    c.term = "CONSTANT";
+    c.kind = "constant";
+    c.value = f.mean * scale;
+    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] * scale : 0.0;
+    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
+    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    out.insert(out.begin(), c);
+  }
+}
+
+// Integrates a column so that the model's differencing gives it back: an input that the
+// rules say not to difference enters the differenced equation as it is.
+std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& spec) {
+  const std::vector<double> delta = DifferencingPolynomial(spec.d, spec.D, spec.period);
+  if (delta.empty()) return x;
+  std::vector<double> out(x.size(), 0.0);
+  for (size_t t = 0; t < x.size(); ++t) {
+    double v = std::isfinite(x[t]) ? x[t] : 0.0;
+    for (size_t k = 1; k <= delta.size() && k <= t; ++k) v += delta[k - 1] * out[t - k];
+    out[t] = v;
+  }
+  return out;
+}
+
+// Columns (over the sample) that are a linear combination of the ones before them (and of
+// the constant) once the model's differencing is applied.
+std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, const ArimaSpec& spec) {
+  std::vector<int> out;
+  if (X.empty()) return out;
+  std::vector<std::vector<double>> cols;
+  for (const auto& x : X) cols.push_back(DifferenceSeries(x, spec));
+  const int m = static_cast<int>(cols[0].size());
+  if (m == 0) return out;
+  const bool constant = spec.d + spec.D == 0 || spec.constant;
+  std::vector<Eigen::VectorXd> kept;
+  if (constant) kept.push_back(Eigen::VectorXd::Ones(m));
+  for (size_t j = 0; j < cols.size(); ++j) {
+    Eigen::VectorXd c = Eigen::Map<const Eigen::VectorXd>(cols[j].data(), m);
+    const double norm = c.norm();
+    Eigen::MatrixXd A(m, kept.size() + 1);
+    for (size_t i = 0; i < kept.size(); ++i) A.col(i) = kept[i];
+    A.col(kept.size()) = c;
+    Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A);
+    qr.setThreshold(1e-9);
+    if (!(norm > 0.0) || qr.rank() < static_cast<int>(kept.size()) + 1) {
+      out.push_back(static_cast<int>(j));
+      continue;
+    }
+    kept.push_back(c);
+  }
+  return out;
+}
+
+std::vector<double> TrendColumn(int length) {
+  std::vector<double> x(length);
+  for (int t = 0; t < length; ++t) x[t] = t + 1.0;
+  return x;
+}
+
+}  // namespace
+
+bool IsPresetObjective(int objective) { return (objective >= 1 && objective <= 15) || objective == 51 || objective == 52; }
+
+bool IsSeasonalPreset(int objective) {
+  return objective == 10 || objective == 11 || objective == 13 || objective == 14 || objective == 15;
+}
+
+std::string PresetName(int objective) {
+  switch (objective) {
+    case 1: return "MEAN";
+    case 2: return "AUTOREGRESSIVE(1) WITH CONSTANT";
+    case 3: return "AUTOREGRESSIVE(2) WITH CONSTANT";
+    case 4: return "SIMPLE EXPONENTIAL SMOOTHING NO CONSTANT";
+    case 5: return "LINEAR (HOLT) EXPONENTIAL SMOOTHING NO CONSTANT";
+    case 6: return "RANDOM WALK NO CONSTANT";
+    case 7: return "RANDOM WALK WITH CONSTANT";
+    case 8: return "TIME TREND";
+    case 9: return "TIME TREND PLUS AR(1) CORRECTION";
+    case 10: return "FOURIER";
+    case 11: return "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS";
+    case 12: return "DAMPED TREND LINEAR EXPONENTIAL SMOOTHING NO CONSTANT";
+    case 13: return "SEASONAL EXPONENTIAL SMOOTHING NO CONSTANT";
+    case 14: return "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS (ARIMA FORM)";
+    case 15: return "AIRLINE";
+    case 51: return "REGRESSION";
+    case 52: return "REGRESSION WITH AR(1) CORRECTION";
+    default: return "";
+  }
+}
+
+std::vector<double> LagColumn(const std::vector<double>& path, int lag, double delta, int length) {
+  std::vector<double> x(std::max(length, 0), kNaN);
+  const int size = static_cast<int>(path.size());
+  for (int t = 0; t < length; ++t) {
+    const int at = t - lag;
+    if (at >= 0 && at < size) x[t] = path[at];
+    else if (at >= size && size > 0) x[t] = path.back();
+  }
+  if (delta != 0.0) {
+    // v(t) = delta v(t-1) + x(t), started at the first defined value.
+    bool started = false;
+    double prev = 0.0;
+    for (int t = 0; t < length; ++t) {
+      if (!std::isfinite(x[t])) continue;
+      prev = started ? delta * prev + x[t] : x[t] / (1.0 - delta);
+      started = true;
+      x[t] = prev;
+    }
+  }
+  return x;
+}
+
+std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int extra, const EngineRules& rules,
+                              std::vector<std::string>* notes) {
+  std::vector<double> path = input.history;
+  path.resize(n, kMissing);
+  FillMissing(path);
+  const int want = n + std::max(horizon, 0) + std::max(extra, 0);
+  if (input.type >= 1 && input.type <= 3) {
+    std::vector<double> known = input.retained;
+    known.insert(known.end(), input.future.begin(), input.future.end());
+    for (double v : known) {
+      if (static_cast<int>(path.size()) >= want) break;
+      path.push_back(v == kMissing || !std::isfinite(v) ? path.back() : v);
+    }
+  } else if (want > n) {
+    ModelingProblem own;
+    own.output_name = input.name;
+    own.y.assign(path.begin(), path.begin() + n);
+    own.seasonality = 1;
+    own.horizon = want - n;
+    own.rules = rules;
+    own.rules.forecasting_enabled = true;
+    own.rules.forecasts = own.horizon;
+    const ModelResult f = FitAndForecast(own, nullptr);
+    if (f.error_code == 0 && !f.forecasts.empty()) {
+      path.insert(path.end(), f.forecasts.begin(), f.forecasts.end());
+      if (notes)
+        notes->push_back(input.name + " has no future values: it was forecast by its own model, " +
+                         f.description + ".");
+    }
+  }
+  while (!path.empty() && static_cast<int>(path.size()) < want) path.push_back(path.back());
+  path.resize(want);
+  return path;
+}
+
+ModelResult FitStructured(const ModelingProblem& problem, const std::vector<double>& y_all,
+                          const StructuredModel& model, const ConvergenceCriteria& crit, int horizon,
+                          RegressionArimaFit* fit_out) {
+  ModelResult r;
+  const int n = static_cast<int>(y_all.size());
+  const int L = std::clamp(model.leading, 0, std::max(0, n - 1));
+  const std::vector<double> y(y_all.begin() + L, y_all.end());
+  double lambda = model.lambda;
+  if (!PowerApplies(y, lambda)) {
+    r.warnings.push_back("The power transform " + Fmt("%.2f", lambda) +
+                         " cannot be applied to values that are not positive; none was used.");
+    lambda = 1.0;
+  }
+  const std::vector<double> zt = BoxCox(y, lambda);
+  const double scale = ScaleOf(zt);
+  std::vector<double> z(zt.size());
+  for (size_t t = 0; t < z.size(); ++t) z[t] = zt[t] / scale;
+  const int m = static_cast<int>(z.size());
+
+  std::vector<std::vector<double>> X;
+  for (const auto& c : model.columns) {
+    std::vector<double> x(m, 0.0);
+    for (int t = 0; t < m; ++t) {
+      const size_t at = static_cast<size_t>(t + L);
+      x[t] = at < c.values.size() && std::isfinite(c.values[at]) ? c.values[at] : 0.0;
+    }
+    X.push_back(std::move(x));
+  }
+
+  RegressionArimaFit fr = FitRegressionArima(z, X, model.noise, crit, true, model.has_start ? &model.start : nullptr);
+  if (!fr.ok && model.has_start) fr = FitRegressionArima(z, X, model.noise, crit, true, nullptr);
+  if (!fr.ok) {
+    r.error_code = kCodeEstimation;
+    r.warnings.push_back("The model " + model.name + " (" + model.noise.Name() +
+                         ") could not be estimated on these data.");
+    return r;
+  }
+  if (fit_out) *fit_out = fr;
+  const ArimaFit& f = fr.arima;
+
+  // The model.
+  r.lambda = lambda;
+  r.leading_left_out = L;
+  r.d = f.spec.d;
+  r.D = f.spec.D;
+  r.p = f.spec.p;
+  r.q = f.spec.q;
+  r.P = f.spec.P;
+  r.Q = f.spec.Q;
+  r.period = f.spec.period;
+  r.has_constant = f.spec.constant;
+  r.parameters = f.spec.FreeCount() + (f.spec.constant ? 1 : 0) + static_cast<int>(X.size());
+  const int df = std::max(1, f.n - r.parameters);
+  AddArmaCoefficients(f, scale, df, r.coefficients);
+  for (size_t j = 0; j < model.columns.size(); ++j) {
+    const RegressorColumn& col = model.columns[j];
+    Coefficient c;
+    c.term = col.term;
+    c.kind = col.kind;
+    c.lag = col.lag;
+    c.value = fr.beta[j] * scale;
+    c.std_error = j < fr.beta_se.size() ? fr.beta_se[j] * scale : 0.0;
+    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
+    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    r.coefficients.push_back(c);
+    if (col.denominator != 0.0) {
+      Coefficient den;
+      den.term = col.input + " DENOMINATOR(1)";
+      den.kind = "denominator";
+      den.lag = 1;
+      den.value = col.denominator;
+      r.coefficients.push_back(den);
+    }
+    if (!col.input.empty() &&
+        std::find(r.inputs_kept.begin(), r.inputs_kept.end(), col.input) == r.inputs_kept.end())
+      r.inputs_kept.push_back(col.input);
+  }
+  // Inputs in the order of the dataset.
+  std::vector<std::string> ordered;
+  for (const auto& in : problem.inputs)
+    if (std::find(r.inputs_kept.begin(), r.inputs_kept.end(), in.name) != r.inputs_kept.end())
+      ordered.push_back(in.name);
+  r.inputs_kept = ordered;
+  r.description = (model.name.empty() ? std::string() : model.name + ": ") + f.spec.Name();
+  {
+    const std::string name = problem.output_name.empty() ? "Y" : problem.output_name;
+    std::string eq = TransformName(lambda, name) + "(t) =";
+    bool first = true;
+    for (const auto& c : r.coefficients) {
+      if (c.kind == "constant" || c.kind == "ar" || c.kind == "ma" || c.kind == "sar" || c.kind == "sma" ||
+          c.kind == "denominator")
+        continue;
+      eq += (first ? " " : (c.value < 0 ? " - " : " + ")) + Fmt("%.6g", first ? c.value : std::fabs(c.value)) + " " + c.term;
+      first = false;
+    }
+    eq += (first ? " N(t)" : " + N(t)");
+    std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.spec.period, -1.0);
+    for (int i = 0; i < f.spec.d; ++i) lhs += "(1 - B)";
+    for (int i = 0; i < f.spec.D; ++i) lhs += "(1 - B**" + std::to_string(f.spec.period) + ")";
+    std::string rhs = f.spec.constant ? Fmt("%.6g", f.mean * scale) + " + " : "";
+    const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.spec.period, 1.0);
+    rhs += ma + (ma.empty() ? "" : " ") + "a(t)";
+    r.equation = eq + "\n" + lhs + (lhs.empty() ? "" : " ") + "N(t) = " + rhs;
+  }
+
+  // In-sample figures.
+  const std::vector<double> innov = RegressionInnovations(z, X, fr);
+  r.fitted.assign(n, kMissing);
+  r.residuals.assign(n, kMissing);
+  r.cleansed = y_all;
+  std::vector<double> model_resid, used_z;
+  double sse = 0.0, ape = 0.0;
+  int ape_n = 0, used = 0;
+  for (int t = 0; t < m; ++t) {
+    if (!std::isfinite(innov[t])) continue;
+    const double pred = z[t] - innov[t];
+    const double fit = InverseBoxCox(pred * scale, lambda);
+    r.fitted[t + L] = fit;
+    r.residuals[t + L] = y[t] - fit;
+    model_resid.push_back(innov[t] * scale);
+    used_z.push_back(z[t] * scale);
+    sse += r.residuals[t + L] * r.residuals[t + L];
+    if (y[t] != 0.0) {
+      ape += std::fabs(r.residuals[t + L] / y[t]);
+      ++ape_n;
+    }
+    ++used;
+  }
+  const double zbar = Mean(used_z);
+  double sst = 0.0, mss = 0.0;
+  for (size_t i = 0; i < used_z.size(); ++i) {
+    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
+    mss += model_resid[i] * model_resid[i];
+  }
+  r.observations = used;
+  r.degrees_of_freedom = std::max(0, used - r.parameters);
+  r.sse = sse;
+  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
+  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
+  r.loglik = f.loglik - f.n * std::log(scale) + (lambda != 1.0 ? BoxCoxLogJacobian(y, lambda, m - f.n) : 0.0);
+  const int kk = r.parameters + 1;
+  r.aic = -2.0 * r.loglik + 2.0 * kk;
+  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
+  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
+  const int period = f.spec.period;
+  const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
+  const TestResult lb = LjungBox(model_resid, lb_lags, f.spec.FreeCount());
+  r.ljung_box_q = lb.statistic;
+  r.ljung_box_p = lb.p_value;
+  r.ljung_box_lags = lb_lags;
+  const TestResult jb = JarqueBera(model_resid);
+  r.normality_stat = jb.statistic;
+  r.normality_p = jb.p_value;
+  const int acf_lags = std::max(1, std::min(period > 1 ? 2 * period : 12, std::max(1, used / 4)));
+  r.residual_acf = Autocorrelations(model_resid, acf_lags);
+  r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
+
+  // Forecasts: the noise forecast from its own model plus the columns' future values.
+  if (horizon > 0) {
+    const std::vector<double> u = RemoveRegressors(z, X, fr.beta);
+    const ArimaForecast fc = ForecastArima(u, f, horizon, problem.rules.forecast_confidence);
+    r.forecasts.resize(horizon);
+    r.lower.resize(horizon);
+    r.upper.resize(horizon);
+    for (int h = 0; h < horizon; ++h) {
+      double xb = 0.0;
+      for (size_t j = 0; j < model.columns.size(); ++j) {
+        const auto& v = model.columns[j].values;
+        const size_t at = static_cast<size_t>(n + h);
+        const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
+        xb += fr.beta[j] * (std::isfinite(x) ? x : 0.0);
+      }
+      r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
+      r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
+      r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
+    }
+  }
+  r.notes.push_back({"Final model", r.description + ", " + std::to_string(r.parameters) +
+                                        " parameter(s), log-likelihood " + Fmt("%.3f", r.loglik) + ", AIC " +
+                                        Fmt("%.3f", r.aic) + ", BIC " + Fmt("%.3f", r.bic) + "."});
+  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Fmt("%.3f", r.ljung_box_q) + " over " +
+                                      std::to_string(r.ljung_box_lags) + " lags, p-value " +
+                                      Fmt("%.4f", r.ljung_box_p) + "; R-squared " + Fmt("%.4f", r.r_squared) +
+                                      "; in-sample MAPE " + Fmt("%.3f", r.mape) + " %."});
+  if (!f.converged && crit.max_iterations > 0)
+    r.warnings.push_back("Estimation stopped at the maximum number of iterations before the convergence criteria were met.");
+  return r;
+}
+
+namespace {
+
+bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
+  if (on_stage && !on_stage(s)) {
+    r.cancelled = true;
+    return false;
+  }
+  return true;
+}
+
+void Prepend(ModelResult& r, const std::vector<Note>& notes, const std::vector<std::string>& warnings) {
+  r.notes.insert(r.notes.begin(), notes.begin(), notes.end());
+  r.warnings.insert(r.warnings.begin(), warnings.begin(), warnings.end());
+}
+
+}  // namespace
+
+ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r;
+  const int obj = problem.objective;
+  if (!Stage_(on_stage, Stage::DataPreparation, r)) return r;
+  if ((obj == 51 || obj == 52) && problem.inputs.empty()) {
+    r.error_code = kCodeRegressionPreset;
+    r.warnings.push_back(" PROBLEMS WITH OLS OR OLSP MODEL. REQUIRES CAUSAL VARIABLES.");
+    return r;
+  }
+  const int s = problem.seasonality;
+  if (IsSeasonalPreset(obj) && s < 4) {
+    r.error_code = kCodeSeasonalPreset;
+    r.warnings.push_back(" PROBLEMS WITH SEASONAL TIME TREND MODEL. NOT VALID FOR THIS SEASONALITY.");
+    return r;
+  }
+  std::vector<double> y;
+  if (!PrepareOutput(problem, y, r)) return r;
+  const int horizon = HorizonOf(problem, r);
+  const int n = static_cast<int>(y.size());
+  const int total = n + horizon;
+  std::vector<Note> notes;
+
+  StructuredModel m;
+  m.name = PresetName(obj);
+  ArimaSpec& a = m.noise;
+  a.period = s > 1 ? s : 1;
+  auto add_column = [&](std::string term, std::string kind, std::vector<double> values) {
+    RegressorColumn c;
+    c.term = std::move(term);
+    c.kind = std::move(kind);
+    c.values = std::move(values);
+    m.columns.push_back(std::move(c));
+  };
+  auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
+  switch (obj) {
+    case 1: a.constant = true; break;
+    case 2: a.p = 1; a.constant = true; break;
+    case 3: a.p = 2; a.constant = true; break;
+    case 4: a.d = 1; a.q = 1; break;
+    case 5: a.d = 2; a.q = 2; break;
+    case 6: a.d = 1; break;
+    case 7: a.d = 1; a.constant = true; break;
+    case 8: a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
+    case 9: a.p = 1; a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
+    case 10: {
+      // A constant and the harmonics of the seasonal cycle (at most six pairs).
+      a.constant = true;
+      const int K = std::min(s / 2, 6);
+      for (int k = 1; k <= K; ++k) {
+        std::vector<double> c(total), sn(total);
+        for (int t = 0; t < total; ++t) {
+          const double w = 2.0 * M_PI * k * (problem.begin_period - 1 + t) / s;
+          c[t] = std::cos(w);
+          sn[t] = std::sin(w);
+        }
+        add_column("COS(" + std::to_string(k) + ")", "fourier", c);
+        if (2 * k != s) add_column("SIN(" + std::to_string(k) + ")", "fourier", sn);
+      }
+      break;
+    }
+    case 11: {
+      // Holt's linear trend (the ARIMA(0,2,2) of linear exponential smoothing) with fixed
+      // additive seasonal factors that sum to zero over the cycle.
+      a.d = 2;
+      a.q = 2;
+      for (int j = 0; j + 1 < s; ++j) {
+        std::vector<double> x(total);
+        for (int t = 0; t < total; ++t) x[t] = minor_of(t) == j ? 1.0 : (minor_of(t) == s - 1 ? -1.0 : 0.0);
+        add_column("SEASON " + std::to_string(j + 1), "seasonal", x);
+      }
+      break;
+    }
+    case 12: a.p = 1; a.d = 1; a.q = 2; break;
+    case 13: a.D = 1; a.Q = 1; break;
+    case 14:
+      // The ARIMA form of additive Holt-Winters: (1-B)(1-B**s) y = MA(s+1) noise, with the
+      // terms at lags 1, s and s+1 (the others of the form are small and held at zero).
+      a.d = 1;
+      a.D = 1;
+      a.q = s + 1;
+      a.ma_zero.assign(s + 1, true);
+      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
+      break;
+    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
+    case 51:
+    case 52: {
+      a.constant = true;
+      a.p = obj == 52 ? 1 : 0;
+      for (const auto& in : problem.inputs) {
+        RegressorColumn c;
+        c.term = in.name;
+        c.kind = "input";
+        c.input = in.name;
+        std::vector<std::string> found;
+        c.values = LagColumn(InputPath(in, n, horizon, 0, problem.rules, &found), 0, 0.0, total);
+        for (const auto& t : found) notes.push_back({"Inputs", t});
+        m.columns.push_back(std::move(c));
+      }
+      std::vector<std::vector<double>> X;
+      for (const auto& c : m.columns) X.emplace_back(c.values.begin(), c.values.begin() + n);
+      const std::vector<int> redundant = RedundantColumns(X, a);
+      if (!redundant.empty()) {
+        r.error_code = kCodeRedundancy;
+        r.warnings.push_back(kRedundancyText);
+        for (int j : redundant) r.warnings.push_back(m.columns[j].term + " is a linear combination of the other inputs.");
+        return r;
+      }
+      break;
+    }
+    default: break;
+  }
+  if (a.D > 0 || a.P > 0 || a.Q > 0) {
+    if (n < 2 * s + 3) {
+      r.error_code = kCodeEstimation;
+      r.warnings.push_back("Too few observations (" + std::to_string(n) + ") for the seasonal preset " + m.name + ".");
+      return r;
+    }
+  }
+  notes.push_back({"Model", "Preset model " + std::to_string(obj) + ", " + m.name + ": " + a.Name() +
+                                (m.columns.empty() ? std::string() : " with " + std::to_string(m.columns.size()) + " regressor(s)") +
+                                ", no power transform."});
+  if (!Stage_(on_stage, Stage::Identification, r)) return r;
+  if (!Stage_(on_stage, Stage::Estimation, r)) return r;
+  std::vector<std::string> warnings = r.warnings;
+  r = FitStructured(problem, y, m, CriteriaOf(problem.rules), horizon);
+  if (r.error_code) return r;
+  if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
+  Prepend(r, notes, warnings);
+  return r;
+}
+
+namespace {
+
+// The user's noise block as an ARIMA spec with its coefficients as start values. False
+// when the block cannot be expressed (differencing of two different periods, or powers
+// out of range).
+bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaSpec& spec, ArmaCoefficients& start,
+                    std::string& why) {
+  spec = ArimaSpec();
+  int period = seasonality > 1 ? seasonality : 1;
+  for (int p : b.differencing) {
+    if (p == 1) {
+      ++spec.d;
+    } else if (p > 1) {
+      if (spec.D > 0 && p != period) {
+        why = "differencing of two seasonal periods";
+        return false;
+      }
+      period = p;
+      ++spec.D;
+    } else {
+      why = "a differencing power below 1";
+      return false;
+    }
+  }
+  spec.period = period;
+  spec.constant = b.has_constant;
+  start = ArmaCoefficients();
+  start.period = period;
+  auto take = [&](const std::vector<Polynomial>& polys, int& order, std::vector<bool>& zero, std::vector<double>& coef,
+                  int& sorder, std::vector<bool>& szero, std::vector<double>& scoef) {
+    for (const auto& poly : polys) {
+      bool seasonal = period > 1;
+      for (int pw : poly.powers) seasonal = seasonal && pw > 0 && pw % period == 0;
+      int& o = seasonal ? sorder : order;
+      std::vector<bool>& zz = seasonal ? szero : zero;
+      std::vector<double>& cc = seasonal ? scoef : coef;
+      for (size_t i = 0; i < poly.powers.size(); ++i) {
+        const int pw = poly.powers[i];
+        const int k = seasonal ? pw / period : pw;
+        if (k < 1 || k > 60) {
+          why = "a polynomial power of " + std::to_string(pw);
+          return false;
+        }
+        if (k > o) {
+          o = k;
+          zz.resize(k, true);
+          cc.resize(k, 0.0);
+        }
+        zz[k - 1] = false;
+        cc[k - 1] = i < poly.coefficients.size() ? poly.coefficients[i] : 0.0;
+      }
+    }
+    return true;
+  };
+  if (!take(b.first, spec.p, spec.ar_zero, start.ar, spec.P, spec.sar_zero, start.sar)) return false;
+  if (!take(b.second, spec.q, spec.ma_zero, start.ma, spec.Q, spec.sma_zero, start.sma)) return false;
+  spec.ar_zero.resize(spec.p, false);
+  spec.ma_zero.resize(spec.q, false);
+  spec.sar_zero.resize(spec.P, false);
+  spec.sma_zero.resize(spec.Q, false);
+  start.ar.resize(spec.p, 0.0);
+  start.ma.resize(spec.q, 0.0);
+  start.sar.resize(spec.P, 0.0);
+  start.sma.resize(spec.Q, 0.0);
+  return true;
+}
+
+// Drops the least significant term (ARMA term or column) while one is above `alpha`.
+// Returns the notes of what was dropped.
+std::string Necessity(const ModelingProblem& problem, const std::vector<double>& y, StructuredModel& m,
+                      const ConvergenceCriteria& crit, int horizon, double alpha, ModelResult& r,
+                      bool columns_only) {
+  std::string text;
+  for (int round = 0; round < 30; ++round) {
+    int worst = -1;
+    double worst_p = alpha;
+    for (size_t i = 0; i < r.coefficients.size(); ++i) {
+      const Coefficient& c = r.coefficients[i];
+      const bool column = c.kind == "input" || c.kind == "trend" || c.kind == "fourier" || c.kind == "seasonal";
+      if (columns_only && !column) continue;
+      if (c.kind == "denominator") continue;
+      if (c.std_error > 0.0 && c.p_value > worst_p) {
+        worst_p = c.p_value;
+        worst = static_cast<int>(i);
+      }
+    }
+    if (worst < 0) break;
+    const Coefficient c = r.coefficients[worst];
+    StructuredModel next = m;
+    auto hold = [](std::vector<bool>& zero, int& order, int index) {
+      zero.resize(order, false);
+      zero[index] = true;
+      while (order > 0 && zero[order - 1]) {
+        --order;
+        zero.pop_back();
+      }
+    };
+    ArimaSpec& s = next.noise;
+    if (c.kind == "ar") hold(s.ar_zero, s.p, c.lag - 1);
+    else if (c.kind == "ma") hold(s.ma_zero, s.q, c.lag - 1);
+    else if (c.kind == "sar") hold(s.sar_zero, s.P, c.lag / s.period - 1);
+    else if (c.kind == "sma") hold(s.sma_zero, s.Q, c.lag / s.period - 1);
+    else if (c.kind == "constant") s.constant = false;
+    else {
+      auto it = std::find_if(next.columns.begin(), next.columns.end(),
+                             [&](const RegressorColumn& col) { return col.term == c.term; });
+      if (it == next.columns.end()) break;
+      next.columns.erase(it);
+    }
+    next.start.ar.resize(s.p, 0.0);
+    next.start.ma.resize(s.q, 0.0);
+    next.start.sar.resize(s.P, 0.0);
+    next.start.sma.resize(s.Q, 0.0);
+    ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+    if (nr.error_code) break;
+    text += c.term + " dropped (p-value " + Fmt("%.3f", worst_p) + "). ";
+    m = next;
+    r = nr;
+  }
+  return text;
+}
+
+}  // namespace
+
+ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r;
+  if (!Stage_(on_stage, Stage::DataPreparation, r)) return r;
+  if (problem.start_model.empty()) {
+    r.error_code = 2208;
+    r.warnings.push_back(" USEMOD.QVX REQUIRES A STARTING MODEL");
+    return r;
+  }
+  std::vector<double> y;
+  if (!PrepareOutput(problem, y, r)) return r;
+  const int horizon = HorizonOf(problem, r);
+  const int n = static_cast<int>(y.size());
+  std::vector<Note> notes;
+  auto malformed = [&](const std::string& why) {
+    r.error_code = kCodeModelMalformed;
+    r.warnings.push_back(" STARTMOD.123 MALFORMED");
+    r.warnings.push_back("The starting model cannot be used: " + why + ".");
+    return r;
+  };
+
+  StructuredModel m;
+  m.name = "USER MODEL";
+  const ModelBlock& noise = problem.start_model[0];
+  std::string why;
+  if (!NoiseFromBlock(noise, problem.seasonality, m.noise, m.start, why)) return malformed(why);
+  m.has_start = true;
+  m.lambda = noise.lambda;
+  if (!(m.lambda >= -1.0 && m.lambda <= 1.0)) return malformed("a lambda of " + Fmt("%g", noise.lambda));
+
+  int leading = 0;
+  for (size_t k = 1; k < problem.start_model.size(); ++k) {
+    const ModelBlock& b = problem.start_model[k];
+    auto in = std::find_if(problem.inputs.begin(), problem.inputs.end(),
+                           [&](const InputSeries& s) { return SameName(s.name, b.name); });
+    if (in == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
+    double delta = 0.0;
+    if (!b.first.empty()) {
+      if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
+        return malformed("the denominator of " + b.name + " is of an order above one");
+      delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
+      if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
+    }
+    int max_lead = 0;
+    for (const auto& poly : b.second)
+      for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+    std::vector<std::string> found;
+    const std::vector<double> path = InputPath(*in, n, horizon, max_lead, problem.rules, &found);
+    for (const auto& t : found) notes.push_back({"Inputs", t});
+    for (const auto& poly : b.second) {
+      for (int pw : poly.powers) {
+        RegressorColumn c;
+        c.input = in->name;
+        c.kind = "input";
+        c.lag = pw;
+        c.denominator = delta;
+        c.term = in->name + (pw >= 0 ? " LAG " + std::to_string(pw) : " LEAD " + std::to_string(-pw));
+        c.values = LagColumn(path, pw, delta, n + horizon);
+        m.columns.push_back(std::move(c));
+        leading = std::max(leading, pw);
+      }
+    }
+  }
+  m.leading = leading;
+  notes.push_back({"Model", "The user's model from STARTMOD.123: " + m.noise.Name() +
+                                (m.columns.empty() ? std::string() : " with " + std::to_string(m.columns.size()) + " input term(s)") +
+                                (problem.rules.allow_modifications ? "; ALLOWMOD.QVX: it may be tuned and extended."
+                                                                   : "; its structure is held fixed.")});
+  if (!Stage_(on_stage, Stage::Identification, r)) return r;
+  if (!Stage_(on_stage, Stage::Estimation, r)) return r;
+  const ConvergenceCriteria crit = CriteriaOf(problem.rules);
+  std::vector<std::string> warnings = r.warnings;
+  if (!problem.rules.estimation_enabled)
+    warnings.push_back("Model estimation is disabled in the rules; the model's own coefficients were kept.");
+  r = FitStructured(problem, y, m, crit, horizon);
+  if (r.error_code) return r;
+  if (problem.rules.allow_modifications && problem.rules.estimation_enabled) {
+    // Tuned: terms that are not needed are dropped; extended: ARMA terms are added while
+    // the residuals stay autocorrelated and the criterion improves.
+    if (problem.rules.necessity) {
+      const double alpha = 1.0 - std::clamp(problem.rules.necessity_level, 1.0, 99.99) / 100.0;
+      const std::string text = Necessity(problem, y, m, crit, horizon, alpha, r, false);
+      notes.push_back({"Necessity", text.empty() ? "Every term of the user's model is needed." : text});
+    }
+    if (problem.rules.sufficiency_stochastic) {
+      const double alpha = 1.0 - std::clamp(problem.rules.sufficiency_ss_level, 1.0, 99.99) / 100.0;
+      for (int round = 0; round < 3 && r.ljung_box_p < alpha; ++round) {
+        ModelResult best;
+        StructuredModel best_model;
+        for (int which = 0; which < 2; ++which) {
+          StructuredModel next = m;
+          if (which == 0) {
+            ++next.noise.p;
+            next.noise.ar_zero.resize(next.noise.p, false);
+            next.start.ar.resize(next.noise.p, 0.0);
+          } else {
+            ++next.noise.q;
+            next.noise.ma_zero.resize(next.noise.q, false);
+            next.start.ma.resize(next.noise.q, 0.0);
+          }
+          ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+          if (nr.error_code == 0 && nr.aic < r.aic && (best.coefficients.empty() || nr.aic < best.aic)) {
+            best = nr;
+            best_model = next;
+          }
+        }
+        if (best.coefficients.empty()) break;
+        notes.push_back({"Sufficiency", "Residuals autocorrelated (Ljung-Box p-value " + Fmt("%.4f", r.ljung_box_p) +
+                                            "): extended to " + best_model.noise.Name() + "."});
+        m = best_model;
+        r = best;
+      }
+    }
+  }
+  if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
+  Prepend(r, notes, warnings);
+  return r;
+}
+
+ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r;
+  if (!Stage_(on_stage, Stage::DataPreparation, r)) return r;
+  std::vector<double> y;
+  if (!PrepareOutput(problem, y, r)) return r;
+  const int horizon = HorizonOf(problem, r);
+  const int n = static_cast<int>(y.size());
+  const EngineRules& rules = problem.rules;
+  std::vector<Note> notes;
+  int period = problem.seasonality > 1 ? problem.seasonality : 1;
+  if (period > 1 && n < 2 * period + 3) period = 1;
+  // The output series alone, modelled automatically: too short a series for a transfer
+  // function, or no input that helps.
+  auto univariate = [&](const std::string& why) {
+    ModelingProblem own = problem;
+    own.inputs.clear();
+    own.objective = 0;
+    ModelResult u = FitAndForecast(own, on_stage);
+    notes.push_back({"Inputs", why});
+    Prepend(u, notes, {});
+    return u;
+  };
+  if (n < 12) return univariate("Too few observations for a transfer-function model; the output series was modelled alone.");
+
+  // Differencing of the output series decides the noise's differencing, which the inputs
+  // share when the rules say so.
+  if (!Stage_(on_stage, Stage::Identification, r)) return r;
+  const int D = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
+  const int d = RegularDifferences(Difference(y, period, D), n - period * D > 10 ? 2 : 1, nullptr);
+  ArimaSpec diff;
+  diff.d = d;
+  diff.D = D;
+  diff.period = period;
+  notes.push_back({"Differencing", std::to_string(d) + " regular and " + std::to_string(D) +
+                                       " seasonal difference(s) of the output series" +
+                                       (rules.difference_inputs ? ", applied to the inputs too." : "; inputs enter undifferenced.")});
+  const std::vector<double> wy = DifferenceSeries(y, diff);
+  const int m_w = static_cast<int>(wy.size());
+  const int max_lag = std::clamp(m_w / 8, 2, 12);
+
+  StructuredModel model;
+  model.name = "TRANSFER FUNCTION";
+  std::vector<std::string> dropped;
+  for (const InputSeries& in : problem.inputs) {
+    const int lead = in.type == 3 ? std::clamp(rules.maximum_lead, 0, 6) : 0;
+    std::vector<std::string> found;
+    const std::vector<double> path = InputPath(in, n, horizon, lead, rules, &found);
+    for (const auto& t : found) notes.push_back({"Inputs", t});
+    const std::vector<double> xs(path.begin(), path.begin() + n);
+    std::vector<double> wx = rules.difference_inputs ? DifferenceSeries(xs, diff)
+                                                     : std::vector<double>(xs.end() - m_w, xs.end());
+    // Prewhitening: the AR model of the input (order by AIC) filters both series.
+    ArimaFit best_ar;
+    for (int p = 0; p <= std::min(6, m_w / 10); ++p) {
+      ArimaSpec s;
+      s.p = p;
+      s.constant = true;
+      const ArimaFit f = FitArima(wx, s, ConvergenceCriteria(), false);
+      if (f.ok && (!best_ar.ok || f.aic < best_ar.aic)) best_ar = f;
+    }
+    std::vector<double> phi = best_ar.ok ? best_ar.coef.ar : std::vector<double>();
+    const double mx = best_ar.ok ? best_ar.mean : Mean(wx), my = Mean(wy);
+    const int p = static_cast<int>(phi.size());
+    std::vector<double> ex, ey;
+    for (int t = p; t < m_w; ++t) {
+      double a = wx[t] - mx, b = wy[t] - my;
+      for (int k = 1; k <= p; ++k) {
+        a -= phi[k - 1] * (wx[t - k] - mx);
+        b -= phi[k - 1] * (wy[t - k] - my);
+      }
+      ex.push_back(a);
+      ey.push_back(b);
+    }
+    const int me = static_cast<int>(ex.size());
+    const double sx = std::sqrt(Variance(ex)), sy = std::sqrt(Variance(ey));
+    const double limit = 2.0 / std::sqrt(std::max(1, me));
+    std::vector<int> lags;
+    std::string ccf;
+    for (int k = -lead; k <= max_lag; ++k) {
+      double c = 0.0;
+      for (int t = std::max(0, k); t < me && t - k < me; ++t) c += ex[t - k] * ey[t];
+      const double rk = sx > 0 && sy > 0 ? c / (me * sx * sy) : 0.0;
+      ccf += (k < 0 ? "lead " + std::to_string(-k) : "lag " + std::to_string(k)) + " " + Fmt("%.3f", rk) +
+             (std::fabs(rk) > limit ? "*" : "") + "; ";
+      if (std::fabs(rk) > limit) lags.push_back(k);
+    }
+    notes.push_back({"Transfer function", in.name + " prewhitened by AR(" + std::to_string(p) +
+                                              "); cross-correlations with the output (limit " + Fmt("%.3f", limit) +
+                                              "): " + ccf});
+    if (lags.empty()) {
+      dropped.push_back(in.name);
+      continue;
+    }
+    for (int k : lags) {
+      RegressorColumn c;
+      c.input = in.name;
+      c.kind = "input";
+      c.lag = k;
+      c.term = in.name + (k >= 0 ? " LAG " + std::to_string(k) : " LEAD " + std::to_string(-k));
+      c.values = LagColumn(path, k, 0.0, n + horizon);
+      if (!rules.difference_inputs && d + D > 0) c.values = Integrated(c.values, diff);
+      model.columns.push_back(std::move(c));
+      model.leading = std::max(model.leading, k);
+    }
+  }
+
+  // Redundant columns are dropped, and reported.
+  {
+    std::vector<std::vector<double>> X;
+    for (const auto& c : model.columns) X.emplace_back(c.values.begin() + model.leading, c.values.begin() + n);
+    std::vector<int> redundant = RedundantColumns(X, diff);
+    if (!redundant.empty()) {
+      r.warnings.push_back(std::string(kRedundancyText).substr(1) + " (2155)");
+      std::sort(redundant.rbegin(), redundant.rend());
+      for (int j : redundant) {
+        r.warnings.push_back(model.columns[j].term + " is a linear combination of the other terms; it was left out.");
+        model.columns.erase(model.columns.begin() + j);
+      }
+    }
+  }
+
+  if (model.columns.empty())
+    return univariate("No input series is correlated with the output series; it was modelled alone.");
+
+  // The noise: its ARMA orders searched on what the inputs leave (least squares on the
+  // differenced scale).
+  std::vector<double> u(y.begin() + model.leading, y.end());
+  if (!model.columns.empty()) {
+    ArimaSpec white = diff;
+    white.constant = d + D <= 1;
+    std::vector<std::vector<double>> X;
+    for (const auto& c : model.columns) X.emplace_back(c.values.begin() + model.leading, c.values.begin() + n);
+    const RegressionArimaFit ols = FitRegressionArima(u, X, white, ConvergenceCriteria(), false);
+    if (ols.ok) u = RemoveRegressors(u, X, ols.beta);
+  }
+  const double us = ScaleOf(u);
+  for (double& v : u) v /= us;
+  SearchOptions so;
+  so.criteria = CriteriaOf(rules);
+  so.allow_constant = d + D <= 1;
+  if (period > 60) so.max_P = so.max_Q = 0;
+  else if (period > 24) so.max_P = so.max_Q = 1;
+  ArimaFit noise = StepwiseSearch(u, d, D, period, so, nullptr);
+  model.noise = noise.ok ? noise.spec : diff;
+  if (!noise.ok) model.noise.constant = d + D <= 1;
+  notes.push_back({"Model search", "Noise model on what the inputs leave: " + model.noise.Name() + "."});
+
+  if (!Stage_(on_stage, Stage::Estimation, r)) return r;
+  const ConvergenceCriteria crit = CriteriaOf(rules);
+  std::vector<std::string> warnings = r.warnings;
+  r = FitStructured(problem, y, model, crit, horizon);
+  if (r.error_code) return r;
+  std::string necessity;
+  if (rules.necessity) {
+    const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
+    necessity = Necessity(problem, y, model, crit, horizon, alpha, r, true);
+  }
+  if (rules.constrain_causal) {
+    // Constrained causal coefficients: the terms of an input keep the sign of its
+    // strongest term; a term of the other sign is left out.
+    for (int round = 0; round < 10; ++round) {
+      std::string drop;
+      for (const auto& in : problem.inputs) {
+        const Coefficient* strongest = nullptr;
+        for (const auto& c : r.coefficients)
+          if (c.kind == "input" && c.term.rfind(in.name + " ", 0) == 0 &&
+              (!strongest || std::fabs(c.t_value) > std::fabs(strongest->t_value)))
+            strongest = &c;
+        if (!strongest) continue;
+        for (const auto& c : r.coefficients)
+          if (c.kind == "input" && c.term.rfind(in.name + " ", 0) == 0 && c.value * strongest->value < 0) drop = c.term;
+      }
+      if (drop.empty()) break;
+      StructuredModel next = model;
+      next.columns.erase(std::remove_if(next.columns.begin(), next.columns.end(),
+                                        [&](const RegressorColumn& c) { return c.term == drop; }),
+                         next.columns.end());
+      ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+      if (nr.error_code) break;
+      necessity += drop + " dropped (sign against the input's strongest term). ";
+      model = next;
+      r = nr;
+    }
+  }
+  for (const auto& in : problem.inputs)
+    if (std::find(r.inputs_kept.begin(), r.inputs_kept.end(), in.name) == r.inputs_kept.end() &&
+        std::find(dropped.begin(), dropped.end(), in.name) == dropped.end())
+      dropped.push_back(in.name);
+  if (!necessity.empty()) notes.push_back({"Necessity", necessity});
+  if (!dropped.empty()) {
+    std::string text;
+    for (const auto& name : dropped) text += (text.empty() ? "" : ", ") + name;
+    notes.push_back({"Inputs", "Not needed, left out of the model: " + text + "."});
+  }
+  if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
+  Prepend(r, notes, warnings);
+  return r;
+}
+
+ModelResult FitModel(const ModelingProblem& problem, const StageCallback& on_stage) {
+  if (IsPresetObjective(problem.objective)) return FitPreset(problem, on_stage);
+  if (problem.objective == 99 && !problem.start_model.empty()) return FitUserModel(problem, on_stage);
+  if (!problem.inputs.empty()) return FitTransferFunction(problem, on_stage);
+  return FitAndForecast(problem, on_stage);
+}
+
+}  // namespace quorvane
