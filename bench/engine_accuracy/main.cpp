@@ -4,7 +4,7 @@
 // and the time per series. With Rscript and R's forecast package, auto.arima runs on the
 // same series in the same run and is measured the same way.
 //
-//   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-lambdas] [--verbose] [--only PREFIX]
+//   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas] [--verbose] [--only PREFIX]
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -243,6 +243,7 @@ int main(int argc, char** argv) {
     else if (a == "--no-r") with_r = false;
     else if (a == "--no-necessity") rules.necessity = false;
     else if (a == "--no-lambdas") rules.lambdas = {1.0};
+    else if (a == "--no-sufficiency") rules.sufficiency_stochastic = false;
     else if (a == "--verbose") verbose = true;
     else if (a == "--only" && i + 1 < argc) only = argv[++i];
   }
@@ -325,7 +326,9 @@ int main(int argc, char** argv) {
     }
   }
   std::printf("Automatic modelling, last periods held out (18 monthly, 8 quarterly, 6 other)%s%s\n",
-              rules.necessity ? ", necessity test on" : ", necessity test off",
+              std::string(rules.necessity ? ", necessity test on" : ", necessity test off")
+                  .append(rules.sufficiency_stochastic ? ", sufficiency on" : ", sufficiency off")
+                  .c_str(),
               rules.lambdas.size() > 1 ? ", lambdas 1/0.5/0 (shipped rules)" : ", no transform");
   std::printf("  %-14s %-16s %4s  %8s  %8s  %8s  %10s\n", "method", "group", "n", "MASE", "sMAPE%", "cover95%",
               "median CPU ms");

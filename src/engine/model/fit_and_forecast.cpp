@@ -157,6 +157,77 @@ std::vector<Coefficient> Coefficients(const ArimaFit& f, std::vector<TermRef>* r
   return out;
 }
 
+// Sufficiency of the stochastic structure: while the residuals fail the Ljung-Box test and a
+// residual autocorrelation stands out at the rules' confidence, the ARMA term at that lag
+// is added (a lag up to 3 as an MA term of exactly that lag, a seasonal lag as one more
+// seasonal MA order) and kept when its own coefficient is significant at the same level
+// and the model's AICc improves. At most two terms are added; fewer than 50 residuals are
+// not judged.
+std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const ConvergenceCriteria& crit,
+                        double level_pct) {
+  const double level = std::clamp(level_pct, 50.0, 99.99);
+  const double alpha = 1.0 - level / 100.0;
+  std::string text;
+  std::vector<std::string> tried;
+  for (int added = 0; added < 2;) {
+    const std::vector<double> pred = OneStepPredictions(z, fit);
+    std::vector<double> e;
+    for (size_t t = 0; t < z.size(); ++t)
+      if (!std::isnan(pred[t])) e.push_back(z[t] - pred[t]);
+    const int m = static_cast<int>(e.size());
+    if (m < 50) break;  // too few residuals to judge their autocorrelations
+    const int s = fit.spec.period;
+    const int max_lag = std::min(s > 1 ? 2 * s : 10, m / 4);
+    // With as many lags as these, single autocorrelations stand out by chance: only when
+    // the portmanteau test rejects the residuals as a whole is the structure insufficient.
+    if (LjungBox(e, max_lag, fit.spec.FreeCount()).p_value >= alpha) break;
+    const std::vector<double> acf = Autocorrelations(e, max_lag);
+    const double limit = CentralNormalQuantile(level) / std::sqrt(static_cast<double>(m));
+    // Candidate lags in order of the size of their autocorrelation.
+    std::vector<int> lags;
+    for (int k = 1; k <= max_lag; ++k)
+      if (std::fabs(acf[k - 1]) > limit) lags.push_back(k);
+    std::sort(lags.begin(), lags.end(), [&](int a, int b) { return std::fabs(acf[a - 1]) > std::fabs(acf[b - 1]); });
+    bool improved = false;
+    for (int k : lags) {
+      ArimaSpec sp = fit.spec;
+      std::string term;
+      if (s > 1 && k % s == 0) {
+        if (sp.Q >= 2 || k / s != sp.Q + 1) continue;
+        sp.Q += 1;
+        sp.sma_zero.resize(sp.Q, false);
+        term = "SMA(" + std::to_string(k) + ")";
+      } else {
+        if (k > 3 || k <= sp.q) continue;
+        sp.ma_zero.resize(sp.q, false);
+        for (int j = sp.q; j < k - 1; ++j) sp.ma_zero.push_back(true);
+        sp.ma_zero.push_back(false);
+        sp.q = k;
+        term = "MA(" + std::to_string(k) + ")";
+      }
+      if (std::find(tried.begin(), tried.end(), term) != tried.end()) continue;
+      tried.push_back(term);
+      ArimaFit next = FitArima(z, sp, crit, true, &fit.coef);
+      if (!next.ok) continue;
+      std::vector<Coefficient> cs = Coefficients(next, nullptr);
+      const auto it = std::find_if(cs.begin(), cs.end(), [&](const Coefficient& c) { return c.term == term; });
+      if (it == cs.end() || !(it->std_error > 0.0) || it->p_value > alpha || !(next.aicc < fit.aicc)) {
+        text += "residual autocorrelation " + Format("%.3f", acf[k - 1]) + " at lag " + std::to_string(k) + ": " +
+                term + " not significant or no better by AICc, not added. ";
+        continue;
+      }
+      text += "residual autocorrelation " + Format("%.3f", acf[k - 1]) + " at lag " + std::to_string(k) + ": " +
+              term + " added (p-value " + Format("%.3f", it->p_value) + "). ";
+      fit = next;
+      improved = true;
+      ++added;
+      break;
+    }
+    if (!improved) break;
+  }
+  return text.empty() ? "No residual autocorrelation stands out at " + Format("%.1f", level) + " %." : text;
+}
+
 // Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
 void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
             double lambda, double scale, int horizon, double coverage) {
@@ -459,6 +530,12 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   if (!stage(Stage::Estimation)) return r;
   ArimaFit fit = FitArima(z, best.spec, crit, true);
   if (!fit.ok) fit = best;
+  // Sufficiency first, so that the final model passes the necessity test whatever the
+  // two levels.
+  if (rules.sufficiency_stochastic) {
+    const std::string text = Sufficiency(z, fit, crit, rules.sufficiency_ss_level);
+    r.notes.push_back({texts::kHeadSufficiency, text});
+  }
   if (rules.necessity) {
     const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
     std::string text;

@@ -24,6 +24,7 @@ inline constexpr const char* kHeadTransform = "Transformation";
 inline constexpr const char* kHeadDifferencing = "Differencing";
 inline constexpr const char* kHeadSearch = "Model search";
 inline constexpr const char* kHeadNecessity = "Necessity";
+inline constexpr const char* kHeadSufficiency = "Sufficiency";
 inline constexpr const char* kHeadModel = "Final model";
 inline constexpr const char* kHeadDiagnosis = "Diagnosis";
 

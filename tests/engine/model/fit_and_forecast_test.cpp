@@ -224,6 +224,21 @@ TEST(FitAndForecast, RulesSwitchForecastingAndNecessity) {
   r = FitAndForecast(p, nullptr);
   ExpectWellFormed(r, 150, 6);
   for (const Coefficient& c : r.coefficients) EXPECT_LT(c.p_value, 0.0001) << c.term;
+  // Sufficiency leaves its finding in the notes only when its rule is on.
+  auto has_note = [](const ModelResult& m, const std::string& heading) {
+    for (const Note& n : m.notes)
+      if (n.heading == heading) return true;
+    return false;
+  };
+  p = Problem(testdata::SimulateArma11(150, 0.5, 0.0, 1.0, 8), 1, 6);
+  r = FitAndForecast(p, nullptr);
+  EXPECT_TRUE(has_note(r, "Sufficiency"));
+  EXPECT_TRUE(has_note(r, "Necessity"));
+  p.rules.sufficiency_stochastic = false;
+  p.rules.necessity = false;
+  r = FitAndForecast(p, nullptr);
+  EXPECT_FALSE(has_note(r, "Sufficiency"));
+  EXPECT_FALSE(has_note(r, "Necessity"));
 }
 
 }  // namespace
