@@ -55,6 +55,8 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
   hooks.add_recent = [this](const fs::path& p) { AddRecent(p); };
   hooks.populate_tree = [this](batch::ProjectSession&) { PopulateTree(); };
   hooks.show_tree = [this](bool visible) { ShowReportTree(visible); };
+  // The output folder is chosen on the page before, so the project only needs a name.
+  hooks.name_form_instead_of_dialog = true;
   commands_ = std::make_unique<batch::ProjectCommands>(session_, *forms_, std::move(hooks));
 
   // The central pane: the welcome page until a project shows its reports.

@@ -28,6 +28,23 @@ bool IsHtml(const std::string& ext) { return ext == ".HTM" || ext == ".HTML"; }
 bool IsPicture(const std::string& ext) {
   return ext == ".JPG" || ext == ".JPEG" || ext == ".PNG" || ext == ".GIF" || ext == ".BMP";
 }
+// The viewer: pictures inside an HTML page are drawn no wider than about half the pane,
+// so that a page of tables with a graph beside them keeps its columns readable.
+class ReportBrowser : public QTextBrowser {
+ public:
+  using QTextBrowser::QTextBrowser;
+  QVariant loadResource(int type, const QUrl& name) override {
+    QVariant data = QTextBrowser::loadResource(type, name);
+    if (type != QTextDocument::ImageResource || name.scheme() == "tessaly-picture") return data;
+    QImage image;
+    if (data.canConvert<QImage>()) image = data.value<QImage>();
+    else if (data.canConvert<QByteArray>()) image.loadFromData(data.toByteArray());
+    if (image.isNull()) return data;
+    int room = std::max(320, viewport()->width() / 2);
+    if (image.width() > room) return image.scaledToWidth(room, Qt::SmoothTransformation);
+    return image;
+  }
+};
 }  // namespace
 
 ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
@@ -74,7 +91,7 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
   bar->addAction(actOpenInBrowser);
   bar->addSeparator();
   bar->addWidget(lblFile);
-  brsReport = new QTextBrowser(right);
+  brsReport = new ReportBrowser(right);
   brsReport->setObjectName("brsReport");
   brsReport->setOpenLinks(false);
   connect(brsReport, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) {

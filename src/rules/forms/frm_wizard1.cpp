@@ -86,6 +86,7 @@ frmWizard1::frmWizard1(RulesWizard& wizard, QWidget* parent) : QDialog(parent), 
 
   lblPageTitle = Heading(this, "");
   lblPageTitle->setObjectName("lblPageTitle");
+  lblPageTitle->setContentsMargins(9, 4, 0, 0);
   layout->addWidget(lblPageTitle);
 
   fraStep = new QStackedWidget(this);
@@ -122,7 +123,7 @@ frmWizard1::frmWizard1(RulesWizard& wizard, QWidget* parent) : QDialog(parent), 
   buttons->addWidget(cmdNav[4]);
   layout->addLayout(buttons);
 
-  resize(780, 620);
+  resize(760, 580);
   Refresh();
 }
 
@@ -143,7 +144,8 @@ QLineEdit* frmWizard1::Text(QWidget* page, QFormLayout* form, const QString& cap
   edit->setMaximumWidth(width > 0 ? width : QWIDGETSIZE_MAX);
   edit->installEventFilter(this);
   auto* label = new QLabel(caption, page);
-  label->setWordWrap(true);
+  // Long captions wrap on their own line above the field (the form's WrapLongRows).
+  label->setWordWrap(caption.size() > 70);
   label->setBuddy(edit);
   if (form) form->addRow(label, edit);
   connect(edit, &QLineEdit::textEdited, this, [&field](const QString& t) { field.text = t.toStdString(); });
@@ -417,6 +419,11 @@ QWidget* frmWizard1::BuildModelEstimationTree() {
   TreeView5->setHeaderHidden(true);
   TreeView5->setRootIsDecorated(false);
   TreeView5->setMaximumWidth(210);
+  // The chosen group of options stands out: bold on green, the others plain on white.
+  TreeView5->setStyleSheet(
+      "QTreeWidget { background: white; }"
+      "QTreeWidget::item { padding: 3px; }"
+      "QTreeWidget::item:selected { background: #9cd68c; color: black; }");
   for (int i = 0; i < 4; ++i) {
     auto* item = new QTreeWidgetItem(TreeView5, QStringList(Q(text::kTreeTexts[i])));
     item->setData(0, Qt::UserRole, Q(text::kTreeKeys[i]));
@@ -709,8 +716,11 @@ void frmWizard1::Refresh() {
   optLambdas_[1]->setChecked(w_.lambdas.answer == YesNo::No);
   if (tabGroups_->currentIndex() != w_.groups.current_tab) tabGroups_->setCurrentIndex(w_.groups.current_tab);
 
+  // The sub-page's own title is shown once, above the page.
   lblStartmodTitle_->setText(QString::fromStdString(w_.startmod.title));
+  lblStartmodTitle_->setVisible(w_.startmod.title != w_.PageTitle());
   lblInputmodTitle_->setText(QString::fromStdString(w_.inputmod.title));
+  lblInputmodTitle_->setVisible(w_.inputmod.title != w_.PageTitle());
   // Copy Parameters To: the series and their checks.
   if (Treeview4->topLevelItemCount() != static_cast<int>(w_.inputmod.copy_to.size())) {
     Treeview4->clear();

@@ -52,8 +52,11 @@ class frmWizard1 : public QDialog {
   // A bound control by its field name ("txtModelEst1", "chkSaveModels", ...).
   QWidget* Control(const std::string& name) const;
 
- protected:
+ public:
+  // Escape and the window's close button ask as Cancel does.
   void reject() override;
+
+ protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

@@ -1,0 +1,58 @@
+#include "gui.h"
+
+#include <QApplication>
+#include <cstdlib>
+
+#include "batch/forms/frm_progress.h"
+#include "app/modal_robot.h"
+#include "platform/progress_wait.h"
+#include "shell/command_line.h"
+#include "shell/settings.h"
+#include "shell/startup.h"
+
+namespace tessaly::testing {
+
+void EnsureApp() {
+  if (QApplication::instance()) return;
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  static int argc = 1;
+  static char name[] = "desktop_tests";
+  static char* argv[] = {name, nullptr};
+  // Never destroyed: a QApplication torn down among the static destructors crashes.
+  new QApplication(argc, argv);
+}
+
+DesktopFixture::DesktopFixture() {
+  setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
+  EnsureApp();
+  for (const auto& entry : fs::directory_iterator(program / "examples"))
+    if (entry.path().extension() == ".ASC") fs::copy_file(entry.path(), data / entry.path().filename().string());
+  host = std::make_shared<platform::RecordingDialogHost>();
+  platform::SetDialogHost(host);
+  char arg0[] = "tessaly";
+  char* argv[] = {arg0, nullptr};
+  shell::MainPrepare(program.path(), shell::CommandLine::FromArgs(1, argv), program.path());
+  shell::MainSettings().Init();
+  form = std::make_unique<shell::frmMain>();
+  platform::SetProgressWait(std::make_shared<batch::DesktopProgressWait>(form.get()));
+  session = new app::DesktopSession(*form, program.path());
+  shell::FormLoad(shell::MainSettings());
+  form->resize(1100, 700);
+  form->show();
+}
+
+DesktopFixture::~DesktopFixture() {
+  platform::SetProgressWait(nullptr);
+  form.reset();
+  platform::SetDialogHost(nullptr);
+}
+
+std::string DesktopFixture::Messages() const {
+  std::string all;
+  for (const auto& m : host->shown) all += m.title + ": " + m.text + "\n";
+  return all;
+}
+
+bool Click(QWidget* window, const QString& name_or_text) { return app::ModalRobot::ClickLater(window, name_or_text); }
+
+}  // namespace tessaly::testing
