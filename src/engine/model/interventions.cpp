@@ -177,6 +177,23 @@ std::string Label(int type, int index, double t) {
 // effect may move by up to three observations, or change its type there, when that lowers
 // the residual sum of squares with the others and the ARMA coefficients held. True when
 // something moved.
+// Conditional whitening, phi(B) then 1/theta(B) with zeros before the start: the exact
+// filter's start-up matters little when only places are compared, and this is cheap enough
+// to try every place.
+bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const std::vector<double>& theta,
+            Eigen::VectorXd& out, bool conditional) {
+  if (!conditional) return Whiten(w, phi, theta, out);
+  const int m = static_cast<int>(w.size());
+  out.resize(m);
+  for (int t = 0; t < m; ++t) {
+    double v = w[t];
+    for (int k = 1; k <= static_cast<int>(phi.size()) && k <= t; ++k) v -= phi[k - 1] * w[t - k];
+    for (int k = 1; k <= static_cast<int>(theta.size()) && k <= t; ++k) v -= theta[k - 1] * out(t - k);
+    out(t) = v;
+  }
+  return out.allFinite();
+}
+
 bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const ArmaCoefficients& coef,
                   const DetectionOptions& opt, std::vector<DetectedIntervention>& found,
                   std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
@@ -184,7 +201,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const Arm
   std::vector<double> phi, theta;
   ExpandArma(coef, phi, theta);
   Eigen::VectorXd ws;
-  if (!Whiten(DifferenceSeries(z, spec), phi, theta, ws)) return false;
+  if (!Whiten(DifferenceSeries(z, spec), phi, theta, ws, true)) return false;
   const int m = static_cast<int>(ws.size());
   const int k = static_cast<int>(X.size());
   const int cols = k + (spec.constant ? 1 : 0);
@@ -192,11 +209,11 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const Arm
   Eigen::MatrixXd A(m, cols);
   Eigen::VectorXd col;
   for (int j = 0; j < k; ++j) {
-    if (!Whiten(DifferenceSeries(X[j], spec), phi, theta, col)) return false;
+    if (!Whiten(DifferenceSeries(X[j], spec), phi, theta, col, true)) return false;
     A.col(j) = col;
   }
   if (spec.constant) {
-    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return false;
+    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col, true)) return false;
     A.col(k) = col;
   }
   auto ssr = [&](const Eigen::MatrixXd& M) {
@@ -224,7 +241,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const Arm
           bool clash = false;
           for (int i = 0; i < k; ++i) clash = clash || (i != j && found[i].type == type && found[i].index == T);
           if (clash) continue;
-          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), spec), phi, theta, col))
+          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), spec), phi, theta, col, true))
             continue;
           Eigen::MatrixXd trial = A;
           trial.col(j) = col;
@@ -628,9 +645,14 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
 
   // Detection with a model, then the orders searched again on the cleansed series; when they
   // change, detection starts over from the new orders.
-  auto run = [&](const ArimaFit& start, std::vector<std::string>& story) {
+  // The search is the costly part; it is made again only where the model began as the
+  // simplest one of its differencing and effects that move the level were found.
+  auto run = [&](const ArimaFit& start, std::vector<std::string>& story, bool search_again) {
     DetectionResult r = DetectInterventions(z, start, opt);
-    if (r.found.empty()) return r;
+    if (r.found.empty() || !search_again) return r;
+    bool moves_level = false;
+    for (const auto& f : r.found) moves_level = moves_level || f.type == kLevelShift || f.type == kLocalTrend;
+    if (!moves_level) return r;
     const std::vector<double> u = RemoveRegressors(z, Regressors(r.found, opt.period, n), r.fit.beta);
     ArimaFit again = StepwiseSearch(u, start.spec.d, start.spec.D, start.spec.period, search, nullptr);
     if (!again.ok) return r;
@@ -649,7 +671,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
 
   std::vector<std::string> story;
   Candidate best;
-  best.result = run(identified, story);
+  best.result = run(identified, story, false);
   best.score = Score(z, best.result, opt.period, from);
   story.push_back(Describe(best.result) + ": criterion " + std::to_string(best.score));
 
@@ -667,7 +689,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       const ArimaFit start = FitArima(z, simple, opt.criteria, false);
       if (!start.ok) continue;
       Candidate c;
-      c.result = run(start, story);
+      c.result = run(start, story, true);
       c.score = Score(z, c.result, opt.period, from);
       story.push_back(Describe(c.result) + ": criterion " + std::to_string(c.score));
       // Only effects are a reason to doubt the differencing the tests chose, and only if the
@@ -751,6 +773,30 @@ void DescribeInterventions(const std::vector<DetectedIntervention>& found, doubl
     c.p_value = TwoSidedTPValue(f.t_value, df);
     coefficients.push_back(c);
   }
+}
+
+std::string InterventionStory(const DetectionResult& detection) {
+  char buf[160];
+  std::snprintf(buf, sizeof buf, "Critical value %.2f over %d observations tested. ", detection.critical_value,
+                detection.candidates);
+  std::string text = detection.candidates > 0 ? buf : "Too few observations to test for interventions. ";
+  for (const auto& line : detection.trail) text += line + "; ";
+  if (detection.found.empty()) return text + "no interventions kept.";
+  text += std::to_string(detection.found.size()) + " intervention(s) kept with " +
+          detection.fit.arima.spec.Name() + ".";
+  return text;
+}
+
+std::string InterventionEquation(const std::vector<Coefficient>& coefficients, const std::string& lhs) {
+  std::string rhs;
+  for (const auto& c : coefficients) {
+    if (c.kind != "intervention" && c.kind != "trend") continue;
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%.6g", std::fabs(c.value));
+    rhs += std::string(rhs.empty() ? (c.value < 0 ? "-" : "") : (c.value < 0 ? " - " : " + ")) + buf + " " +
+           c.term + "(t)";
+  }
+  return lhs + "(t) = " + rhs + (rhs.empty() ? "" : " + ") + "N(t)";
 }
 
 }  // namespace quorvane

@@ -139,4 +139,14 @@ void DescribeInterventions(const std::vector<DetectedIntervention>& found, doubl
                            int begin_year, int begin_period, int df, std::vector<Intervention>& interventions,
                            std::vector<Coefficient>& coefficients);
 
+// The heading of the detection's note in DETAILS.HTM, and the note itself: the critical
+// value, what was added, moved and dropped, and the model kept.
+inline constexpr const char* kHeadInterventions = "Interventions";
+std::string InterventionStory(const DetectionResult& detection);
+
+// The first line of the equation of a model with interventions: "Y(t) = -247.8 LEVEL SHIFT
+// 1899(t) + N(t)", from the intervention coefficients; N(t) is the ARIMA noise, whose own
+// equation follows on the next line.
+std::string InterventionEquation(const std::vector<Coefficient>& coefficients, const std::string& lhs);
+
 }  // namespace quorvane
