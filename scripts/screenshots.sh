@@ -1,6 +1,12 @@
 #!/bin/sh
-# Captures the desktop as PNG files: the main window, the two preference dialogs (the
-# graph dialog as loaded and with "Selected Graphs" chosen) and the splash.
+# Captures the desktop as PNG files: the main window, the splash, the two preference
+# dialogs (the graph dialog as loaded and with "Selected Graphs" chosen), the project forms
+# (frmASCLoc, frmSelect, frmChooseOut, frmXMLName, frmEdit, frmSelectSeries), a run of the
+# sample project (each wizard page on the automatic path "2. With User  Rules", the option
+# tree's four panes, the progress window, the messages at the end), the main window after
+# the run with a graph, a report, a text file, a series' overview and a summary shown, the
+# step dialog of the "All" walk, the wizard's model pages for one and several series, and
+# the help window.
 #   scripts/screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]
 # PROGRAM_FOLDER is the built program folder (default: $TESSALY_BUILD_DIR/program, or
 # build/program, of this tree). The program runs in a temporary copy of it, under
@@ -26,5 +32,5 @@ cp -a "$program/." "$work/program"
 
 cd "$work/program"
 XDG_CONFIG_HOME="$work/config" TESSALY_SCREENSHOT_DIR="$out" \
-  xvfb-run -a -s "-screen 0 1280x800x24" ./tessaly /NS
+  timeout 600 xvfb-run -a -s "-screen 0 1280x800x24" ./tessaly /NS
 ls "$out"/*.png

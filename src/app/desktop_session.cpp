@@ -3,9 +3,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
+#include <QSignalBlocker>
 #include <QMenuBar>
 #include <QLabel>
 #include <QStackedWidget>
+#include <QTextBrowser>
 #include <QTreeWidget>
 
 #include "app/report_pane.h"
@@ -45,6 +47,37 @@ class MainFormRunView : public batch::RunView {
  private:
   DesktopSession& s_;
 };
+
+// The viewer of a tree click. The step dialog of the "All" walks stands in the viewer's top
+// right corner, clear of the picture, and where the person moved it stays for the next stop.
+class PaneReportViewer : public report::ReportViewer {
+ public:
+  PaneReportViewer(QWidget* window, ReportPane* pane) : window_(window), pane_(pane) {}
+  void navigate(const fs::path& file) override {
+    pane_->navigate(file);
+    QApplication::processEvents();
+  }
+  report::StepChoice ShowStepDialog(const std::string& title, bool left, bool right) override {
+    report::frmAllgraphsSel dialog(window_);
+    dialog.adjustSize();
+    if (!placed_) {
+      QWidget* viewer = pane_->brsReport;
+      QPoint corner = viewer->mapToGlobal(QPoint(viewer->width() - dialog.width() - 24, 12));
+      position_ = corner;
+      placed_ = true;
+    }
+    dialog.move(position_);
+    report::StepChoice choice = dialog.Ask(QString::fromStdString(title), left, right);
+    position_ = dialog.pos();
+    return choice;
+  }
+
+ private:
+  QWidget* window_;
+  ReportPane* pane_;
+  bool placed_ = false;
+  QPoint position_;
+};
 }  // namespace
 
 DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
@@ -70,6 +103,13 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
   form_.setCentralWidget(stack);
   connect(pane_, &ReportPane::NodeActivated, this,
           [this](const QString& key) { trvMenu_NodeClick(key.toStdString()); });
+  // Moving through the tree with the keys shows each single report or graph as it is
+  // reached; the walks of the "All" rows wait for Enter.
+  connect(pane_, &ReportPane::NodeCurrent, this, [this](const QString& key) {
+    const batch::ReportNode* node = session_.trvMenu.Find(key.toStdString());
+    if (!node || node->kind == batch::NodeKind::AllReports || node->kind == batch::NodeKind::AllGraphs) return;
+    trvMenu_NodeClick(node->key);
+  });
 
   BuildMenus();
   shell::frmMain::RecentFileOpener() = [this](const std::string& path) { OpenProject(path); };
@@ -260,7 +300,10 @@ void DesktopSession::mnuBatchRun_Click() {
     ShowReportTree(true);
     if (auto* top = pane_->trvMenu->topLevelItem(0)) {
       top->setExpanded(true);
-      pane_->trvMenu->setCurrentItem(top);
+      {
+        QSignalBlocker quiet(pane_->trvMenu);
+        pane_->trvMenu->setCurrentItem(top);
+      }
       trvMenu_NodeClick(ReportPane::KeyOf(top));
     }
   } else if (!session_.trvMenu.Empty()) {
@@ -277,7 +320,7 @@ void DesktopSession::trvMenu_NodeClick(const std::string& key) {
   context.batch_name = session_.ctrlBatch->BatchName();
   for (int i = 0; i < static_cast<int>(session_.ctrlBatch->Count()); ++i)
     context.asc_files.push_back(session_.ctrlBatch->List(i));
-  report::DesktopReportViewer viewer(&form_, [this](const fs::path& file) { pane_->navigate(file); });
+  PaneReportViewer viewer(&form_, pane_);
   report::OnTreeClick(session_.trvMenu, *node, context, viewer);
 }
 

@@ -1,6 +1,7 @@
 #include "app/report_pane.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QFile>
 #include <QFontDatabase>
@@ -68,6 +69,9 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
   // one after the other without the mouse.
   connect(trvMenu, &QTreeWidget::itemClicked, this,
           [this](QTreeWidgetItem* item, int) { emit NodeActivated(QString::fromStdString(KeyOf(item))); });
+  connect(trvMenu, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
+    if (item && QApplication::mouseButtons() == Qt::NoButton) emit NodeCurrent(QString::fromStdString(KeyOf(item)));
+  });
   connect(trvMenu, &QTreeWidget::itemActivated, this,
           [this](QTreeWidgetItem* item, int) { emit NodeActivated(QString::fromStdString(KeyOf(item))); });
 

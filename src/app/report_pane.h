@@ -47,6 +47,8 @@ class ReportPane : public QWidget {
  signals:
   // A node was clicked (or chosen with the keyboard): its model key.
   void NodeActivated(const QString& key);
+  // The keyboard moved the current node (arrow keys, Home, End...).
+  void NodeCurrent(const QString& key);
 
  private:
   void OpenInBrowser();

@@ -179,8 +179,9 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     auto* robot = new ModalRobot(&form, [walk, progress_taken, boxes, main_form, dir](QWidget* modal) {
       if (auto* wizard = qobject_cast<rules::frmWizard1*>(modal)) return walk->Act(*wizard);
       if (auto* progress = qobject_cast<batch::frmProgress*>(modal)) {
-        if (*progress_taken == 0 && progress->ProgressBar1->value() > 0) {
-          *progress_taken = 1;
+        // The window as it opens, and a moment later with the engine at work.
+        if (*progress_taken == 0) progress->grab().save(dir + "/progress_start.png");
+        if (++*progress_taken == 12) {
           progress->grab().save(dir + "/progress.png");
         }
         return false;
