@@ -268,7 +268,7 @@ std::vector<double> LagColumn(const std::vector<double>& path, int lag, double d
 }
 
 std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int extra, const EngineRules& rules,
-                              std::vector<std::string>* notes) {
+                              std::vector<std::string>* notes, int seasonality) {
   std::vector<double> path = input.history;
   path.resize(n, kMissing);
   FillMissing(path);
@@ -284,7 +284,7 @@ std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int 
     ModelingProblem own;
     own.output_name = input.name;
     own.y.assign(path.begin(), path.begin() + n);
-    own.seasonality = 1;
+    own.seasonality = std::max(1, seasonality);
     own.horizon = want - n;
     own.rules = rules;
     own.rules.forecasting_enabled = true;
@@ -602,7 +602,7 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
         c.kind = "input";
         c.input = in.name;
         std::vector<std::string> found;
-        c.values = LagColumn(InputPath(in, n, horizon, 0, problem.rules, &found), 0, 0.0, total);
+        c.values = LagColumn(InputPath(in, n, horizon, 0, problem.rules, &found, problem.seasonality), 0, 0.0, total);
         for (const auto& t : found) notes.push_back({"Inputs", t});
         m.columns.push_back(std::move(c));
       }
@@ -809,7 +809,7 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
     for (const auto& poly : b.second)
       for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
     std::vector<std::string> found;
-    const std::vector<double> path = InputPath(*in, n, horizon, max_lead, problem.rules, &found);
+    const std::vector<double> path = InputPath(*in, n, horizon, max_lead, problem.rules, &found, problem.seasonality);
     for (const auto& t : found) notes.push_back({"Inputs", t});
     for (const auto& poly : b.second) {
       for (int pw : poly.powers) {
@@ -927,7 +927,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
   for (const InputSeries& in : problem.inputs) {
     const int lead = in.type == 3 ? std::clamp(rules.maximum_lead, 0, 6) : 0;
     std::vector<std::string> found;
-    const std::vector<double> path = InputPath(in, n, horizon, lead, rules, &found);
+    const std::vector<double> path = InputPath(in, n, horizon, lead, rules, &found, problem.seasonality);
     for (const auto& t : found) notes.push_back({"Inputs", t});
     const std::vector<double> xs(path.begin(), path.begin() + n);
     std::vector<double> wx = rules.difference_inputs ? DifferenceSeries(xs, diff)

@@ -54,7 +54,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
 // 1 to 3; for type 0 the forecasts of the input's own automatic model. Missing values are
 // filled by interpolation; values past the end of what is known repeat the last one.
 std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int extra, const EngineRules& rules,
-                              std::vector<std::string>* notes);
+                              std::vector<std::string>* notes, int seasonality = 1);
 
 // A column of lag k (negative: lead) of `path`, filtered through 1/(1 - delta B) when
 // delta is not 0; NaN where the lag reaches before the first value.

@@ -259,5 +259,64 @@ TEST(TransferFunction, FindsTheDrivingInputAndItsLags) {
   EXPECT_LT(e_tf, e_u);
 }
 
+// Leads for type-3 inputs up to the rules' maximum lead, and inputs that enter the
+// differenced equation as they are when the rules say not to difference them.
+TEST(TransferFunction, LeadsAndUndifferencedInputs) {
+  const int n = 150, h = 6;
+  std::vector<double> x(n + h + 2), e(n);
+  uint32_t s = 7;
+  auto uniform = [&] {
+    s = s * 1664525u + 1013904223u;
+    return (s >> 8) / 16777216.0 - 0.5;
+  };
+  double xp = 0;
+  for (auto& v : x) v = (xp = 0.6 * xp + uniform()) + 5.0;
+  for (auto& v : e) v = 0.2 * uniform();
+  ModelingProblem p;
+  p.output_name = "Y";
+  p.horizon = h;
+  // y(t) = 20 + 3 x(t+1) + e(t): the output anticipates its input by one period.
+  for (int t = 0; t < n; ++t) p.y.push_back(20 + 3 * x[t + 1] + e[t]);
+  InputSeries in{"X", 3, std::vector<double>(x.begin(), x.begin() + n),
+                 std::vector<double>(x.begin() + n, x.end()), {}};
+  p.inputs = {in};
+  p.rules.maximum_lead = 2;
+  ModelResult r = FitModel(p, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  const Coefficient* lead = nullptr;
+  for (const auto& c : r.coefficients)
+    if (c.kind == "input" && c.lag == -1) lead = &c;
+  ASSERT_NE(lead, nullptr);
+  EXPECT_EQ(lead->term, "X LEAD 1");
+  EXPECT_NEAR(lead->value, 3.0, 0.1);
+  // The forecasts use the future values one period ahead of each forecast period.
+  ASSERT_EQ(r.forecasts.size(), static_cast<size_t>(h));
+  EXPECT_NEAR(r.forecasts[2], 20 + 3 * x[n + 3], 0.5);
+  // The same input as type 1 (or with no lead allowed) cannot lead.
+  p.inputs[0].type = 1;
+  r = FitModel(p, nullptr);
+  for (const auto& c : r.coefficients) EXPECT_GE(c.lag, 0) << c.term;
+
+  // dy(t) = 0.5 + 2 x(t) + e(t): y integrates its stationary input.
+  ModelingProblem q;
+  q.output_name = "LEVEL";
+  q.horizon = 4;
+  double level = 100;
+  for (int t = 0; t < n; ++t) q.y.push_back(level += 0.5 + 2 * (x[t] - 5.0) + e[t]);
+  InputSeries xi{"X", 1, std::vector<double>(x.begin(), x.begin() + n), std::vector<double>(x.begin() + n, x.end()), {}};
+  q.inputs = {xi};
+  q.rules.difference_inputs = false;
+  r = FitModel(q, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  EXPECT_EQ(r.d, 1);
+  bool found = false;
+  for (const auto& c : r.coefficients)
+    if (c.term == "X LAG 0") {
+      found = true;
+      EXPECT_NEAR(c.value, 2.0, 0.1);
+    }
+  EXPECT_TRUE(found);
+}
+
 }  // namespace
 }  // namespace quorvane
