@@ -17,6 +17,12 @@ function(tessaly_install_in_program_folder target)
     INSTALL_RPATH "$ORIGIN")
 endfunction()
 
+# Test programs that start or kill engine processes. A cancel kills every engine process of
+# the user, as the product does, so these programs never run beside each other under ctest -j.
+set(TESSALY_ENGINE_PROCESS_TESTS
+  desktop_tests batch_tests batch_engine_run_tests engine_client_tests batch_forms_progress_tests
+  engine_client_real_engine_tests qvxengine_tests platform_process_tests shell_program_tests)
+
 # tessaly_test(NAME SOURCES... [DEPS ...]) : a GoogleTest executable registered with CTest.
 # Tests find the built program folder through TESSALY_PROGRAM_DIR and the source tree
 # (test data, examples) through TESSALY_SOURCE_DIR.
@@ -25,5 +31,9 @@ function(tessaly_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} tessaly_test_support GTest::gtest GTest::gmock GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  set(props TIMEOUT 300)
+  if(name IN_LIST TESSALY_ENGINE_PROCESS_TESTS)
+    list(APPEND props RESOURCE_LOCK engine_processes)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${props})
 endfunction()
