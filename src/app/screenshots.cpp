@@ -11,6 +11,7 @@
 #include <QSet>
 #include <QTimer>
 #include <QTreeWidget>
+#include <fstream>
 #include <memory>
 
 #include "app/desktop_session.h"
@@ -144,7 +145,37 @@ void ModelPages(QWidget* parent, const QString& dir, const fs::path& program, co
   wizard.Next();
   form.Refresh();
   Grab(form, dir + "/" + prefix + "_3_" + SubPageName(wizard.Current()) + ".png");
+  if (shape->SeriesCount() > 1) {
+    wizard.Next();
+    form.Refresh();
+    Grab(form, dir + "/" + prefix + "_3_" + SubPageName(wizard.Current()) + ".png");
+  }
   form.hide();
+}
+
+// A causal dataset for the input-series page: consumption explained by GDP, both from
+// the quarterly samples, with GDP's future taken as its last value.
+fs::path WriteCausalSample(const fs::path& examples, const fs::path& target) {
+  auto values = [](const fs::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) {
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      lines.push_back(line);
+    }
+    // Three objectives, eight properties, the name and the type come first.
+    return lines.size() > 13 ? std::vector<std::string>(lines.begin() + 13, lines.end()) : lines;
+  };
+  auto gdp = values(examples / "REALGDP.ASC");
+  auto cons = values(examples / "REALCONS.ASC");
+  size_t n = std::min(gdp.size(), cons.size());
+  std::ofstream out(target, std::ios::binary);
+  for (const char* line : {"0", "0", "0", "2", "4", "1959", "1"}) out << line << "\r\n";
+  out << n << "\r\n8\r\n0\r\n8\r\nREALGDP\r\nREALCONS\r\n1\r\n0\r\n";
+  for (size_t i = 0; i < n; ++i) out << gdp[i] << "\r\n";
+  for (size_t i = 0; i < n; ++i) out << cons[i] << "\r\n";
+  for (int i = 0; i < 8; ++i) out << gdp[n - 1] << "\r\n";
+  return target;
 }
 }  // namespace
 
@@ -222,7 +253,8 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     show("AG2", "main_after_walk.png");
     robot->Stop();
     ModelPages(&form, dir, program, program / "examples" / "AIRLINE.ASC", "wizard_explicit");
-    ModelPages(&form, dir, program, program / "examples" / "REALCONS.ASC", "wizard_causal");
+    ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),
+               "wizard_causal");
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");
