@@ -208,17 +208,25 @@ void DesktopSession::PopulateTree() {
 void DesktopSession::AfterProjectChange() {
   UpdateCommands();
   form_.lblStatus->setText(QString::fromStdString(session_.lblStatus));
-  if (session_.ctrlBatch) {
-    mnuBatchPrevReports->setVisible(true);
-    pane_->ClearTree();
-    SyncTree();
-    ShowReportTree(!session_.trvMenu.Empty());
-    if (session_.trvMenu.Empty())
-      form_.lblStatus->setText("Project " + QString::fromStdString(session_.ctrlBatch->BatchName()) +
-                               " is open: Batch > Run Project (F5) runs it.");
-  } else {
-    pane_->ClearTree();
+  pane_->ClearTree();
+  if (!session_.ctrlBatch) {
     ShowReportTree(false);
+    return;
+  }
+  mnuBatchPrevReports->setVisible(true);
+  SyncTree();
+  ShowReportTree(!session_.trvMenu.Empty());
+  form_.lblStatus->setText(QString("Project %1: %2 series. Batch > Run Project (F5) runs it.")
+                               .arg(QString::fromStdString(session_.ctrlBatch->BatchName()))
+                               .arg(session_.ctrlBatch->Count()));
+  // The first series' overview, when an earlier run left one, so the pane is not empty.
+  if (QTreeWidgetItem* first = pane_->trvMenu->topLevelItem(0)) {
+    const batch::ReportNode* node = session_.trvMenu.Find(ReportPane::KeyOf(first));
+    if (node && node->kind == batch::NodeKind::Series) {
+      QSignalBlocker quiet(pane_->trvMenu);
+      pane_->trvMenu->setCurrentItem(first);
+      trvMenu_NodeClick(node->key);
+    }
   }
 }
 

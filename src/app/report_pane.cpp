@@ -183,7 +183,11 @@ void ReportPane::navigate(const fs::path& file) {
   bool exists = fs::exists(file);
   actOpenInBrowser->setEnabled(exists);
   if (!exists) {
-    brsReport->setPlainText(QString("%1 does not exist.").arg(Native(file)));
+    brsReport->document()->setDefaultFont(brsReport->font());
+    brsReport->setHtml(QString("<p style=\"color:#555\">There is no <b>%1</b> yet in %2.</p>"
+                               "<p style=\"color:#555\">Run the project (Batch &gt; Run Project, F5) to make "
+                               "its reports.</p>")
+                           .arg(Native(file.filename()).toHtmlEscaped(), Native(file.parent_path()).toHtmlEscaped()));
     return;
   }
   std::string ext = platform::ToUpper(file.extension().string());
