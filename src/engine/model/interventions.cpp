@@ -693,9 +693,12 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       c.score = Score(z, c.result, opt.period, from);
       story.push_back(Describe(c.result) + ": criterion " + std::to_string(c.score));
       // Only effects are a reason to doubt the differencing the tests chose, and only if the
-      // series cleansed of them passes the same test with fewer differences: a random walk
-      // is otherwise all too well described by a staircase of steps.
-      if (c.result.found.empty() || !(c.score < best.score)) continue;
+      // series cleansed of them passes the same test with fewer differences.
+      // Nor is a staircase: a level that moves at more than three places is better left to
+      // the differencing.
+      int level_moves = 0;
+      for (const auto& f : c.result.found) level_moves += f.type == kLevelShift || f.type == kLocalTrend;
+      if (c.result.found.empty() || level_moves > 3 || !(c.score < best.score)) continue;
       const std::vector<double> u =
           RemoveRegressors(z, Regressors(c.result.found, opt.period, n), c.result.fit.beta);
       const int needed = RegularDifferences(Difference(u, base.period, base.D), base.d, nullptr);
