@@ -125,6 +125,13 @@ void RealData(const Case& c) {
     std::string lags;
     for (const auto& co : tf.coefficients)
       if (co.kind == "input") lags += (lags.empty() ? "" : ",") + std::to_string(co.lag);
+    for (const auto& co : tf.coefficients)
+      if (co.kind == "denominator") {
+        char buf[32];
+        std::snprintf(buf, sizeof buf, " /(1-%.2fB)", co.value);
+        lags += buf;
+        break;
+      }
     lags_seen += "[" + (lags.empty() ? std::string("none") : lags) + "] ";
     for (int h = 0; h < hold; ++h) {
       const double a = c.y[end + h];

@@ -220,10 +220,20 @@ std::vector<std::string> VerbalText(const ReportInput& in) {
   if (s.retained > 0)
     lines.push_back("The last " + std::to_string(s.retained) +
                     " observations were held out of the estimation and kept for comparison.");
-  if (r.leading_left_out > 0)
-    lines.push_back("The model was fitted to the most recent stable part of the series, from " +
-                    ObservationLabel(in, r.leading_left_out) + "; the first " +
-                    std::to_string(r.leading_left_out) + " observations were left out.");
+  if (r.leading_left_out > 0) {
+    bool lagged_inputs = false;
+    for (const auto& c : r.coefficients)
+      lagged_inputs = lagged_inputs || (c.kind == "input" && c.lag >= r.leading_left_out);
+    if (lagged_inputs)
+      lines.push_back("The model was fitted from " + ObservationLabel(in, r.leading_left_out) +
+                      ": the lags of its inputs reach " + std::to_string(r.leading_left_out) +
+                      " observations back, so the first " + std::to_string(r.leading_left_out) +
+                      " observations were left out.");
+    else
+      lines.push_back("The model was fitted to the most recent stable part of the series, from " +
+                      ObservationLabel(in, r.leading_left_out) + "; the first " +
+                      std::to_string(r.leading_left_out) + " observations were left out.");
+  }
   if (r.lambda != 1.0)
     lines.push_back("The series was transformed (" + TransformName(r.lambda) +
                     ") to keep the variability steady across its level.");

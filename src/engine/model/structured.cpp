@@ -390,11 +390,32 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     const std::string name = problem.output_name.empty() ? "Y" : problem.output_name;
     std::string eq = TransformName(lambda, name) + "(t) =";
     bool first = true;
-    for (const auto& c : r.coefficients) {
-      if (c.kind == "constant" || c.kind == "ar" || c.kind == "ma" || c.kind == "sar" || c.kind == "sma" ||
-          c.kind == "denominator")
+    auto add_term = [&](double value, const std::string& text) {
+      eq += (first ? " " : (value < 0 ? " - " : " + ")) + Fmt("%.6g", first ? value : std::fabs(value)) + text;
+      first = false;
+    };
+    std::vector<std::string> inputs_done;
+    for (size_t j = 0; j < model.columns.size(); ++j) {
+      const RegressorColumn& col = model.columns[j];
+      if (col.input.empty()) {
+        add_term(fr.beta[j] * scale, " " + col.term);
         continue;
-      eq += (first ? " " : (c.value < 0 ? " - " : " + ")) + Fmt("%.6g", first ? c.value : std::fabs(c.value)) + " " + c.term;
+      }
+      if (std::find(inputs_done.begin(), inputs_done.end(), col.input) != inputs_done.end()) continue;
+      inputs_done.push_back(col.input);
+      // One input: its numerator terms over its denominator, "(w0 + w1 B**2) / (1 - d B) X(t)".
+      std::string num;
+      double delta = 0.0;
+      for (size_t i = j; i < model.columns.size(); ++i) {
+        const RegressorColumn& c = model.columns[i];
+        if (c.input != col.input) continue;
+        delta = c.denominator;
+        const double v = fr.beta[i] * scale;
+        num += (num.empty() ? Fmt("%.6g", v) : (v < 0 ? " - " : " + ") + Fmt("%.6g", std::fabs(v)));
+        if (c.lag != 0) num += "B**" + std::to_string(c.lag);
+      }
+      const std::string den = delta != 0.0 ? " / (1 - " + Fmt("%.4f", delta) + "B)" : "";
+      eq += (first ? " (" : " + (") + num + ")" + den + " " + col.input + "(t)";
       first = false;
     }
     eq += (first ? " N(t)" : " + N(t)");
@@ -924,11 +945,13 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
   StructuredModel model;
   model.name = "TRANSFER FUNCTION";
   std::vector<std::string> dropped;
+  std::vector<std::pair<std::string, std::vector<double>>> paths;  // each input's values
   for (const InputSeries& in : problem.inputs) {
     const int lead = in.type == 3 ? std::clamp(rules.maximum_lead, 0, 6) : 0;
     std::vector<std::string> found;
     const std::vector<double> path = InputPath(in, n, horizon, lead, rules, &found, problem.seasonality);
     for (const auto& t : found) notes.push_back({"Inputs", t});
+    paths.emplace_back(in.name, path);
     const std::vector<double> xs(path.begin(), path.begin() + n);
     std::vector<double> wx = rules.difference_inputs ? DifferenceSeries(xs, diff)
                                                      : std::vector<double>(xs.end() - m_w, xs.end());
@@ -1061,6 +1084,100 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
       ModelResult nr = FitStructured(problem, y, next, crit, horizon);
       if (nr.error_code) break;
       necessity += drop + " dropped (sign against the input's strongest term). ";
+      model = next;
+      r = nr;
+    }
+  }
+  // Rational form: a run of three or more consecutive lags of one sign, b, b+1, ..., is a
+  // decaying response; it becomes omega B**b / (1 - delta B) when that lowers the AIC, with
+  // delta chosen by the likelihood.
+  for (const auto& [name, path] : paths) {
+    std::vector<const Coefficient*> terms;
+    for (const auto& c : r.coefficients)
+      if (c.kind == "input" && c.lag >= 0 && c.term.rfind(name + " ", 0) == 0) terms.push_back(&c);
+    std::sort(terms.begin(), terms.end(), [](const Coefficient* a, const Coefficient* b) { return a->lag < b->lag; });
+    size_t run_at = 0, run_len = 0;
+    for (size_t i = 0; i < terms.size();) {
+      size_t j = i + 1;
+      while (j < terms.size() && terms[j]->lag == terms[j - 1]->lag + 1 && terms[j]->value * terms[i]->value > 0) ++j;
+      if (j - i > run_len) {
+        run_at = i;
+        run_len = j - i;
+      }
+      i = j;
+    }
+    if (run_len < 3) continue;
+    const int b = terms[run_at]->lag;
+    std::vector<std::string> run_terms;
+    for (size_t i = run_at; i < run_at + run_len; ++i) run_terms.push_back(terms[i]->term);
+    auto with_delta = [&, b = b, &path = path, &name = name](double delta) {
+      StructuredModel next = model;
+      next.columns.erase(std::remove_if(next.columns.begin(), next.columns.end(),
+                                        [&](const RegressorColumn& c) {
+                                          return std::find(run_terms.begin(), run_terms.end(), c.term) != run_terms.end();
+                                        }),
+                         next.columns.end());
+      // The denominator is the input's: its other terms are filtered through it too.
+      for (auto& other : next.columns) {
+        if (other.input != name) continue;
+        other.denominator = delta;
+        other.values = LagColumn(path, other.lag, delta, n + horizon);
+        if (!rules.difference_inputs && d + D > 0) other.values = Integrated(other.values, diff);
+      }
+      RegressorColumn c;
+      c.input = name;
+      c.kind = "input";
+      c.lag = b;
+      c.denominator = delta;
+      c.term = name + " LAG " + std::to_string(b);
+      c.values = LagColumn(path, b, delta, n + horizon);
+      if (!rules.difference_inputs && d + D > 0) c.values = Integrated(c.values, diff);
+      next.columns.push_back(std::move(c));
+      // The input's terms in the order of their lags, in the places its terms held.
+      std::vector<size_t> at;
+      std::vector<RegressorColumn> mine;
+      for (size_t i = 0; i < next.columns.size(); ++i)
+        if (next.columns[i].input == name) {
+          at.push_back(i);
+          mine.push_back(next.columns[i]);
+        }
+      std::sort(mine.begin(), mine.end(), [](const RegressorColumn& x, const RegressorColumn& y2) { return x.lag < y2.lag; });
+      for (size_t i = 0; i < at.size(); ++i) next.columns[at[i]] = std::move(mine[i]);
+      return next;
+    };
+    auto loglik = [&](double delta) {
+      const ModelResult t = FitStructured(problem, y, with_delta(delta), crit, 0);
+      return t.error_code ? -std::numeric_limits<double>::infinity() : t.loglik;
+    };
+    // Golden-section search of delta on (0, 0.95).
+    double lo = 0.0, hi = 0.95;
+    const double g = 0.5 * (std::sqrt(5.0) - 1.0);
+    double a = hi - g * (hi - lo), bb = lo + g * (hi - lo);
+    double fa = loglik(a), fb = loglik(bb);
+    for (int it = 0; it < 14; ++it) {
+      if (fa > fb) {
+        hi = bb;
+        bb = a;
+        fb = fa;
+        a = hi - g * (hi - lo);
+        fa = loglik(a);
+      } else {
+        lo = a;
+        a = bb;
+        fa = fb;
+        bb = lo + g * (hi - lo);
+        fb = loglik(bb);
+      }
+    }
+    const double delta = std::round((fa > fb ? a : bb) * 1e4) / 1e4;
+    StructuredModel next = with_delta(delta);
+    ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+    if (nr.error_code == 0 && nr.aic < r.aic) {
+      notes.push_back({"Transfer function", name + ": lags " + std::to_string(b) + " to " +
+                                                std::to_string(b + static_cast<int>(run_len) - 1) +
+                                                " replaced by a decaying response omega B**" + std::to_string(b) +
+                                                " / (1 - " + Fmt("%.4f", delta) + " B) (AIC " + Fmt("%.3f", r.aic) +
+                                                " to " + Fmt("%.3f", nr.aic) + ")."});
       model = next;
       r = nr;
     }

@@ -228,14 +228,19 @@ TEST(TransferFunction, FindsTheDrivingInputAndItsLags) {
       if (c.kind == "input") out.push_back(c);
     return out;
   };
-  // Growth lowers unemployment now and in the next two quarters.
+  // Growth lowers unemployment now and, decaying, in the next quarters: the lags 0, 1, 2
+  // that the cross-correlations show become omega / (1 - delta B).
   const auto terms = input_terms(r);
-  ASSERT_GE(terms.size(), 3u);
-  for (int k = 0; k < 3; ++k) {
-    EXPECT_EQ(terms[k].lag, k);
-    EXPECT_LT(terms[k].value, 0.0) << terms[k].term;
-    EXPECT_LT(terms[k].t_value, -3.0) << terms[k].term;
-  }
+  ASSERT_GE(terms.size(), 1u);
+  EXPECT_EQ(terms[0].lag, 0);
+  EXPECT_LT(terms[0].value, -0.1);
+  EXPECT_LT(terms[0].t_value, -5.0);
+  double delta = 0.0;
+  for (const auto& c : r.coefficients)
+    if (c.kind == "denominator") delta = c.value;
+  EXPECT_GT(delta, 0.3);
+  EXPECT_LT(delta, 0.8);
+  EXPECT_NE(r.equation.find("/ (1 - "), std::string::npos);
   EXPECT_EQ(r.d, 1);
   EXPECT_EQ(r.leading_left_out, terms.back().lag);
   // Constrained causal coefficients keep the sign of the strongest term (lag 0).
