@@ -3,6 +3,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
+#include <QSettings>
+#include <QSplitter>
+#include <QTimer>
 #include <QSignalBlocker>
 #include <QMenuBar>
 #include <QLabel>
@@ -42,7 +45,8 @@ class MainFormRunView : public batch::RunView {
   void ShowReportTree(bool visible) override { s_.ShowReportTree(visible); }
   void SetRunMenusEnabled(bool enabled, bool) override { s_.SetRunMenusEnabled(enabled); }
   void HidePreviousReports() override { s_.mnuBatchPrevReports->setVisible(false); }
-  void UnloadMainForm() override {}
+  // A run that raised the general cancel closes the program.
+  void UnloadMainForm() override { s_.CloseMainForm(); }
 
  private:
   DesktopSession& s_;
@@ -111,12 +115,19 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
     trvMenu_NodeClick(node->key);
   });
 
+  QSettings settings(QSettings::IniFormat, QSettings::UserScope, "tessaly", "window");
+  pane_->splitter->restoreState(settings.value("frmMain/splitter").toByteArray());
+
   BuildMenus();
   shell::frmMain::RecentFileOpener() = [this](const std::string& path) { OpenProject(path); };
   UpdateCommands();
 }
 
-DesktopSession::~DesktopSession() { shell::frmMain::RecentFileOpener() = nullptr; }
+DesktopSession::~DesktopSession() {
+  QSettings settings(QSettings::IniFormat, QSettings::UserScope, "tessaly", "window");
+  settings.setValue("frmMain/splitter", pane_->splitter->saveState());
+  shell::frmMain::RecentFileOpener() = nullptr;
+}
 
 void DesktopSession::BuildMenus() {
   QMenu* file = form_.mnuFile;
@@ -165,6 +176,10 @@ void DesktopSession::SetStatus(const std::string& text) {
   session_.lblStatus = text;
   form_.lblStatus->setText(QString::fromStdString(text));
   form_.lblStatus->repaint();
+}
+
+void DesktopSession::CloseMainForm() {
+  QTimer::singleShot(0, &form_, [this] { form_.mnuFileExit_Click(); });
 }
 
 void DesktopSession::SyncTree() { pane_->SyncTree(session_.trvMenu); }
@@ -232,10 +247,18 @@ void DesktopSession::AfterProjectChange() {
 
 void DesktopSession::mnuFileNew_Click() {
   shell::EnterMenuCommand("frmMain", "mnuFileNew_Click");
-  if (session_.ctrlBatch) commands_->mnuFileClose();
-  pane_->ClearTree();
-  commands_->mnuFileNew();
-  AfterProjectChange();
+  // Unsaved changes are offered for saving first; otherwise the open project stays open
+  // until the new one is written, so that a cancelled New loses nothing.
+  if (session_.ctrlBatch && session_.ctrlBatch->Changed()) commands_->mnuFileClose();
+  std::string previous_in = session_.ctrlBatch ? session_.ctrlBatch->InDirectory() : std::string();
+  if (commands_->mnuFileNew()) {
+    if (!previous_in.empty()) commands_->RestoreBackups(previous_in, "ASCBACKUP");
+    AfterProjectChange();
+  } else {
+    // New clears the tree before it asks; the open project's reports come back.
+    PopulateTree();
+    AfterProjectChange();
+  }
 }
 
 void DesktopSession::mnuFileOpen_Click() {

@@ -55,6 +55,7 @@ class DesktopSession : public QObject {
   void ShowReportTree(bool visible);
   void SetStatus(const std::string& text);
   void SyncTree();
+  void CloseMainForm();
 
  private:
   void BuildMenus();

@@ -209,6 +209,29 @@ TEST_F(Desktop, CancelInTheWizardRunsNothing) {
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
 }
 
+TEST_F(Desktop, ACancelledNewProjectKeepsTheOpenOne) {
+  fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
+  ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml"));
+  std::vector<std::string> refusals;
+  ModalRobot robot(nullptr, [&](QWidget* modal) {
+    auto* loc = qobject_cast<batch::frmASCLoc*>(modal);
+    if (!loc) return false;
+    // An empty folder first: refused with the message, and the page is asked again.
+    if (refusals.empty()) {
+      refusals.push_back("empty");
+      loc->SetFolder(QString::fromStdString((d.data / "none").string()));
+      return Click(loc, "cmdNext");
+    }
+    return Click(loc, "cmdCancel");
+  });
+  fs::create_directory(d.data / "none");
+  d.session->mnuFileNew->trigger();
+  robot.Stop();
+  EXPECT_NE(d.Messages().find("There are no .asc files in the directory you selected!"), std::string::npos);
+  EXPECT_EQ(d.form->windowTitle(), "Tessaly - sample.xml");
+  EXPECT_NE(d.session->Pane()->ItemByKey("AIRLINE.ASC"), nullptr);
+}
+
 TEST_F(Desktop, PreviousReportsShowsTheTreeWithoutARunAndTheWindowKeepsItsPlace) {
   // A project whose OUTPUT holds one series' files from an earlier run.
   fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
