@@ -147,6 +147,28 @@ TEST_F(WizardForm, ModelPageUpDownControlsStayInRangeAndFieldsFormatOnLeaving) {
   EXPECT_EQ(wizard->Step(), 2);
 }
 
+TEST_F(WizardForm, LambdaQuestionOpensTheLambdaPage) {
+  form->optModelingType[0]->click();
+  Press(3);
+  Press(3);
+  Press(3);
+  ASSERT_EQ(wizard->Current(), rules::SubPage::ModelEstimation1) << Messages();
+  form->TreeView5->setCurrentItem(form->TreeView5->topLevelItem(3));
+  auto* yes = form->findChild<QRadioButton*>("optLambdasYes");
+  ASSERT_NE(yes, nullptr);
+  yes->click();
+  EXPECT_EQ(wizard->Current(), rules::SubPage::LambdaEst);
+  EXPECT_EQ(form->fraStep4->currentIndex(), 4);
+  EXPECT_EQ(form->lblPageTitle->text(), "Enter Lambda Values for Estimation");
+  QLineEdit* first = Edit("txtLambda_Est(1)");
+  ASSERT_NE(first, nullptr);
+  first->setText("2.5");
+  emit first->textEdited("2.5");
+  Press(3);
+  EXPECT_EQ(wizard->Current(), rules::SubPage::LambdaEst);
+  EXPECT_NE(Messages().find("The Range for Lambda Values is -1.0 to 1.00."), std::string::npos) << Messages();
+}
+
 TEST_F(WizardForm, EscapeAsksAndNoKeepsTheWizardOpen) {
   host->answers.push_back(platform::mb::No);
   form->reject();
