@@ -356,6 +356,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   r.parameters = f.spec.FreeCount() + (f.spec.constant ? 1 : 0) + static_cast<int>(X.size());
   const int df = std::max(1, f.n - r.parameters);
   AddArmaCoefficients(f, scale, df, r.coefficients);
+  r.cleansed = y_all;
   for (size_t j = 0; j < model.columns.size(); ++j) {
     const RegressorColumn& col = model.columns[j];
     Coefficient c;
@@ -367,6 +368,28 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
     c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
     r.coefficients.push_back(c);
+    if (col.intervention != 0) {
+      Intervention iv;
+      iv.type = col.intervention;
+      iv.observation = col.at + 1;
+      const int s = problem.seasonality;
+      if (s <= 1) {
+        iv.major = problem.begin_year + col.at;
+      } else {
+        const int offset = std::max(0, problem.begin_period - 1) + col.at;
+        iv.major = problem.begin_year + offset / s;
+        iv.minor = offset % s + 1;
+      }
+      iv.impact = c.value;
+      iv.t_value = c.t_value;
+      r.interventions.push_back(iv);
+      // The cleansed series: the actuals less the effect (on the scale of the data when
+      // there is no power transform).
+      if (lambda == 1.0)
+        for (int t = 0; t < n; ++t)
+          if (static_cast<size_t>(t) < col.values.size() && std::isfinite(col.values[t]))
+            r.cleansed[t] -= c.value * col.values[t];
+    }
     if (col.denominator != 0.0) {
       Coefficient den;
       den.term = col.input + " DENOMINATOR(1)";
@@ -432,7 +455,6 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   const std::vector<double> innov = RegressionInnovations(z, X, fr);
   r.fitted.assign(n, kMissing);
   r.residuals.assign(n, kMissing);
-  r.cleansed = y_all;
   std::vector<double> model_resid, used_z;
   double sse = 0.0, ape = 0.0;
   int ape_n = 0, used = 0;
@@ -782,6 +804,55 @@ std::string Necessity(const ModelingProblem& problem, const std::vector<double>&
   return text;
 }
 
+// Interventions found in the noise of a fitted model (the output less its columns' effects)
+// join the model as columns, estimated jointly with the rest. True when some were added.
+bool AddInterventions(const ModelingProblem& problem, const std::vector<double>& y, StructuredModel& m,
+                      const ConvergenceCriteria& crit, int horizon, ModelResult& r, std::vector<Note>& notes) {
+  const EngineRules& rules = problem.rules;
+  if (!rules.sufficiency_deterministic || rules.max_outliers <= 0 || m.lambda != 1.0) return false;
+  RegressionArimaFit fr;
+  const ModelResult base = FitStructured(problem, y, m, crit, 0, &fr);
+  if (base.error_code != 0 || !fr.ok) return false;
+  const int n = static_cast<int>(y.size());
+  const int L = std::clamp(m.leading, 0, std::max(0, n - 1));
+  std::vector<double> z(y.begin() + L, y.end());
+  const double scale = ScaleOf(z);
+  for (double& v : z) v /= scale;
+  std::vector<std::vector<double>> X;
+  for (const auto& c : m.columns) {
+    std::vector<double> x(z.size(), 0.0);
+    for (size_t t = 0; t < z.size(); ++t) {
+      const size_t at = t + L;
+      x[t] = at < c.values.size() && std::isfinite(c.values[at]) ? c.values[at] : 0.0;
+    }
+    X.push_back(std::move(x));
+  }
+  const std::vector<double> u = RemoveRegressors(z, X, fr.beta);
+  const DetectionOptions opt = DetectionOptionsFromRules(rules, m.noise.period, crit);
+  const DetectionResult det = DetectInterventions(u, fr.arima, opt);
+  notes.push_back({"Interventions", InterventionStory(det)});
+  if (det.found.empty()) return false;
+  StructuredModel next = m;
+  for (const auto& f : det.found) {
+    RegressorColumn c;
+    c.kind = "intervention";
+    c.intervention = f.type;
+    c.at = f.index + L;
+    const int s = problem.seasonality;
+    const int offset = std::max(0, problem.begin_period - 1) + c.at;
+    c.term = InterventionTypeName(f.type) + " " +
+             (s <= 1 ? std::to_string(problem.begin_year + c.at)
+                     : std::to_string(problem.begin_year + offset / s) + "/" + std::to_string(offset % s + 1));
+    c.values = InterventionRegressor(f.type, c.at, m.noise.period, n + horizon);
+    next.columns.push_back(std::move(c));
+  }
+  ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+  if (nr.error_code != 0) return false;
+  m = next;
+  r = nr;
+  return true;
+}
+
 }  // namespace
 
 ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on_stage) {
@@ -896,6 +967,7 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
         r = best;
       }
     }
+    AddInterventions(problem, y, m, crit, horizon, r, notes);
   }
   if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
   Prepend(r, notes, warnings);
@@ -1182,6 +1254,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
       r = nr;
     }
   }
+  AddInterventions(problem, y, model, crit, horizon, r, notes);
   for (const auto& in : problem.inputs)
     if (std::find(r.inputs_kept.begin(), r.inputs_kept.end(), in.name) == r.inputs_kept.end() &&
         std::find(dropped.begin(), dropped.end(), in.name) == dropped.end())

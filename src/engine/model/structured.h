@@ -25,10 +25,12 @@ bool IsSeasonalPreset(int objective);
 // One column of the regression, over the estimation sample and the forecast periods.
 struct RegressorColumn {
   std::string term;             // "X1 LAG 2", "TREND", "COS(1)", "SEASON 3"
-  std::string kind;             // "input", "trend", "fourier", "seasonal"
+  std::string kind;             // "input", "trend", "fourier", "seasonal", "intervention"
   std::string input;            // the input series' name ("" for deterministic columns)
   int lag = 0;                  // lag of the input (negative: a lead)
   double denominator = 0.0;     // delta of a first-order denominator 1/(1 - delta B), 0 none
+  int intervention = 0;         // an intervention's type (1 pulse .. 4 local trend), 0 none
+  int at = -1;                  // the intervention's 0-based observation
   std::vector<double> values;   // n + horizon values; NaN where undefined (before the start)
 };
 

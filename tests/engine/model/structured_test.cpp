@@ -242,6 +242,16 @@ TEST(TransferFunction, FindsTheDrivingInputAndItsLags) {
   EXPECT_LT(delta, 0.8);
   EXPECT_NE(r.equation.find("/ (1 - "), std::string::npos);
   EXPECT_EQ(r.d, 1);
+  // The 1974-75 recession lifted unemployment beyond what output explains: a level shift,
+  // estimated jointly with the transfer function and taken out of the cleansed series.
+  const Intervention* shift = nullptr;
+  for (const auto& iv : r.interventions)
+    if (iv.type == 2 && iv.major == 1975) shift = &iv;
+  ASSERT_NE(shift, nullptr);
+  EXPECT_GT(shift->impact, 0.3);
+  const int at = shift->observation - 1;
+  EXPECT_NEAR(p.y[at] - r.cleansed[at], shift->impact, 1e-9);
+  EXPECT_EQ(r.cleansed[at - 1], p.y[at - 1]);
   EXPECT_EQ(r.leading_left_out, terms.back().lag);
   // Constrained causal coefficients keep the sign of the strongest term (lag 0).
   ModelingProblem constrained = p;
