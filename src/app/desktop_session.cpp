@@ -103,6 +103,7 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
   if (!welcome_) welcome_ = new QLabel("Tessaly", stack);
   stack->addWidget(welcome_);
   pane_ = new ReportPane(stack);
+  pane_->LoadIcons(program_ / "gifs");
   stack->addWidget(pane_);
   form_.setCentralWidget(stack);
   connect(pane_, &ReportPane::NodeActivated, this,

@@ -130,6 +130,17 @@ QTreeWidgetItem* ReportPane::ItemByKey(const std::string& key) const {
   return it == items_.end() ? nullptr : it->second;
 }
 
+void ReportPane::LoadIcons(const fs::path& gifs) {
+  auto load = [&](const char* name) {
+    fs::path file = gifs / name;
+    return fs::exists(file) ? QIcon(Native(file)) : QIcon();
+  };
+  folder_icon_ = load("folderclosed.gif");
+  doc_icon_ = load("doc.gif");
+  graph_icon_ = load("graph.gif");
+  trvMenu->setIconSize(QSize(16, 20));
+}
+
 void ReportPane::ClearTree() {
   trvMenu->clear();
   items_.clear();
@@ -172,6 +183,13 @@ void ReportPane::SyncTree(const batch::ReportTree& model) {
       item->setFont(0, f);
     }
     item->setToolTip(0, QString::fromStdString(node.text));
+    switch (node.kind) {
+      case batch::NodeKind::Series:
+      case batch::NodeKind::Heading: item->setIcon(0, folder_icon_); break;
+      case batch::NodeKind::Graph:
+      case batch::NodeKind::AllGraphs: item->setIcon(0, graph_icon_); break;
+      default: item->setIcon(0, doc_icon_); break;
+    }
     items_[node.key] = item;
   }
 }

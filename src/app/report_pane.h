@@ -3,6 +3,7 @@
 // the left of a splitter and the viewer brsReport on the right. The tree shows the plain
 // report-tree model; the viewer shows HTML as HTML, pictures as pictures and text files
 // as plain text, and can hand the same file to the desktop's default browser.
+#include <QIcon>
 #include <QWidget>
 #include <filesystem>
 #include <map>
@@ -31,6 +32,8 @@ class ReportPane : public QWidget {
   // those the model no longer has. Called as a run adds nodes, and after PopulateTree.
   void SyncTree(const batch::ReportTree& model);
   void ClearTree();
+  // The tree's icons: folders, pages and graphs from the program's gifs folder.
+  void LoadIcons(const fs::path& gifs_folder);
   // Shows the file in the viewer (navigate).
   void navigate(const fs::path& file);
   const fs::path& CurrentFile() const { return current_; }
@@ -53,6 +56,7 @@ class ReportPane : public QWidget {
  private:
   void OpenInBrowser();
   std::map<std::string, QTreeWidgetItem*> items_;
+  QIcon folder_icon_, doc_icon_, graph_icon_;
   fs::path current_;
 };
 
