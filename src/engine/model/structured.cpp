@@ -549,6 +549,9 @@ void Prepend(ModelResult& r, const std::vector<Note>& notes, const std::vector<s
   r.warnings.insert(r.warnings.begin(), warnings.begin(), warnings.end());
 }
 
+void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y, StructuredModel& m,
+                   const ConvergenceCriteria& crit, int horizon, ModelResult& r, std::vector<Note>& notes);
+
 }  // namespace
 
 ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_stage) {
@@ -675,8 +678,11 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
   if (!Stage_(on_stage, Stage::Identification, r)) return r;
   if (!Stage_(on_stage, Stage::Estimation, r)) return r;
   std::vector<std::string> warnings = r.warnings;
-  r = FitStructured(problem, y, m, CriteriaOf(problem.rules), horizon);
+  const ConvergenceCriteria crit = CriteriaOf(problem.rules);
+  r = FitStructured(problem, y, m, crit, horizon);
   if (r.error_code) return r;
+  if (problem.rules.allow_modifications && problem.rules.estimation_enabled)
+    TuneAndExtend(problem, y, m, crit, horizon, r, notes);
   if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
   Prepend(r, notes, warnings);
   return r;
@@ -853,6 +859,50 @@ bool AddInterventions(const ModelingProblem& problem, const std::vector<double>&
   return true;
 }
 
+// With ALLOWMOD.QVX a preset or user model is tuned (terms that are not needed dropped) and
+// extended (ARMA terms added while the residuals stay autocorrelated and the criterion
+// improves; interventions searched).
+void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y, StructuredModel& m,
+                   const ConvergenceCriteria& crit, int horizon, ModelResult& r, std::vector<Note>& notes) {
+  // Tuned: terms that are not needed are dropped; extended: ARMA terms are added while
+  // the residuals stay autocorrelated and the criterion improves.
+  if (problem.rules.necessity) {
+    const double alpha = 1.0 - std::clamp(problem.rules.necessity_level, 1.0, 99.99) / 100.0;
+    const std::string text = Necessity(problem, y, m, crit, horizon, alpha, r, false);
+    notes.push_back({"Necessity", text.empty() ? "Every term of the model is needed." : text});
+  }
+  if (problem.rules.sufficiency_stochastic) {
+    const double alpha = 1.0 - std::clamp(problem.rules.sufficiency_ss_level, 1.0, 99.99) / 100.0;
+    for (int round = 0; round < 3 && r.ljung_box_p < alpha; ++round) {
+      ModelResult best;
+      StructuredModel best_model;
+      for (int which = 0; which < 2; ++which) {
+        StructuredModel next = m;
+        if (which == 0) {
+          ++next.noise.p;
+          next.noise.ar_zero.resize(next.noise.p, false);
+          next.start.ar.resize(next.noise.p, 0.0);
+        } else {
+          ++next.noise.q;
+          next.noise.ma_zero.resize(next.noise.q, false);
+          next.start.ma.resize(next.noise.q, 0.0);
+        }
+        ModelResult nr = FitStructured(problem, y, next, crit, horizon);
+        if (nr.error_code == 0 && nr.aic < r.aic && (best.coefficients.empty() || nr.aic < best.aic)) {
+          best = nr;
+          best_model = next;
+        }
+      }
+      if (best.coefficients.empty()) break;
+      notes.push_back({"Sufficiency", "Residuals autocorrelated (Ljung-Box p-value " + Fmt("%.4f", r.ljung_box_p) +
+                                          "): extended to " + best_model.noise.Name() + "."});
+      m = best_model;
+      r = best;
+    }
+  }
+  AddInterventions(problem, y, m, crit, horizon, r, notes);
+}
+
 }  // namespace
 
 ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on_stage) {
@@ -930,45 +980,8 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
     warnings.push_back("Model estimation is disabled in the rules; the model's own coefficients were kept.");
   r = FitStructured(problem, y, m, crit, horizon);
   if (r.error_code) return r;
-  if (problem.rules.allow_modifications && problem.rules.estimation_enabled) {
-    // Tuned: terms that are not needed are dropped; extended: ARMA terms are added while
-    // the residuals stay autocorrelated and the criterion improves.
-    if (problem.rules.necessity) {
-      const double alpha = 1.0 - std::clamp(problem.rules.necessity_level, 1.0, 99.99) / 100.0;
-      const std::string text = Necessity(problem, y, m, crit, horizon, alpha, r, false);
-      notes.push_back({"Necessity", text.empty() ? "Every term of the user's model is needed." : text});
-    }
-    if (problem.rules.sufficiency_stochastic) {
-      const double alpha = 1.0 - std::clamp(problem.rules.sufficiency_ss_level, 1.0, 99.99) / 100.0;
-      for (int round = 0; round < 3 && r.ljung_box_p < alpha; ++round) {
-        ModelResult best;
-        StructuredModel best_model;
-        for (int which = 0; which < 2; ++which) {
-          StructuredModel next = m;
-          if (which == 0) {
-            ++next.noise.p;
-            next.noise.ar_zero.resize(next.noise.p, false);
-            next.start.ar.resize(next.noise.p, 0.0);
-          } else {
-            ++next.noise.q;
-            next.noise.ma_zero.resize(next.noise.q, false);
-            next.start.ma.resize(next.noise.q, 0.0);
-          }
-          ModelResult nr = FitStructured(problem, y, next, crit, horizon);
-          if (nr.error_code == 0 && nr.aic < r.aic && (best.coefficients.empty() || nr.aic < best.aic)) {
-            best = nr;
-            best_model = next;
-          }
-        }
-        if (best.coefficients.empty()) break;
-        notes.push_back({"Sufficiency", "Residuals autocorrelated (Ljung-Box p-value " + Fmt("%.4f", r.ljung_box_p) +
-                                            "): extended to " + best_model.noise.Name() + "."});
-        m = best_model;
-        r = best;
-      }
-    }
-    AddInterventions(problem, y, m, crit, horizon, r, notes);
-  }
+  if (problem.rules.allow_modifications && problem.rules.estimation_enabled)
+    TuneAndExtend(problem, y, m, crit, horizon, r, notes);
   if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
   Prepend(r, notes, warnings);
   return r;

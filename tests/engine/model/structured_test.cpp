@@ -96,6 +96,22 @@ TEST(Presets, EachGivesTheModelItsNamePromises) {
   EXPECT_GT(m15.forecasts[6], m15.forecasts[10]);
 }
 
+TEST(Presets, TunedAndExtendedOnlyWhenAllowed) {
+  // A time trend with AR(1) leaves the airline's season in the residuals; held as it is the
+  // preset keeps its structure, allowed to modify it the engine extends the noise model.
+  ModelingProblem p = Airline(9);
+  const ModelResult held = FitModel(p, nullptr);
+  ASSERT_EQ(held.error_code, 0);
+  EXPECT_EQ(held.p + held.q, 1);
+  EXPECT_LT(held.ljung_box_p, 0.05);
+  p.rules.allow_modifications = true;
+  const ModelResult tuned = FitModel(p, nullptr);
+  ASSERT_EQ(tuned.error_code, 0);
+  EXPECT_GT(tuned.p + tuned.q, 1);
+  EXPECT_LT(tuned.aic, held.aic);
+  EXPECT_EQ(CountKind(tuned, "trend"), 1);
+}
+
 TEST(Presets, RefusedWhereTheyDoNotApply) {
   // A regression preset needs inputs; a seasonal preset needs a seasonality of 4 or more.
   for (int objective : {51, 52}) {
