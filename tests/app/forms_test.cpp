@@ -93,10 +93,16 @@ TEST_F(WizardForm, UserRulesPathShowsEachPageAndTheOptionTree) {
   iterations->setText("500");
   emit iterations->textEdited("500");
   EXPECT_EQ(wizard->estimation.txtModelEst3.text, "500");
+  Edit("txtModelEst1")->setFocus();
+  QApplication::processEvents();
+  ASSERT_NE(QApplication::focusWidget(), iterations);
   Press(3);
   EXPECT_EQ(wizard->Current(), rules::SubPage::ModelEstimation1);
   EXPECT_NE(Messages().find("The Range for the 'Maximum Number of Iterations' is 0 to 200."), std::string::npos)
       << Messages();
+  // The field in error takes the focus back.
+  EXPECT_EQ(wizard->FocusField(), "txtModelEst3");
+  EXPECT_EQ(QApplication::focusWidget(), iterations);
   iterations->setText("30");
   emit iterations->textEdited("30");
   Press(3);
