@@ -172,6 +172,16 @@ TEST(UserModel, HeldFixedOrTunedAndExtended) {
     if (c.kind == "sma") EXPECT_NEAR(c.value, -0.5569, 0.02);
   }
 
+  // With estimation off, the model's own coefficients are kept.
+  ModelingProblem fixed = p;
+  fixed.rules.estimation_enabled = false;
+  const ModelResult kept = FitModel(fixed, nullptr);
+  ASSERT_EQ(kept.error_code, 0);
+  for (const auto& c : kept.coefficients) {
+    if (c.kind == "ma") EXPECT_NEAR(c.value, -0.4, 1e-9);
+    if (c.kind == "sma") EXPECT_NEAR(c.value, -0.6, 1e-9);
+  }
+
   // Held fixed: an AR(3) that is not needed stays; allowed to modify, it is tuned away.
   ModelBlock extra = AirlineBlock();
   extra.first = {{{3}, {0.01}}};
