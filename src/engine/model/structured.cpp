@@ -836,7 +836,10 @@ bool AddInterventions(const ModelingProblem& problem, const std::vector<double>&
   const std::vector<double> u = RemoveRegressors(z, X, fr.beta);
   const DetectionOptions opt = DetectionOptionsFromRules(rules, m.noise.period, crit);
   const DetectionResult det = DetectInterventions(u, fr.arima, opt);
-  notes.push_back({"Interventions", InterventionStory(det)});
+  notes.push_back({"Interventions", InterventionStory(det) +
+                                        (L > 0 ? " (Observations counted from observation " + std::to_string(L + 1) +
+                                                     ", the first the model fits.)"
+                                               : std::string())});
   if (det.found.empty()) return false;
   StructuredModel next = m;
   for (const auto& f : det.found) {
