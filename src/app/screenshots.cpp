@@ -153,6 +153,32 @@ void ModelPages(QWidget* parent, const QString& dir, const fs::path& program, co
   form.hide();
 }
 
+// The pages the option tree opens: the group sizes and the lambda values.
+void OptionTreePages(QWidget* parent, const QString& dir, const fs::path& program, const fs::path& asc) {
+  auto shape = rules::ReadDatasetShape(asc);
+  if (!shape) return;
+  rules::RulesSession session;
+  rules::WizardContext context;
+  context.app_folder = program;
+  context.project_stem = "sample";
+  context.dataset_path = asc;
+  context.dataset = *shape;
+  rules::RulesWizard wizard(context, session);
+  wizard.Load();
+  rules::frmWizard1 form(wizard, parent);
+  wizard.ClickModelingType(0);
+  for (int i = 0; i < 6 && wizard.Current() != rules::SubPage::ModelEstimation1; ++i) wizard.Next();
+  if (wizard.Current() != rules::SubPage::ModelEstimation1) return;
+  wizard.AnswerGroups(rules::YesNo::Yes);
+  form.Refresh();
+  Grab(form, dir + "/wizard_4_groups.png");
+  wizard.Back();
+  wizard.AnswerLambdas(rules::YesNo::Yes);
+  form.Refresh();
+  Grab(form, dir + "/wizard_4_lambdas.png");
+  form.hide();
+}
+
 // A causal dataset for the input-series page: consumption explained by GDP, both from
 // the quarterly samples, with GDP's future taken as its last value.
 fs::path WriteCausalSample(const fs::path& examples, const fs::path& target) {
@@ -255,6 +281,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     ModelPages(&form, dir, program, program / "examples" / "AIRLINE.ASC", "wizard_explicit");
     ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),
                "wizard_causal");
+    OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");
