@@ -72,6 +72,8 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
   connect(trvMenu, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
     if (item && QApplication::mouseButtons() == Qt::NoButton) emit NodeCurrent(QString::fromStdString(KeyOf(item)));
   });
+  // Right-click: the shown file in the default browser.
+  trvMenu->setContextMenuPolicy(Qt::ActionsContextMenu);
   connect(trvMenu, &QTreeWidget::itemActivated, this,
           [this](QTreeWidgetItem* item, int) { emit NodeActivated(QString::fromStdString(KeyOf(item))); });
 
@@ -92,6 +94,7 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
   actOpenInBrowser->setToolTip("Open the report shown here in the default web browser (Ctrl+B)");
   actOpenInBrowser->setEnabled(false);
   connect(actOpenInBrowser, &QAction::triggered, this, &ReportPane::OpenInBrowser);
+  trvMenu->addAction(actOpenInBrowser);
   bar->addAction(actOpenInBrowser);
   bar->addSeparator();
   bar->addWidget(lblFile);

@@ -52,6 +52,8 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   ModalRobot robot(nullptr, [&](QWidget* modal) {
     if (auto* loc = qobject_cast<batch::frmASCLoc*>(modal)) {
       pages.push_back("frmASCLoc");
+      // The first time, the page opens at the samples beside the program.
+      EXPECT_EQ(loc->folder->Folder().toStdString(), (d.program / "examples").string());
       loc->SetFolder(QString::fromStdString(d.data.path().string()));
       EXPECT_EQ(loc->filFiles->count(), 6);
       return Click(loc, "cmdNext");

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSettings>
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -375,13 +376,23 @@ PageAnswer<T> Answer(PageResult result, T value) {
 }  // namespace
 
 PageAnswer<std::string> DesktopProjectForms::AscFolder(const std::string& start_folder) {
+  // The page opens where the ASC files were found the last time, in this session or an
+  // earlier one; the very first time, at the samples beside the program.
+  QSettings settings(QSettings::IniFormat, QSettings::UserScope, "tessaly", "window");
+  std::string start = last_asc_folder_;
+  if (start.empty()) start = settings.value("frmASCLoc/folder").toString().toStdString();
+  if (start.empty() || !fs::is_directory(start)) {
+    start = start_folder;
+    if (fs::is_directory(fs::path(start_folder) / "examples")) start = (fs::path(start_folder) / "examples").string();
+  }
   frmASCLoc form(parent_);
-  form.SetFolder(Q(last_asc_folder_.empty() ? start_folder : last_asc_folder_));
+  form.SetFolder(Q(start));
   PageResult result = form.Ask();
   std::string folder = form.folder->Folder().toStdString();
   if (result == PageResult::Next) {
     if (folder != last_asc_folder_) last_chosen_.clear();
     last_asc_folder_ = folder;
+    settings.setValue("frmASCLoc/folder", Q(folder));
   }
   return Answer(result, folder);
 }
