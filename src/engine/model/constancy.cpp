@@ -65,4 +65,38 @@ ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& spe
   return out;
 }
 
+ModelResult ModelLatestSegment(const ModelingProblem& problem, int from, const StageCallback& on_stage) {
+  const int n = static_cast<int>(problem.y.size());
+  const int L = std::clamp(from, 0, std::max(0, n - 1));
+  ModelingProblem sub = problem;
+  sub.rules.constancy = false;
+  sub.y.assign(problem.y.begin() + L, problem.y.end());
+  for (auto& input : sub.inputs)
+    if (static_cast<int>(input.history.size()) > L) input.history.erase(input.history.begin(), input.history.begin() + L);
+  if (problem.seasonality <= 1) {
+    sub.begin_year = problem.begin_year + L;
+  } else {
+    const int offset = std::max(0, problem.begin_period - 1) + L;
+    sub.begin_year = problem.begin_year + offset / problem.seasonality;
+    sub.begin_period = offset % problem.seasonality + 1;
+  }
+  const StageCallback later = [&](Stage s) {
+    if (s == Stage::DataPreparation || s == Stage::Identification) return true;
+    return on_stage ? on_stage(s) : true;
+  };
+  ModelResult r = FitAndForecast(sub, later);
+  r.leading_left_out = L;
+  auto pad = [&](std::vector<double>& v, bool actual) {
+    if (v.empty()) return;
+    std::vector<double> head(L);
+    for (int t = 0; t < L; ++t) head[t] = actual ? problem.y[t] : 0.0;
+    v.insert(v.begin(), head.begin(), head.end());
+  };
+  pad(r.fitted, true);
+  pad(r.residuals, false);
+  pad(r.cleansed, true);
+  for (auto& iv : r.interventions) iv.observation += L;
+  return r;
+}
+
 }  // namespace quorvane

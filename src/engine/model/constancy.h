@@ -4,9 +4,12 @@
 // segment is the one to model.
 #include <vector>
 
+#include "engine/model.h"
 #include "engine/model/estimate.h"
 
 namespace quorvane {
+
+inline constexpr const char* kHeadConstancy = "Constancy of parameters";
 
 struct ParameterChange {
   bool found = false;
@@ -24,5 +27,12 @@ struct ParameterChange {
 // (percent) shared out over the breaks tried.
 ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
                               double confidence_pct, int min_group, int max_breaks = 12);
+
+// Automatic modelling of the observations from `from` (0-based) on, reported against the
+// whole series: `leading_left_out` set, fitted values, residuals and the cleansed series at
+// full length (the actuals, with no residual, before the segment), interventions numbered
+// in the whole series. The constancy test is not made again inside the segment. Only the
+// stages from estimation on are passed to `on_stage`: the earlier ones were reported.
+ModelResult ModelLatestSegment(const ModelingProblem& problem, int from, const StageCallback& on_stage);
 
 }  // namespace quorvane

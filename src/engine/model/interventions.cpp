@@ -802,4 +802,19 @@ std::string InterventionEquation(const std::vector<Coefficient>& coefficients, c
   return lhs + "(t) = " + rhs + (rhs.empty() ? "" : " + ") + "N(t)";
 }
 
+std::string ObservationPeriodText(int index, int seasonality, int begin_year, int begin_period) {
+  if (seasonality <= 1) return std::to_string(begin_year + index);
+  const int offset = std::max(0, begin_period - 1) + index;
+  return std::to_string(begin_year + offset / seasonality) + "/" + std::to_string(offset % seasonality + 1);
+}
+
+std::vector<double> ModelInnovations(const std::vector<double>& z, const std::vector<DetectedIntervention>& found,
+                                     int period, const RegressionArimaFit& fit, int& first) {
+  const int n = static_cast<int>(z.size());
+  const std::vector<double> e = RegressionInnovations(z, Regressors(found, period, n), fit);
+  first = 0;
+  while (first < n && !std::isfinite(e[first])) ++first;
+  return std::vector<double>(e.begin() + first, e.end());
+}
+
 }  // namespace quorvane

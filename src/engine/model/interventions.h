@@ -149,4 +149,12 @@ std::string InterventionStory(const DetectionResult& detection);
 // equation follows on the next line.
 std::string InterventionEquation(const std::vector<Coefficient>& coefficients, const std::string& lhs);
 
+// "1899" (seasonality 1) or "1949/3": the period of a 0-based observation.
+std::string ObservationPeriodText(int index, int seasonality, int begin_year, int begin_period);
+
+// The one-step errors of the model with its interventions from the first observation that
+// has one, and that observation's index in `first`.
+std::vector<double> ModelInnovations(const std::vector<double>& z, const std::vector<DetectedIntervention>& found,
+                                     int period, const RegressionArimaFit& fit, int& first);
+
 }  // namespace quorvane

@@ -7,6 +7,8 @@
 
 namespace quorvane {
 
+inline constexpr const char* kHeadVarianceChange = "Change of variance";
+
 struct VarianceChange {
   int index = 0;            // 0-based observation where the new variance begins
   double before = 0.0;      // variance of the segment before it
