@@ -88,9 +88,12 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
 
   // Run: the wizard's automatic path; while the engine works the menus wait.
   bool progress_seen = false, menus_disabled_during_run = false;
+  std::vector<std::string> series_shown;
   ModalRobot run_robot(nullptr, [&](QWidget* modal) {
-    if (qobject_cast<batch::frmProgress*>(modal)) {
+    if (auto* progress = qobject_cast<batch::frmProgress*>(modal)) {
       progress_seen = true;
+      std::string shown = progress->lblSeries->text().toStdString();
+      if (series_shown.empty() || series_shown.back() != shown) series_shown.push_back(shown);
       menus_disabled_during_run = !d.form->mnuFile->menuAction()->isEnabled() &&
                                   !d.session->mnuBatch->menuAction()->isEnabled() &&
                                   !d.form->mnuPrefs->menuAction()->isEnabled();
@@ -101,6 +104,10 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   d.session->mnuBatchRun->trigger();
   run_robot.Stop();
   EXPECT_TRUE(progress_seen);
+  ASSERT_EQ(series_shown.size(), 2u);
+  EXPECT_EQ(series_shown[0].substr(0, 12), "Series 1 of ");
+  EXPECT_NE(series_shown[0].find("AIRLINE"), std::string::npos);
+  EXPECT_NE(series_shown[1].find("ELNINO"), std::string::npos);
   EXPECT_TRUE(menus_disabled_during_run);
   EXPECT_TRUE(d.form->mnuFile->menuAction()->isEnabled());
   EXPECT_TRUE(d.session->mnuBatch->menuAction()->isEnabled());

@@ -16,6 +16,11 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   setModal(true);
   setObjectName("frmProgress");
 
+  lblSeries = new QLabel(this);
+  lblSeries->setObjectName("lblSeries");
+  QFont bold = lblSeries->font();
+  bold.setBold(true);
+  lblSeries->setFont(bold);
   lblProgress = new QLabel(kProgressStarting, this);
   lblProgress->setObjectName("lblProgress");
   ProgressBar1 = new QProgressBar(this);
@@ -39,6 +44,7 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   buttons->addWidget(btnCancel);
   buttons->addWidget(btnOK);
   auto* layout = new QVBoxLayout(this);
+  layout->addWidget(lblSeries);
   layout->addWidget(lblProgress);
   layout->addWidget(ProgressBar1);
   layout->addWidget(txtComplete);
@@ -86,6 +92,12 @@ void frmProgress::FormLoad() {
   btnOK->setVisible(false);
   txtComplete->setVisible(false);
   state_.Load(TimeOfDayNow());
+  if (engine_ && engine_->SeriesCount() > 0)
+    lblSeries->setText(QString("Series %1 of %2: %3")
+                           .arg(engine_->SeriesNumber())
+                           .arg(engine_->SeriesCount())
+                           .arg(QString::fromStdString(engine_->SeriesName())));
+  lblSeries->setVisible(!lblSeries->text().isEmpty());
   lblProgress->setText(QString::fromStdString(state_.label()));
   lblTime->setText(QString::fromStdString(state_.time_text()));
   QApplication::setOverrideCursor(Qt::WaitCursor);

@@ -31,6 +31,8 @@ class frmProgress : public QDialog {
   QPushButton* btnCancel = nullptr;
   QPushButton* btnOK = nullptr;
   QLabel* lblProgress = nullptr;
+  // Which series of the run the engine has in hand ("Series 1 of 4: AIRLINE").
+  QLabel* lblSeries = nullptr;
   QLabel* lblTime = nullptr;
   QProgressBar* ProgressBar1 = nullptr;
   QPlainTextEdit* txtComplete = nullptr;
