@@ -1,5 +1,7 @@
 #include "app/report_pane.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>

@@ -1,6 +1,7 @@
 #include "rules/forms/frm_wizard1.h"
 
 #include <QApplication>
+#include <algorithm>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -287,8 +288,6 @@ QWidget* frmWizard1::BuildStep2() {
   auto* page = new QWidget(this);
   auto* layout = new QVBoxLayout(page);
   auto* group = new QButtonGroup(page);
-  const char* captions[] = {nullptr, nullptr, nullptr};
-  (void)captions;
   std::string_view fixed[] = {text::kImplicitModelCaption, text::kIdentificationOnlyCaption,
                               text::kExplicitModelCaption};
   for (int i = 0; i < 3; ++i) {
