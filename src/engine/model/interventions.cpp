@@ -686,12 +686,24 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       simple.period = base.period;
       simple.Q = base.D > 0 ? 1 : 0;
       simple.constant = search.allow_constant && d + base.D <= 1;
-      const ArimaFit start = FitArima(z, simple, opt.criteria, false);
-      if (!start.ok) continue;
+      // Also the identified orders with that differencing: short-term dependence that the
+      // simplest model lacks would otherwise pass for effects, or hide them.
+      std::vector<ArimaSpec> starts{simple};
+      ArimaSpec same = base;
+      same.d = d;
+      same.constant = simple.constant;
+      if (same.p != simple.p || same.q != simple.q || same.P != simple.P || same.Q != simple.Q)
+        starts.push_back(same);
       Candidate c;
-      c.result = run(start, story, true);
-      c.score = Score(z, c.result, opt.period, from);
-      story.push_back(Describe(c.result) + ": criterion " + std::to_string(c.score));
+      for (const ArimaSpec& spec : starts) {
+        const ArimaFit start = FitArima(z, spec, opt.criteria, false);
+        if (!start.ok) continue;
+        Candidate one;
+        one.result = run(start, story, true);
+        one.score = Score(z, one.result, opt.period, from);
+        story.push_back(Describe(one.result) + ": criterion " + std::to_string(one.score));
+        if (!one.result.found.empty() && one.score < c.score) c = std::move(one);
+      }
       // Only effects are a reason to doubt the differencing the tests chose, and only if the
       // series cleansed of them passes the same test with fewer differences.
       // Nor is a staircase: a level that moves at more than three places is better left to
