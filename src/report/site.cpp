@@ -187,7 +187,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
     std::string thumb;
   };
   std::vector<Row> rows;
-  int finished = 0, failed = 0;
+  int finished = 0, failed = 0, not_run = 0;
   const FolderIndex folder(output_folder);
   auto Existing = [&folder](const fs::path&, const std::string& name) { return folder.Find(name); };
   for (const std::string& asc : asc_files) {
@@ -216,8 +216,10 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
       row.status = "Finished";
       ++finished;
     } else {
+      // Refused by the run's checks (their reasons are in Process Errors.Err) or not reached.
       row.status_class = "notrun";
-      row.status = "No results";
+      row.status = "Not run";
+      ++not_run;
     }
     rows.push_back(std::move(row));
   }
@@ -231,10 +233,11 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   out.Line("</head><body>");
   out.Line("<h1>" + Html(project) + "</h1>");
   out.Line("<div class=\"sub\">Forecasting reports, written " + Now() + "</div>");
+  // The separators keep the counts apart where the page's style is not applied.
   out.Line("<div class=\"counts\"><span>" + std::to_string(rows.size()) +
-           " datasets</span><span class=\"ok\">" + std::to_string(finished) +
-           " finished</span><span class=\"failed\">" + std::to_string(failed) +
-           " failed</span></div>");
+           " datasets</span> &middot; <span class=\"ok\">" + std::to_string(finished) +
+           " finished</span> &middot; <span class=\"failed\">" + std::to_string(failed) +
+           " failed</span> &middot; <span>" + std::to_string(not_run) + " not run</span></div>");
   out.Line("<h2>Datasets</h2>");
   out.Line("<table><tr><th>Dataset</th><th>Status</th><th>Reports</th><th>Graphs</th>"
            "<th>Forecast</th></tr>");
