@@ -339,6 +339,10 @@ double InterventionCriticalValue(double confidence_pct, int candidates) {
   return std::max(c, 3.0);
 }
 
+namespace {
+constexpr int kMaxSpan = 250;
+}  // namespace
+
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
                                                     const std::vector<std::vector<double>>& X,
                                                     const RegressionArimaFit& fit, const DetectionOptions& opt) {
@@ -395,11 +399,12 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
     if (used > 0) {
       Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A.leftCols(used));
       const int rank = static_cast<int>(qr.rank());
-      Eigen::MatrixXd full = qr.householderQ();
-      Q = full.leftCols(rank);
+      // The thin factor only: the full square one costs the cube of the length.
+      Q = qr.householderQ() * Eigen::MatrixXd::Identity(m, rank);
     }
   }
   const int K = static_cast<int>(Q.cols());
+  const Eigen::MatrixXd Qt = Q.transpose();  // one observation's row per column, contiguous
   Eigen::VectorXd proj(K);
 
   for (int type : EnabledTypes(opt)) {
@@ -416,14 +421,17 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       cum[j] = (j ? cum[j - 1] : 0.0) + v * v;
     }
     for (int T = lo; T <= hi; ++T) {
-      const int span = n - T;
+      // Long series: the statistic looks at most kMaxSpan observations ahead, which keeps a
+      // pass linear in the length; by then a pulse's trace has died away and a step or a
+      // trend is measured over plenty.
+      const int span = std::min(n - T, kMaxSpan);
       double num = 0.0;
       const double* et = e.data() + (T - burn);
       for (int j = 0; j < span; ++j) num += et[j] * c[j];
       double den = cum[span - 1];
       if (K > 0) {
         proj.setZero();
-        for (int j = 0; j < span; ++j) proj += c[j] * Q.row(T - burn + j).transpose();
+        for (int j = 0; j < span; ++j) proj += c[j] * Qt.col(T - burn + j);
         den -= proj.squaredNorm();
       }
       if (!(den > 1e-12)) continue;
