@@ -8,6 +8,9 @@
 #include "engine/model.h"
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
+#include "engine/model/interventions.h"
+#include "engine/model/constancy.h"
+#include "engine/model/variance_change.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/texts.h"
@@ -230,9 +233,15 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
 
 // Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
 void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
-            double lambda, double scale, int horizon, double coverage) {
+            double lambda, double scale, int horizon, double coverage, const std::vector<double>& effects = {},
+            int effect_count = 0) {
   const int n = static_cast<int>(y.size());
-  const std::vector<double> pred = OneStepPredictions(z, fit);
+  // With interventions the noise model runs on the series less their effects (n values,
+  // then the forecast periods), which are added back to its predictions.
+  std::vector<double> u = z;
+  for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) u[t] -= effects[t];
+  std::vector<double> pred = OneStepPredictions(u, fit);
+  for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) pred[t] += effects[t];
   r.fitted.assign(n, 0.0);
   r.residuals.assign(n, 0.0);
   std::vector<double> model_resid;
@@ -264,8 +273,10 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
     mss += model_resid[i] * model_resid[i];
   }
   r.cleansed = y;
+  if (!effects.empty())
+    for (int t = 0; t < n; ++t) r.cleansed[t] = InverseBoxCox(u[t] * scale, lambda);
   r.observations = used;
-  r.parameters = fit.spec.FreeCount() + (fit.spec.constant ? 1 : 0);
+  r.parameters = fit.spec.FreeCount() + (fit.spec.constant ? 1 : 0) + effect_count;
   r.degrees_of_freedom = std::max(0, used - r.parameters);
   r.sse = sse;
   r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
@@ -291,7 +302,12 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
 
   if (horizon > 0) {
-    ArimaForecast fc = ForecastArima(z, fit, horizon, coverage);
+    ArimaForecast fc = ForecastArima(u, fit, horizon, coverage);
+    for (int h = 0; h < horizon && n + h < static_cast<int>(effects.size()); ++h) {
+      fc.mean[h] += effects[n + h];
+      fc.lower[h] += effects[n + h];
+      fc.upper[h] += effects[n + h];
+    }
     r.forecasts.resize(horizon);
     r.lower.resize(horizon);
     r.upper.resize(horizon);
@@ -525,6 +541,27 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
     }
   }
 
+  // Constancy of parameters: when they changed, the latest stable segment is modelled alone.
+  if (rules.constancy && problem.inputs.empty()) {
+    const ParameterChange pc = TestConstancy(z, best.spec, crit, rules.constancy_level, rules.min_group_size);
+    const std::string at = ObservationPeriodText(pc.index, problem.seasonality, problem.begin_year, problem.begin_period);
+    if (pc.found) {
+      ModelResult seg = ModelLatestSegment(problem, pc.index, on_stage);
+      const std::string why = "The parameters of the model changed at " + at + " (F " + Format("%.2f", pc.statistic) +
+                              ", critical " + Format("%.2f", pc.critical) + "); the model was fitted to the " +
+                              std::to_string(n - pc.index) + " observations from then on.";
+      seg.notes.insert(seg.notes.begin(), r.notes.begin(), r.notes.end());
+      seg.notes.insert(seg.notes.begin() + static_cast<long>(r.notes.size()), {kHeadConstancy, why});
+      seg.warnings.push_back(why);
+      return seg;
+    }
+    r.notes.push_back({kHeadConstancy, pc.breaks_tried == 0
+                                           ? std::string("Too few observations to test the constancy of parameters.")
+                                           : "No change of parameters at " + Format("%.1f", rules.constancy_level) +
+                                                 " % (largest F " + Format("%.2f", pc.statistic) + " at " + at +
+                                                 ", critical " + Format("%.2f", pc.critical) + ")."});
+  }
+
   // 3. Estimation: the chosen orders again with standard errors; the necessity test drops
   // the least significant term and estimates again while one is not significant.
   if (!stage(Stage::Estimation)) return r;
@@ -575,6 +612,52 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   }
   if (!fit.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
 
+  // Interventions: unusual events found and estimated together with the model, which may
+  // then differ from the one identified (see DetectWithIdentification).
+  std::vector<DetectedIntervention> found;
+  std::vector<double> effects;
+  RegressionArimaFit with_effects;
+  if (rules.sufficiency_deterministic && crit.max_iterations > 0) {
+    const DetectionResult det = DetectWithIdentification(z, fit, DetectionOptionsFromRules(rules, period, crit), so);
+    if (!det.found.empty() && det.fit.ok) {
+      fit = det.fit.arima;
+      found = det.found;
+      with_effects = det.fit;
+      effects = InterventionEffects(found, period, n, horizon, rules.last_pulse_to_step, rules.pulse_to_seasonal);
+    }
+    r.notes.push_back({kHeadInterventions, InterventionStory(det)});
+  }
+
+  // Discrete change of variance: the forecast limits rest on the variance of the last
+  // segment of the residuals.
+  if (rules.variance_change) {
+    if (found.empty()) {
+      with_effects = RegressionArimaFit{};
+      with_effects.ok = true;
+      with_effects.arima = fit;
+    }
+    int first = 0;
+    const std::vector<double> e = ModelInnovations(z, found, period, with_effects, first);
+    const std::vector<VarianceChange> changes =
+        FindVarianceChanges(e, first, rules.variance_level, rules.min_residuals_to_pool);
+    std::string text;
+    for (const VarianceChange& c : changes)
+      text += "at " + ObservationPeriodText(c.index, problem.seasonality, problem.begin_year, problem.begin_period) +
+              " from " + Format("%.6g", c.before * scale * scale) + " to " + Format("%.6g", c.after * scale * scale) +
+              "; ";
+    if (changes.empty()) {
+      r.notes.push_back({kHeadVarianceChange, "No change of the residual variance at " +
+                                                  Format("%.1f", rules.variance_level) + " %."});
+    } else {
+      fit.sigma2 = LastSegmentVariance(e, first, changes);
+      const std::string since = ObservationPeriodText(changes.back().index, problem.seasonality, problem.begin_year,
+                                                      problem.begin_period);
+      r.notes.push_back({kHeadVarianceChange, "The residual variance changed " + text +
+                                                  "the forecast limits use the variance since " + since + "."});
+      r.warnings.push_back("The residual variance changed; the forecast limits use the variance since " + since + ".");
+    }
+  }
+
   // Report the model on the scale of the data.
   ArimaFit shown = fit;
   shown.mean = fit.mean * scale;
@@ -588,12 +671,20 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   r.period = fit.spec.period;
   r.has_constant = fit.spec.constant;
   r.coefficients = Coefficients(shown, nullptr);
+  DescribeInterventions(found, scale, problem.seasonality, problem.begin_year, problem.begin_period,
+                        std::max(1, fit.n - fit.spec.FreeCount() - (fit.spec.constant ? 1 : 0) -
+                                        static_cast<int>(found.size())),
+                        r.interventions, r.coefficients);
   r.description = fit.spec.Name();
   r.equation = Equation(shown, lambda, problem.output_name.empty() ? "Y" : problem.output_name);
+  if (!found.empty())
+    r.equation = InterventionEquation(r.coefficients,
+                                      TransformName(lambda, problem.output_name.empty() ? "Y" : problem.output_name)) +
+                 "\n" + Equation(shown, 1.0, "N");
 
   // 4. Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
-  Finish(r, y, z, fit, lambda, scale, horizon, coverage);
+  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()));
   {
     std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
                        Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
