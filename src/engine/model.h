@@ -84,6 +84,16 @@ struct Intervention {
   double t_value = 0.0;
 };
 
+// A change found by a diagnostic test: of the parameters (PARCHRPT.CSV) or of the residual
+// variance (VARCHRPT.CSV).
+struct DiagnosticChange {
+  int observation = 0;   // 1-based observation in the series as given where the change begins
+  double before = 0.0;   // variance changes: the residual variance before and after
+  double after = 0.0;
+  double statistic = 0.0;
+  double critical = 0.0; // parameter changes: the F statistic and the value it had to pass
+};
+
 // A line of the identification story, for DETAILS.HTM.
 struct Note {
   std::string heading;
@@ -132,6 +142,9 @@ struct ModelResult {
   double normality_stat = 0.0, normality_p = 1.0;  // Jarque-Bera
   std::vector<double> residual_acf;       // lags 1..k
   double residual_acf_limit = 0.0;        // 2 / sqrt(n)
+
+  std::vector<DiagnosticChange> parameter_changes;
+  std::vector<DiagnosticChange> variance_changes;
 
   std::vector<Note> notes;                // identification and diagnosis steps, in order
   std::vector<std::string> warnings;

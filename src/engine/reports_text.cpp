@@ -489,6 +489,18 @@ void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput
   AppendRows(folder, "LEVELRPT.CSV", header, levels);
   AppendRows(folder, "TRENDRPT.CSV", header, trends);
   AppendRows(folder, "EARLYSIG.CSV", header, early);
+  std::vector<std::string> parameters, variances;
+  for (const auto& c : r.parameter_changes)
+    parameters.push_back(Csv(p.output_name) + "," + ObservationLabel(in, c.observation - 1) + "," +
+                         std::to_string(c.observation) + "," + FormatNumber(c.statistic, 4) + "," +
+                         FormatNumber(c.critical, 4));
+  for (const auto& c : r.variance_changes)
+    variances.push_back(Csv(p.output_name) + "," + ObservationLabel(in, c.observation - 1) + "," +
+                        std::to_string(c.observation) + "," + FormatNumber(c.before, 6) + "," +
+                        FormatNumber(c.after, 6) + "," + FormatNumber(c.statistic, 4));
+  AppendRows(folder, "PARCHRPT.CSV", "Series,Period,Observation,F,Critical F", parameters);
+  AppendRows(folder, "VARCHRPT.CSV", "Series,Period,Observation,Variance before,Variance after,Statistic",
+             variances);
 
   if (in.retained.empty()) return;
   const RetainedAccuracy a = Accuracy(in.retained);

@@ -192,6 +192,33 @@ TEST(Reports, RunWideFilesGainOneHeaderAndTheRowsOfEachDataset) {
   EXPECT_TRUE(std::filesystem::exists(dir / "PULSERPT.CSV"));
   // No trend was found: no file is made for trends.
   EXPECT_FALSE(std::filesystem::exists(dir / "TRENDRPT.CSV"));
+  EXPECT_FALSE(std::filesystem::exists(dir / "PARCHRPT.CSV"));
+  EXPECT_FALSE(std::filesystem::exists(dir / "VARCHRPT.CSV"));
+}
+
+TEST(Reports, ChangesOfParametersAndVarianceGoToTheirRunWideFiles) {
+  TempDir dir;
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  PreparedRequest req = PrepareRequest(a, EngineRules{});
+  ModelResult r = testdata::KnownResult(144, 12);
+  DiagnosticChange parameters;
+  parameters.observation = 61;
+  parameters.statistic = 9.5;
+  parameters.critical = 4.25;
+  r.parameter_changes.push_back(parameters);
+  DiagnosticChange variance;
+  variance.observation = 100;
+  variance.before = 4.0;
+  variance.after = 16.0;
+  variance.statistic = 21.5;
+  r.variance_changes.push_back(variance);
+  ReportInput in{&req, &r, "built-in rules", {}};
+  AppendRunWideReports(dir.path(), in);
+  EXPECT_EQ(tessaly::platform::ReadAllLines(dir / "PARCHRPT.CSV").value(),
+            (std::vector<std::string>{"Series,Period,Observation,F,Critical F", "PASSENGERS,1954/1,61,9.5000,4.2500"}));
+  EXPECT_EQ(tessaly::platform::ReadAllLines(dir / "VARCHRPT.CSV").value(),
+            (std::vector<std::string>{"Series,Period,Observation,Variance before,Variance after,Statistic",
+                                      "PASSENGERS,1957/4,100,4.000000,16.000000,21.5000"}));
 }
 
 }  // namespace

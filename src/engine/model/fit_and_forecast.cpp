@@ -553,6 +553,11 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
       seg.notes.insert(seg.notes.begin(), r.notes.begin(), r.notes.end());
       seg.notes.insert(seg.notes.begin() + static_cast<long>(r.notes.size()), {kHeadConstancy, why});
       seg.warnings.push_back(why);
+      DiagnosticChange change;
+      change.observation = pc.index + 1;
+      change.statistic = pc.statistic;
+      change.critical = pc.critical;
+      seg.parameter_changes.push_back(change);
       return seg;
     }
     r.notes.push_back({kHeadConstancy, pc.breaks_tried == 0
@@ -641,6 +646,14 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
     const std::vector<VarianceChange> changes =
         FindVarianceChanges(e, first, rules.variance_level, rules.min_residuals_to_pool);
     std::string text;
+    for (const VarianceChange& c : changes) {
+      DiagnosticChange change;
+      change.observation = c.index + 1;
+      change.before = c.before * scale * scale;
+      change.after = c.after * scale * scale;
+      change.statistic = c.statistic;
+      r.variance_changes.push_back(change);
+    }
     for (const VarianceChange& c : changes)
       text += "at " + ObservationPeriodText(c.index, problem.seasonality, problem.begin_year, problem.begin_period) +
               " from " + Format("%.6g", c.before * scale * scale) + " to " + Format("%.6g", c.after * scale * scale) +

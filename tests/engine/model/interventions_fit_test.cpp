@@ -140,6 +140,10 @@ TEST(FitAndForecastDiagnostics, ChangeOfVarianceWidensTheLimits) {
   bool warned = false;
   for (const auto& w : r.warnings) warned = warned || w.find("residual variance changed") != std::string::npos;
   EXPECT_TRUE(warned);
+  ASSERT_FALSE(r.variance_changes.empty());
+  EXPECT_NEAR(r.variance_changes.back().observation, 111, 6);
+  EXPECT_GT(r.variance_changes.back().after, 4.0 * r.variance_changes.back().before);
+  EXPECT_TRUE(plain.variance_changes.empty());
   // The half-width now reflects a standard deviation near 4, not the average of both regimes.
   const double half = (r.upper[0] - r.lower[0]) / 2.0;
   EXPECT_GT(half, (plain.upper[0] - plain.lower[0]) / 2.0 * 1.5);
@@ -160,6 +164,9 @@ TEST(FitAndForecastDiagnostics, ChangedParametersLeaveTheEarlierSegmentOut) {
   const ModelResult r = FitAndForecast(p, nullptr);
   ASSERT_EQ(r.error_code, 0);
   EXPECT_NEAR(r.leading_left_out, 100, 15);
+  ASSERT_EQ(r.parameter_changes.size(), 1u);
+  EXPECT_EQ(r.parameter_changes[0].observation, r.leading_left_out + 1);
+  EXPECT_GT(r.parameter_changes[0].statistic, r.parameter_changes[0].critical);
   ASSERT_EQ(r.fitted.size(), y.size());
   ASSERT_EQ(r.cleansed.size(), y.size());
   EXPECT_EQ(r.fitted[0], y[0]);
