@@ -12,6 +12,7 @@
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
+#include "engine/model/structured.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/texts.h"
 #include "engine/model/transform.h"
@@ -362,6 +363,11 @@ void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const ch
 }  // namespace
 
 ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
+  // Presets, the user's model and problems with input series are models of a given
+  // structure or transfer functions (structured.h), which come back here for one series.
+  if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
+      !problem.inputs.empty())
+    return FitModel(problem, on_stage);
   ModelResult r;
   const EngineRules& rules = problem.rules;
   auto stage = [&](Stage s) {
