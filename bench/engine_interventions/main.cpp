@@ -90,7 +90,7 @@ DetectionResult Detect(const std::vector<double>& y, int seasonality, const Engi
   SearchOptions so;
   so.criteria = crit;
   ArimaFit best = StepwiseSearch(y, d, D, period, so, nullptr);
-  ArimaFit fit = FitArima(y, best.spec, crit, true);
+  ArimaFit fit = FitArima(y, best.orders, crit, true);
   if (!fit.ok) fit = best;
   DetectionOptions opt;
   opt.pulse = rules.include_pulse;
@@ -133,14 +133,14 @@ DetectionResult DetectByEngine(const std::vector<double>& y, int seasonality, co
   }
   for (const auto& n : r.notes)
     if (n.heading == kHeadInterventions) out.trail.push_back(n.text);
-  out.fit.arima.spec.p = r.p;
-  out.fit.arima.spec.d = r.d;
-  out.fit.arima.spec.q = r.q;
-  out.fit.arima.spec.P = r.P;
-  out.fit.arima.spec.D = r.D;
-  out.fit.arima.spec.Q = r.Q;
-  out.fit.arima.spec.period = r.period;
-  out.fit.arima.spec.constant = r.has_constant;
+  out.fit.arima.orders.p = r.p;
+  out.fit.arima.orders.d = r.d;
+  out.fit.arima.orders.q = r.q;
+  out.fit.arima.orders.P = r.P;
+  out.fit.arima.orders.D = r.D;
+  out.fit.arima.orders.Q = r.Q;
+  out.fit.arima.orders.period = r.period;
+  out.fit.arima.orders.constant = r.has_constant;
   return out;
 }
 
@@ -255,7 +255,7 @@ int main(int argc, char** argv) {
             if (!near && std::getenv("BENCH_VERBOSE")) {
               std::printf("missed %s at %d (%s, n %d, %s):", kTypeNames[p.type], p.index, s.name, n, size.name);
               for (const auto& f : res.found) std::printf(" %s@%d", kTypeNames[f.type], f.index);
-              std::printf("  [%s]\n", res.fit.arima.spec.Name().c_str());
+              std::printf("  [%s]\n", res.fit.arima.orders.Name().c_str());
             }
             ++tt.planted;
             ++one.planted;
@@ -288,7 +288,7 @@ int main(int argc, char** argv) {
             if (!r0.found.empty() && std::getenv("BENCH_VERBOSE")) {
               std::printf("false on clean %s n %d:", s.name, n);
               for (const auto& f : r0.found) std::printf(" %s@%d (t %.2f)", kTypeNames[f.type], f.index, f.t_value);
-              std::printf("  [%s]\n", r0.fit.arima.spec.Name().c_str());
+              std::printf("  [%s]\n", r0.fit.arima.orders.Name().c_str());
             }
             clean.false_alarms += static_cast<int>(r0.found.size());
             clean.detected += static_cast<int>(r0.found.size());
@@ -335,7 +335,7 @@ int main(int argc, char** argv) {
   }
   if (nile.size() == 100) {
     const DetectionResult r = Run(nile, 1, rules);
-    std::printf("Nile 1871-1970: model %s\n", r.fit.arima.spec.Name().c_str());
+    std::printf("Nile 1871-1970: model %s\n", r.fit.arima.orders.Name().c_str());
     for (const auto& f : r.found)
       std::printf("  %-14s %d  impact %+.1f  t %.2f\n", kTypeNames[f.type], 1871 + f.index, f.impact, f.t_value);
     for (const auto& line : r.trail) std::printf("  (%s)\n", line.c_str());

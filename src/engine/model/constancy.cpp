@@ -14,18 +14,18 @@ double ErrorSum(const ArimaFit& f) { return f.sigma2 * f.n; }
 
 }  // namespace
 
-ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
+ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
                               double confidence_pct, int min_group, int max_breaks) {
   ParameterChange out;
   const int n = static_cast<int>(z.size());
-  const int burn = spec.d + spec.D * std::max(1, spec.period);
-  const int k = spec.FreeCount() + (spec.constant ? 1 : 0) + 1;  // + the variance
+  const int burn = orders.d + orders.D * std::max(1, orders.period);
+  const int k = orders.FreeCount() + (orders.constant ? 1 : 0) + 1;  // + the variance
   // Each side must carry its own differencing start and enough to estimate the orders.
   const int side = std::max({min_group, k + 2, 3}) + burn;
   if (n < 2 * side) return out;
   ConvergenceCriteria quick = crit;
   quick.polish = false;
-  const ArimaFit whole = FitArima(z, spec, quick, false);
+  const ArimaFit whole = FitArima(z, orders, quick, false);
   if (!whole.ok) return out;
   const double S = ErrorSum(whole);
   const int m = whole.n;
@@ -37,8 +37,8 @@ ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& spe
   for (int i = 0; i < count; ++i) {
     const int at = count == 1 ? (lo + hi) / 2 : lo + static_cast<int>(std::lround((hi - lo) * i / (count - 1.0)));
     const std::vector<double> a(z.begin(), z.begin() + at), b(z.begin() + at, z.end());
-    const ArimaFit fa = FitArima(a, spec, quick, false, &whole.coef);
-    const ArimaFit fb = FitArima(b, spec, quick, false, &whole.coef);
+    const ArimaFit fa = FitArima(a, orders, quick, false, &whole.coef);
+    const ArimaFit fb = FitArima(b, orders, quick, false, &whole.coef);
     if (!fa.ok || !fb.ok) continue;
     ++out.breaks_tried;
     const double s12 = ErrorSum(fa) + ErrorSum(fb);

@@ -45,9 +45,9 @@ std::vector<double> DifferencingPolynomial(int d, int D, int period) {
   return delta;
 }
 
-std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& spec) {
-  std::vector<double> w = Difference(y, std::max(1, spec.period), spec.D);
-  return Difference(w, 1, spec.d);
+std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& orders) {
+  std::vector<double> w = Difference(y, std::max(1, orders.period), orders.D);
+  return Difference(w, 1, orders.d);
 }
 
 namespace {
@@ -175,24 +175,24 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCr
 
 }  // namespace
 
-ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const ConvergenceCriteria& crit,
+ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
                   bool with_errors, const ArmaCoefficients* start) {
   ArimaFit fit;
-  fit.spec = spec;
-  const std::vector<double> w = DifferenceSeries(z, spec);
-  const Layout layout = MakeLayout(spec);
+  fit.orders = orders;
+  const std::vector<double> w = DifferenceSeries(z, orders);
+  const Layout layout = MakeLayout(orders);
   const int k = static_cast<int>(layout.slots.size());
   const int n = static_cast<int>(w.size());
-  const int nparams = k + (spec.constant ? 1 : 0);
+  const int nparams = k + (orders.constant ? 1 : 0);
   if (n < nparams + 2 || n < 2) return fit;
   for (double v : w)
     if (!std::isfinite(v)) return fit;
 
-  const double wmean = spec.constant ? Mean(w) : 0.0;
+  const double wmean = orders.constant ? Mean(w) : 0.0;
   // Conditional least squares first: cheap, and close to the exact optimum.
   Eigen::VectorXd x = Eigen::VectorXd::Zero(k);
   std::vector<double> phi, theta;
-  const int pfull = spec.p + spec.period * spec.P;
+  const int pfull = orders.p + orders.period * orders.P;
   bool started = false;
   if (start && k > 0) {
     for (size_t slot = 0; slot < layout.slots.size(); ++slot) {
@@ -200,12 +200,12 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
       const std::vector<double>& v = g == 0 ? start->ar : g == 1 ? start->ma : g == 2 ? start->sar : start->sma;
       x(static_cast<int>(slot)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
     }
-    started = Admissible(Unpack(spec, layout, x));
+    started = Admissible(Unpack(orders, layout, x));
     if (!started) x.setZero();
   }
   if (!started && k > 0 && n > pfull + k + 2) {
     ResidualFn css = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-      const ArmaCoefficients c = Unpack(spec, layout, xv);
+      const ArmaCoefficients c = Unpack(orders, layout, xv);
       if (!Admissible(c)) return false;
       ExpandArma(c, phi, theta);
       const std::vector<double> e = CssResiduals(w, wmean, phi, theta);
@@ -221,10 +221,10 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
   }
 
   ResidualFn exact = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-    const ArmaCoefficients c = Unpack(spec, layout, xv);
+    const ArmaCoefficients c = Unpack(orders, layout, xv);
     if (!Admissible(c)) return false;
     ExpandArma(c, phi, theta);
-    const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+    const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
     if (!L.ok) return false;
     r = Eigen::Map<const Eigen::VectorXd>(L.scaled.data(), n);
     return r.allFinite();
@@ -242,9 +242,9 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
   fit.iterations = lm.iterations;
   fit.converged = lm.converged;
 
-  fit.coef = Unpack(spec, layout, x);
+  fit.coef = Unpack(orders, layout, x);
   ExpandArma(fit.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
   if (!L.ok) return fit;
   fit.mean = L.mean;
   fit.loglik = L.loglik;
@@ -263,12 +263,12 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
     if (k > 0) {
       // Numerical Hessian of the log-likelihood by central differences.
       auto ll = [&](const Eigen::VectorXd& xv, double& out) {
-        const ArmaCoefficients c = Unpack(spec, layout, xv);
+        const ArmaCoefficients c = Unpack(orders, layout, xv);
         if (!IsStationary(c.ar) || !IsStationary(c.sar) || !IsInvertible(c.ma) || !IsInvertible(c.sma))
           return false;
         std::vector<double> ph, th;
         ExpandArma(c, ph, th);
-        const ArmaLikelihood l = ArmaExactLikelihood(w, ph, th, spec.constant);
+        const ArmaLikelihood l = ArmaExactLikelihood(w, ph, th, orders.constant);
         if (!l.ok) return false;
         out = l.loglik;
         return std::isfinite(out);
@@ -330,11 +330,11 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& spec, const Con
         }
       }
     };
-    push(0, spec.p);
-    push(1, spec.q);
-    push(2, spec.P);
-    push(3, spec.Q);
-    if (spec.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
+    push(0, orders.p);
+    push(1, orders.q);
+    push(2, orders.P);
+    push(3, orders.Q);
+    if (orders.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
     fit.std_errors = all;
   }
   return fit;

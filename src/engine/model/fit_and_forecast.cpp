@@ -84,19 +84,19 @@ std::string Factor(const std::vector<double>& c, int step, double sign) {
 }
 
 std::string Equation(const ArimaFit& f, double lambda, const std::string& name) {
-  std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.spec.period, -1.0);
-  for (int i = 0; i < f.spec.d; ++i) lhs += "(1 - B)";
-  for (int i = 0; i < f.spec.D; ++i) lhs += "(1 - B**" + std::to_string(f.spec.period) + ")";
+  std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.orders.period, -1.0);
+  for (int i = 0; i < f.orders.d; ++i) lhs += "(1 - B)";
+  for (int i = 0; i < f.orders.D; ++i) lhs += "(1 - B**" + std::to_string(f.orders.period) + ")";
   lhs += (lhs.empty() ? "" : " ") + TransformName(lambda, name) + "(t)";
   std::string rhs;
-  if (f.spec.constant) {
+  if (f.orders.constant) {
     double phi1 = 1.0;
     for (double v : f.coef.ar) phi1 -= v;
     double Phi1 = 1.0;
     for (double v : f.coef.sar) Phi1 -= v;
     rhs = Format("%.6g", phi1 * Phi1 * f.mean) + " + ";
   }
-  const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.spec.period, 1.0);
+  const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.orders.period, 1.0);
   rhs += ma + (ma.empty() ? "" : " ") + "a(t)";
   return lhs + " = " + rhs;
 }
@@ -123,7 +123,7 @@ struct TermRef {
 
 std::vector<Coefficient> Coefficients(const ArimaFit& f, std::vector<TermRef>* refs) {
   std::vector<Coefficient> out;
-  const int df = std::max(1, f.n - (f.spec.FreeCount() + (f.spec.constant ? 1 : 0)));
+  const int df = std::max(1, f.n - (f.orders.FreeCount() + (f.orders.constant ? 1 : 0)));
   size_t se_index = 0;
   auto add = [&](int group, const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix,
                  const char* kind, int step) {
@@ -143,11 +143,11 @@ std::vector<Coefficient> Coefficients(const ArimaFit& f, std::vector<TermRef>* r
       if (refs) refs->push_back({group, static_cast<int>(i)});
     }
   };
-  add(0, f.coef.ar, f.spec.ar_zero, "AR", "ar", 1);
-  add(1, f.coef.ma, f.spec.ma_zero, "MA", "ma", 1);
-  add(2, f.coef.sar, f.spec.sar_zero, "SAR", "sar", f.spec.period);
-  add(3, f.coef.sma, f.spec.sma_zero, "SMA", "sma", f.spec.period);
-  if (f.spec.constant) {
+  add(0, f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
+  add(1, f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
+  add(2, f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
+  add(3, f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
+  if (f.orders.constant) {
     Coefficient c;
     c.term = "CONSTANT";
     c.kind = "constant";
@@ -180,11 +180,11 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
       if (!std::isnan(pred[t])) e.push_back(z[t] - pred[t]);
     const int m = static_cast<int>(e.size());
     if (m < 50) break;  // too few residuals to judge their autocorrelations
-    const int s = fit.spec.period;
+    const int s = fit.orders.period;
     const int max_lag = std::min(s > 1 ? 2 * s : 10, m / 4);
     // With as many lags as these, single autocorrelations stand out by chance: only when
     // the portmanteau test rejects the residuals as a whole is the structure insufficient.
-    if (LjungBox(e, max_lag, fit.spec.FreeCount()).p_value >= alpha) break;
+    if (LjungBox(e, max_lag, fit.orders.FreeCount()).p_value >= alpha) break;
     const std::vector<double> acf = Autocorrelations(e, max_lag);
     const double limit = CentralNormalQuantile(level) / std::sqrt(static_cast<double>(m));
     // Candidate lags in order of the size of their autocorrelation.
@@ -194,7 +194,7 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
     std::sort(lags.begin(), lags.end(), [&](int a, int b) { return std::fabs(acf[a - 1]) > std::fabs(acf[b - 1]); });
     bool improved = false;
     for (int k : lags) {
-      ArimaSpec sp = fit.spec;
+      ArimaSpec sp = fit.orders;
       std::string term;
       if (s > 1 && k % s == 0) {
         if (sp.Q >= 2 || k / s != sp.Q + 1) continue;
@@ -277,7 +277,7 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   if (!effects.empty())
     for (int t = 0; t < n; ++t) r.cleansed[t] = InverseBoxCox(u[t] * scale, lambda);
   r.observations = used;
-  r.parameters = fit.spec.FreeCount() + (fit.spec.constant ? 1 : 0) + effect_count;
+  r.parameters = fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + effect_count;
   r.degrees_of_freedom = std::max(0, used - r.parameters);
   r.sse = sse;
   r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
@@ -289,9 +289,9 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   r.bic = -2.0 * r.loglik + std::log(std::max(1, fit.n)) * kk;
   r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
 
-  const int period = fit.spec.period;
+  const int period = fit.orders.period;
   const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
-  const TestResult lb = LjungBox(model_resid, lb_lags, fit.spec.FreeCount());
+  const TestResult lb = LjungBox(model_resid, lb_lags, fit.orders.FreeCount());
   r.ljung_box_q = lb.statistic;
   r.ljung_box_p = lb.p_value;
   r.ljung_box_lags = lb_lags;
@@ -526,7 +526,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
     std::string text;
     for (const SearchStep& s : trail)
       text += s.model + (s.usable ? ": AICc " + Format("%.3f", s.aicc) : std::string(": not usable")) + "; ";
-    r.notes.push_back({texts::kHeadSearch, text + "chosen " + (best.ok ? best.spec.Name() : std::string("none")) + "."});
+    r.notes.push_back({texts::kHeadSearch, text + "chosen " + (best.ok ? best.orders.Name() : std::string("none")) + "."});
   }
   if (!best.ok) {
     // Simpler and simpler models until one can be estimated.
@@ -549,7 +549,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
 
   // Constancy of parameters: when they changed, the latest stable segment is modelled alone.
   if (rules.constancy && problem.inputs.empty()) {
-    const ParameterChange pc = TestConstancy(z, best.spec, crit, rules.constancy_level, rules.min_group_size);
+    const ParameterChange pc = TestConstancy(z, best.orders, crit, rules.constancy_level, rules.min_group_size);
     const std::string at = ObservationPeriodText(pc.index, problem.seasonality, problem.begin_year, problem.begin_period);
     if (pc.found) {
       ModelResult seg = ModelLatestSegment(problem, pc.index, on_stage);
@@ -576,7 +576,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   // 3. Estimation: the chosen orders again with standard errors; the necessity test drops
   // the least significant term and estimates again while one is not significant.
   if (!stage(Stage::Estimation)) return r;
-  ArimaFit fit = FitArima(z, best.spec, crit, true);
+  ArimaFit fit = FitArima(z, best.orders, crit, true);
   if (!fit.ok) fit = best;
   // Sufficiency first, so that the final model passes the necessity test whatever the
   // two levels.
@@ -598,7 +598,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
           worst = static_cast<int>(i);
         }
       if (worst < 0) break;
-      ArimaSpec s = fit.spec;
+      ArimaSpec s = fit.orders;
       const TermRef ref = refs[worst];
       auto hold = [](std::vector<bool>& zero, int order, int index) {
         zero.resize(order, false);
@@ -680,21 +680,21 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   // Report the model on the scale of the data.
   ArimaFit shown = fit;
   shown.mean = fit.mean * scale;
-  if (!shown.std_errors.empty() && fit.spec.constant) shown.std_errors.back() *= scale;
-  r.d = fit.spec.d;
-  r.D = fit.spec.D;
-  r.p = fit.spec.p;
-  r.q = fit.spec.q;
-  r.P = fit.spec.P;
-  r.Q = fit.spec.Q;
-  r.period = fit.spec.period;
-  r.has_constant = fit.spec.constant;
+  if (!shown.std_errors.empty() && fit.orders.constant) shown.std_errors.back() *= scale;
+  r.d = fit.orders.d;
+  r.D = fit.orders.D;
+  r.p = fit.orders.p;
+  r.q = fit.orders.q;
+  r.P = fit.orders.P;
+  r.Q = fit.orders.Q;
+  r.period = fit.orders.period;
+  r.has_constant = fit.orders.constant;
   r.coefficients = Coefficients(shown, nullptr);
   DescribeInterventions(found, scale, problem.seasonality, problem.begin_year, problem.begin_period,
-                        std::max(1, fit.n - fit.spec.FreeCount() - (fit.spec.constant ? 1 : 0) -
+                        std::max(1, fit.n - fit.orders.FreeCount() - (fit.orders.constant ? 1 : 0) -
                                         static_cast<int>(found.size())),
                         r.interventions, r.coefficients);
-  r.description = fit.spec.Name();
+  r.description = fit.orders.Name();
   r.equation = Equation(shown, lambda, problem.output_name.empty() ? "Y" : problem.output_name);
   if (!found.empty())
     r.equation = InterventionEquation(r.coefficients,

@@ -25,7 +25,7 @@ std::vector<double> MultiplyRegression(const std::vector<double>& a, const std::
 
 // The differenced series less the fit's constant: predictions use the model as given.
 std::vector<double> Centred(std::vector<double> w, const ArimaFit& fit) {
-  if (fit.spec.constant)
+  if (fit.orders.constant)
     for (double& v : w) v -= fit.mean;
   return w;
 }
@@ -35,7 +35,7 @@ std::vector<double> Centred(std::vector<double> w, const ArimaFit& fit) {
 ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, int horizon, double coverage_pct) {
   ArimaForecast out;
   if (horizon < 1 || !fit.ok) return out;
-  const std::vector<double> w = Centred(DifferenceSeries(z, fit.spec), fit);
+  const std::vector<double> w = Centred(DifferenceSeries(z, fit.orders), fit);
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
   const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false, true);
@@ -53,8 +53,8 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
       }
     }
   }
-  const double mu = fit.spec.constant ? fit.mean : 0.0;
-  const std::vector<double> delta = DifferencingPolynomial(fit.spec.d, fit.spec.D, fit.spec.period);
+  const double mu = fit.orders.constant ? fit.mean : 0.0;
+  const std::vector<double> delta = DifferencingPolynomial(fit.orders.d, fit.orders.D, fit.orders.period);
   std::vector<double> hist = z;
   out.mean.resize(H);
   for (int h = 1; h <= H; ++h) {
@@ -83,7 +83,7 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
 std::vector<double> OneStepPredictions(const std::vector<double>& z, const ArimaFit& fit) {
   std::vector<double> pred(z.size(), std::numeric_limits<double>::quiet_NaN());
   if (!fit.ok) return pred;
-  const std::vector<double> w = Centred(DifferenceSeries(z, fit.spec), fit);
+  const std::vector<double> w = Centred(DifferenceSeries(z, fit.orders), fit);
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
   const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false, true);

@@ -128,8 +128,8 @@ int BurnIn(const ArimaSpec& s) { return s.d + s.D * std::max(1, s.period); }
 // model's own terms: nothing before the differencing has started; a step or a trend at the
 // very start is the constant or the drift; a step or a trend at the last observations is a
 // pulse; a seasonal pulse needs a second occurrence to differ from a pulse.
-std::pair<int, int> CandidateRange(int type, int n, const ArimaSpec& spec, const DetectionOptions& opt) {
-  const int burn = BurnIn(spec);
+std::pair<int, int> CandidateRange(int type, int n, const ArimaSpec& orders, const DetectionOptions& opt) {
+  const int burn = BurnIn(orders);
   switch (type) {
     case kPulse: return {burn, n - 1};
     case kLevelShift: return {std::max(burn, 1), n - 2};
@@ -194,25 +194,25 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
   return out.allFinite();
 }
 
-bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const ArmaCoefficients& coef,
+bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const ArmaCoefficients& coef,
                   const DetectionOptions& opt, std::vector<DetectedIntervention>& found,
                   std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
   const int n = static_cast<int>(z.size());
   std::vector<double> phi, theta;
   ExpandArma(coef, phi, theta);
   Eigen::VectorXd ws;
-  if (!Whiten(DifferenceSeries(z, spec), phi, theta, ws, true)) return false;
+  if (!Whiten(DifferenceSeries(z, orders), phi, theta, ws, true)) return false;
   const int m = static_cast<int>(ws.size());
   const int k = static_cast<int>(X.size());
-  const int cols = k + (spec.constant ? 1 : 0);
+  const int cols = k + (orders.constant ? 1 : 0);
   if (k == 0 || m <= cols + 1) return false;
   Eigen::MatrixXd A(m, cols);
   Eigen::VectorXd col;
   for (int j = 0; j < k; ++j) {
-    if (!Whiten(DifferenceSeries(X[j], spec), phi, theta, col, true)) return false;
+    if (!Whiten(DifferenceSeries(X[j], orders), phi, theta, col, true)) return false;
     A.col(j) = col;
   }
-  if (spec.constant) {
+  if (orders.constant) {
     if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col, true)) return false;
     A.col(k) = col;
   }
@@ -235,13 +235,13 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const Arm
       Eigen::VectorXd best_col;
       double best_ssr = now;
       for (int type : EnabledTypes(opt)) {
-        const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+        const auto [lo, hi] = CandidateRange(type, n, orders, opt);
         for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
           if (type == found[j].type && T == found[j].index) continue;
           bool clash = false;
           for (int i = 0; i < k; ++i) clash = clash || (i != j && found[i].type == type && found[i].index == T);
           if (clash) continue;
-          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), spec), phi, theta, col, true))
+          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, col, true))
             continue;
           Eigen::MatrixXd trial = A;
           trial.col(j) = col;
@@ -270,28 +270,28 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& spec, const Arm
 }  // namespace
 
 RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                      const ArimaSpec& spec, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArimaSpec& orders, const ConvergenceCriteria& crit, bool with_errors,
                                       const ArmaCoefficients* start) {
   RegressionArimaFit out;
   if (X.empty()) {
-    out.arima = FitArima(z, spec, crit, with_errors, start);
+    out.arima = FitArima(z, orders, crit, with_errors, start);
     out.ok = out.arima.ok;
     return out;
   }
-  const std::vector<double> w = DifferenceSeries(z, spec);
+  const std::vector<double> w = DifferenceSeries(z, orders);
   std::vector<std::vector<double>> Xw;
   Xw.reserve(X.size());
-  for (const auto& x : X) Xw.push_back(DifferenceSeries(x, spec));
+  for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
 
-  ArmaCoefficients coef = start ? *start : ZeroCoefficients(spec);
-  coef.period = spec.period;
-  coef.ar.resize(spec.p, 0.0);
-  coef.ma.resize(spec.q, 0.0);
-  coef.sar.resize(spec.P, 0.0);
-  coef.sma.resize(spec.Q, 0.0);
-  GlsOutcome g = Gls(w, Xw, coef, spec.constant);
+  ArmaCoefficients coef = start ? *start : ZeroCoefficients(orders);
+  coef.period = orders.period;
+  coef.ar.resize(orders.p, 0.0);
+  coef.ma.resize(orders.q, 0.0);
+  coef.sar.resize(orders.P, 0.0);
+  coef.sma.resize(orders.Q, 0.0);
+  GlsOutcome g = Gls(w, Xw, coef, orders.constant);
   if (!g.ok) {
-    g = Gls(w, Xw, ZeroCoefficients(spec), spec.constant);
+    g = Gls(w, Xw, ZeroCoefficients(orders), orders.constant);
     if (!g.ok) return out;
   }
   std::vector<double> beta = g.beta;
@@ -305,11 +305,11 @@ RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::v
   ArimaFit arima;
   for (int it = 0; it < 8; ++it) {
     out.iterations = it + 1;
-    arima = FitArima(RemoveRegressors(z, X, beta), spec, quick, false, started ? &coef : nullptr);
+    arima = FitArima(RemoveRegressors(z, X, beta), orders, quick, false, started ? &coef : nullptr);
     if (!arima.ok) return out;
     coef = arima.coef;
     started = true;
-    const GlsOutcome next = Gls(w, Xw, coef, spec.constant);
+    const GlsOutcome next = Gls(w, Xw, coef, orders.constant);
     if (!next.ok) return out;
     double change = 0.0;
     for (size_t j = 0; j < beta.size(); ++j) change = std::max(change, std::fabs(next.beta[j] - beta[j]));
@@ -317,11 +317,11 @@ RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::v
     g = next;
     if (change < 1e-4 * std::sqrt(std::max(arima.sigma2, 1e-300))) break;
   }
-  arima = FitArima(RemoveRegressors(z, X, beta), spec, crit, with_errors, &coef);
+  arima = FitArima(RemoveRegressors(z, X, beta), orders, crit, with_errors, &coef);
   if (!arima.ok) return out;
   // beta has settled to well within its standard error, so the noise model fitted on the
   // last beta is kept with the standard errors from its final coefficients.
-  g = Gls(w, Xw, arima.coef, spec.constant);
+  g = Gls(w, Xw, arima.coef, orders.constant);
   if (!g.ok) return out;
   out.arima = arima;
   out.beta = g.beta;
@@ -348,15 +348,15 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
                                                     const RegressionArimaFit& fit, const DetectionOptions& opt) {
   std::vector<CandidateStatistic> out;
   if (!fit.ok) return out;
-  const ArimaSpec& spec = fit.arima.spec;
+  const ArimaSpec& orders = fit.arima.orders;
   const int n = static_cast<int>(z.size());
-  const int burn = BurnIn(spec);
-  const std::vector<double> w = DifferenceSeries(RemoveRegressors(z, X, fit.beta), spec);
+  const int burn = BurnIn(orders);
+  const std::vector<double> w = DifferenceSeries(RemoveRegressors(z, X, fit.beta), orders);
   const int m = static_cast<int>(w.size());
   if (m < 8) return out;
   std::vector<double> phi, theta;
   ExpandArma(fit.arima.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, spec.constant);
+  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
   if (!L.ok || !(L.sigma2 > 0.0)) return out;
   const double g = std::sqrt(L.scaled_ssq / (L.n * L.sigma2));
   std::vector<double> e(m);
@@ -371,7 +371,7 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
 
   // a(B) = phi(B) delta(B) with its unit lead: the residual of an effect x is pi(B) x with
   // pi(B) = a(B) / theta(B).
-  const std::vector<double> delta = DifferencingPolynomial(spec.d, spec.D, spec.period);
+  const std::vector<double> delta = DifferencingPolynomial(orders.d, orders.D, orders.period);
   std::vector<double> a(phi.size() + delta.size() + 1, 0.0);
   {
     std::vector<double> pa(phi.size() + 1), pd(delta.size() + 1);
@@ -389,8 +389,8 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
   Eigen::MatrixXd Q;
   {
     std::vector<std::vector<double>> cols;
-    if (spec.constant) cols.push_back(std::vector<double>(m, 1.0));
-    for (const auto& x : X) cols.push_back(DifferenceSeries(x, spec));
+    if (orders.constant) cols.push_back(std::vector<double>(m, 1.0));
+    for (const auto& x : X) cols.push_back(DifferenceSeries(x, orders));
     Eigen::MatrixXd A(m, static_cast<int>(cols.size()));
     int used = 0;
     Eigen::VectorXd col;
@@ -408,7 +408,7 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
   Eigen::VectorXd proj(K);
 
   for (int type : EnabledTypes(opt)) {
-    const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+    const auto [lo, hi] = CandidateRange(type, n, orders, opt);
     if (lo > hi) continue;
     const int len = n - lo;
     const std::vector<double> p = InterventionRegressor(type, 0, opt.period, len);
@@ -452,11 +452,11 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   res.fit.arima = initial;
   res.fit.ok = initial.ok;
   if (!initial.ok || opt.max_count < 1) return res;
-  const ArimaSpec spec = initial.spec;
+  const ArimaSpec orders = initial.orders;
   const int n = static_cast<int>(z.size());
   int first = n, last = -1;
   for (int type : EnabledTypes(opt)) {
-    const auto [lo, hi] = CandidateRange(type, n, spec, opt);
+    const auto [lo, hi] = CandidateRange(type, n, orders, opt);
     if (lo > hi) continue;
     first = std::min(first, lo);
     last = std::max(last, hi);
@@ -484,7 +484,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   // Chen and Liu's two loops: within a round the ARMA coefficients are held and only the
   // effects' sizes are estimated again after each addition (generalised least squares);
   // between rounds the whole model is estimated again.
-  const std::vector<double> w = DifferenceSeries(z, spec);
+  const std::vector<double> w = DifferenceSeries(z, orders);
   for (int round = 0; round < 4 && static_cast<int>(found.size()) < opt.max_count; ++round) {
     int added = 0, attempts = 0;
     while (static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count) {
@@ -497,8 +497,8 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       std::vector<std::vector<double>> X2 = X;
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
       std::vector<std::vector<double>> Xw;
-      for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, spec));
-      const GlsOutcome g = Gls(w, Xw, fit.arima.coef, spec.constant);
+      for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, orders));
+      const GlsOutcome g = Gls(w, Xw, fit.arima.coef, orders.constant);
       if (!g.ok) {
         refused.push_back({best->type, best->index});
         continue;
@@ -511,15 +511,15 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       X = std::move(X2);
       fit.beta = g.beta;
       ++added;
-      if (found.size() > 1 && SettlePlaces(z, spec, fit.arima.coef, opt, found, X, res.trail)) {
+      if (found.size() > 1 && SettlePlaces(z, orders, fit.arima.coef, opt, found, X, res.trail)) {
         Xw.clear();
-        for (const auto& x : X) Xw.push_back(DifferenceSeries(x, spec));
-        const GlsOutcome g2 = Gls(w, Xw, fit.arima.coef, spec.constant);
+        for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
+        const GlsOutcome g2 = Gls(w, Xw, fit.arima.coef, orders.constant);
         if (g2.ok) fit.beta = g2.beta;
       }
     }
     if (added == 0) break;
-    const RegressionArimaFit next = FitRegressionArima(z, X, spec, quick, false, &fit.arima.coef);
+    const RegressionArimaFit next = FitRegressionArima(z, X, orders, quick, false, &fit.arima.coef);
     if (!next.ok) {
       res.trail.push_back("the model with the effects found could not be estimated; none are kept");
       return res;
@@ -530,8 +530,8 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     return res;
   }
 
-  if (SettlePlaces(z, spec, fit.arima.coef, opt, found, X, res.trail))
-    fit = FitRegressionArima(z, X, spec, quick, false, &fit.arima.coef);
+  if (SettlePlaces(z, orders, fit.arima.coef, opt, found, X, res.trail))
+    fit = FitRegressionArima(z, X, orders, quick, false, &fit.arima.coef);
 
   // In order of time, estimated together with standard errors; effects that are no longer
   // significant beside the others leave one at a time, the weakest first.
@@ -550,7 +550,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   X.swap(Xs);
   // The t-values come from generalised least squares; the Hessian of the noise model is
   // needed only once, for the model finally kept.
-  RegressionArimaFit joint = FitRegressionArima(z, X, spec, opt.criteria, false, &fit.arima.coef);
+  RegressionArimaFit joint = FitRegressionArima(z, X, orders, opt.criteria, false, &fit.arima.coef);
   while (true) {
     if (!joint.ok) {
       // Cannot happen for a set that was estimable one by one; keep the model without effects.
@@ -574,16 +574,16 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     found.erase(found.begin() + weakest);
     X.erase(X.begin() + weakest);
     if (found.empty()) {
-      res.fit = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+      res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &joint.arima.coef);
       if (!res.fit.ok) {
         res.fit.arima = initial;
         res.fit.ok = true;
       }
       return res;
     }
-    joint = FitRegressionArima(z, X, spec, opt.criteria, false, &joint.arima.coef);
+    joint = FitRegressionArima(z, X, orders, opt.criteria, false, &joint.arima.coef);
   }
-  res.fit = FitRegressionArima(z, X, spec, opt.criteria, true, &joint.arima.coef);
+  res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &joint.arima.coef);
   if (!res.fit.ok) res.fit = joint;
   for (size_t j = 0; j < found.size() && j < res.fit.beta.size(); ++j) {
     found[j].impact = res.fit.beta[j];
@@ -630,13 +630,13 @@ double Score(const std::vector<double>& z, const DetectionResult& r, int period,
     ++m;
   }
   if (m < 4 || !(sse > 0.0)) return std::numeric_limits<double>::infinity();
-  const ArimaSpec& s = r.fit.arima.spec;
+  const ArimaSpec& s = r.fit.arima.orders;
   const int k = s.FreeCount() + (s.constant ? 1 : 0) + 2 * static_cast<int>(r.found.size());
   return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
 }
 
 std::string Describe(const DetectionResult& r) {
-  std::string text = r.fit.arima.spec.Name() + " with ";
+  std::string text = r.fit.arima.orders.Name() + " with ";
   if (r.found.empty()) return text + "no interventions";
   text += std::to_string(r.found.size()) + " intervention(s)";
   return text;
@@ -648,7 +648,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
                                          const DetectionOptions& opt, const SearchOptions& search) {
   if (!identified.ok) return DetectInterventions(z, identified, opt);
   const int n = static_cast<int>(z.size());
-  const ArimaSpec base = identified.spec;
+  const ArimaSpec base = identified.orders;
   const int from = BurnIn(base);
 
   // Detection with a model, then the orders searched again on the cleansed series; when they
@@ -662,11 +662,11 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
     for (const auto& f : r.found) moves_level = moves_level || f.type == kLevelShift || f.type == kLocalTrend;
     if (!moves_level) return r;
     const std::vector<double> u = RemoveRegressors(z, Regressors(r.found, opt.period, n), r.fit.beta);
-    ArimaFit again = StepwiseSearch(u, start.spec.d, start.spec.D, start.spec.period, search, nullptr);
+    ArimaFit again = StepwiseSearch(u, start.orders.d, start.orders.D, start.orders.period, search, nullptr);
     if (!again.ok) return r;
-    ArimaSpec s = again.spec;
-    if (s.p == start.spec.p && s.q == start.spec.q && s.P == start.spec.P && s.Q == start.spec.Q &&
-        s.constant == start.spec.constant)
+    ArimaSpec s = again.orders;
+    if (s.p == start.orders.p && s.q == start.orders.q && s.P == start.orders.P && s.Q == start.orders.Q &&
+        s.constant == start.orders.constant)
       return r;
     const ArimaFit refit = FitArima(z, s, opt.criteria, false, &again.coef);
     if (!refit.ok) return r;
@@ -703,8 +703,8 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       if (same.p != simple.p || same.q != simple.q || same.P != simple.P || same.Q != simple.Q)
         starts.push_back(same);
       Candidate c;
-      for (const ArimaSpec& spec : starts) {
-        const ArimaFit start = FitArima(z, spec, opt.criteria, false);
+      for (const ArimaSpec& orders : starts) {
+        const ArimaFit start = FitArima(z, orders, opt.criteria, false);
         if (!start.ok) continue;
         Candidate one;
         one.result = run(start, story, true);
@@ -728,7 +728,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
   }
   if (best.result.found.empty() && best.result.fit.arima.std_errors.empty()) {
     const ArimaFit with_se =
-        FitArima(z, best.result.fit.arima.spec, opt.criteria, true, &best.result.fit.arima.coef);
+        FitArima(z, best.result.fit.arima.orders, opt.criteria, true, &best.result.fit.arima.coef);
     if (with_se.ok) best.result.fit.arima = with_se;
   }
   for (auto& line : best.result.trail) story.push_back(line);
@@ -806,7 +806,7 @@ std::string InterventionStory(const DetectionResult& detection) {
   for (const auto& line : detection.trail) text += line + "; ";
   if (detection.found.empty()) return text + "no interventions kept.";
   text += std::to_string(detection.found.size()) + " intervention(s) kept with " +
-          detection.fit.arima.spec.Name() + ".";
+          detection.fit.arima.orders.Name() + ".";
   return text;
 }
 

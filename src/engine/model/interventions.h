@@ -30,7 +30,7 @@ std::vector<double> InterventionRegressor(int type, int at, int period, int leng
 // "PULSE", "LEVEL SHIFT", "SEASONAL PULSE", "LOCAL TREND".
 std::string InterventionTypeName(int type);
 
-// Regression with ARIMA errors: z = X beta + u, u an ARIMA of `spec` (its constant being the
+// Regression with ARIMA errors: z = X beta + u, u an ARIMA of `orders` (its constant being the
 // mean of the differenced u). beta is estimated by generalised least squares under the
 // exact ARMA covariance of the differenced series, the ARMA part by the core's exact
 // likelihood on z - X beta, alternating until beta settles.
@@ -43,7 +43,7 @@ struct RegressionArimaFit {
 };
 
 RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                      const ArimaSpec& spec, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArimaSpec& orders, const ConvergenceCriteria& crit, bool with_errors,
                                       const ArmaCoefficients* start = nullptr);
 
 // The noise series u = z - X beta.

@@ -81,8 +81,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
   bool moved = true;
   while (moved && models < o.max_models) {
     moved = false;
-    const int p = best.spec.p, q = best.spec.q, P = best.spec.P, Q = best.spec.Q;
-    const bool c = best.spec.constant;
+    const int p = best.orders.p, q = best.orders.q, P = best.orders.P, Q = best.orders.Q;
+    const bool c = best.orders.constant;
     const int moves[][4] = {{0, 0, -1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}, {0, 0, 0, 1},  {0, 0, -1, -1},
                             {0, 0, 1, 1},  {-1, 0, 0, 0}, {1, 0, 0, 0}, {0, -1, 0, 0}, {0, 1, 0, 0},
                             {-1, -1, 0, 0}, {1, 1, 0, 0}, {-1, 1, 0, 0}, {1, -1, 0, 0}};

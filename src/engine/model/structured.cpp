@@ -149,11 +149,11 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
       out.push_back(c);
     }
   };
-  add(f.coef.ar, f.spec.ar_zero, "AR", "ar", 1);
-  add(f.coef.ma, f.spec.ma_zero, "MA", "ma", 1);
-  add(f.coef.sar, f.spec.sar_zero, "SAR", "sar", f.spec.period);
-  add(f.coef.sma, f.spec.sma_zero, "SMA", "sma", f.spec.period);
-  if (f.spec.constant) {
+  add(f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
+  add(f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
+  add(f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
+  add(f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
+  if (f.orders.constant) {
     Coefficient c;
     c.term = "CONSTANT";
     c.kind = "constant";
@@ -167,8 +167,8 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
 
 // Integrates a column so that the model's differencing gives it back: an input that the
 // rules say not to difference enters the differenced equation as it is.
-std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& spec) {
-  const std::vector<double> delta = DifferencingPolynomial(spec.d, spec.D, spec.period);
+std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& orders) {
+  const std::vector<double> delta = DifferencingPolynomial(orders.d, orders.D, orders.period);
   if (delta.empty()) return x;
   std::vector<double> out(x.size(), 0.0);
   for (size_t t = 0; t < x.size(); ++t) {
@@ -181,14 +181,14 @@ std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& sp
 
 // Columns (over the sample) that are a linear combination of the ones before them (and of
 // the constant) once the model's differencing is applied.
-std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, const ArimaSpec& spec) {
+std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, const ArimaSpec& orders) {
   std::vector<int> out;
   if (X.empty()) return out;
   std::vector<std::vector<double>> cols;
-  for (const auto& x : X) cols.push_back(DifferenceSeries(x, spec));
+  for (const auto& x : X) cols.push_back(DifferenceSeries(x, orders));
   const int m = static_cast<int>(cols[0].size());
   if (m == 0) return out;
-  const bool constant = spec.d + spec.D == 0 || spec.constant;
+  const bool constant = orders.d + orders.D == 0 || orders.constant;
   std::vector<Eigen::VectorXd> kept;
   if (constant) kept.push_back(Eigen::VectorXd::Ones(m));
   for (size_t j = 0; j < cols.size(); ++j) {
@@ -345,15 +345,15 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   // The model.
   r.lambda = lambda;
   r.leading_left_out = L;
-  r.d = f.spec.d;
-  r.D = f.spec.D;
-  r.p = f.spec.p;
-  r.q = f.spec.q;
-  r.P = f.spec.P;
-  r.Q = f.spec.Q;
-  r.period = f.spec.period;
-  r.has_constant = f.spec.constant;
-  r.parameters = f.spec.FreeCount() + (f.spec.constant ? 1 : 0) + static_cast<int>(X.size());
+  r.d = f.orders.d;
+  r.D = f.orders.D;
+  r.p = f.orders.p;
+  r.q = f.orders.q;
+  r.P = f.orders.P;
+  r.Q = f.orders.Q;
+  r.period = f.orders.period;
+  r.has_constant = f.orders.constant;
+  r.parameters = f.orders.FreeCount() + (f.orders.constant ? 1 : 0) + static_cast<int>(X.size());
   const int df = std::max(1, f.n - r.parameters);
   AddArmaCoefficients(f, scale, df, r.coefficients);
   r.cleansed = y_all;
@@ -408,7 +408,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     if (std::find(r.inputs_kept.begin(), r.inputs_kept.end(), in.name) != r.inputs_kept.end())
       ordered.push_back(in.name);
   r.inputs_kept = ordered;
-  r.description = (model.name.empty() ? std::string() : model.name + ": ") + f.spec.Name();
+  r.description = (model.name.empty() ? std::string() : model.name + ": ") + f.orders.Name();
   {
     const std::string name = problem.output_name.empty() ? "Y" : problem.output_name;
     std::string eq = TransformName(lambda, name) + "(t) =";
@@ -442,11 +442,11 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
       first = false;
     }
     eq += (first ? " N(t)" : " + N(t)");
-    std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.spec.period, -1.0);
-    for (int i = 0; i < f.spec.d; ++i) lhs += "(1 - B)";
-    for (int i = 0; i < f.spec.D; ++i) lhs += "(1 - B**" + std::to_string(f.spec.period) + ")";
-    std::string rhs = f.spec.constant ? Fmt("%.6g", f.mean * scale) + " + " : "";
-    const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.spec.period, 1.0);
+    std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.orders.period, -1.0);
+    for (int i = 0; i < f.orders.d; ++i) lhs += "(1 - B)";
+    for (int i = 0; i < f.orders.D; ++i) lhs += "(1 - B**" + std::to_string(f.orders.period) + ")";
+    std::string rhs = f.orders.constant ? Fmt("%.6g", f.mean * scale) + " + " : "";
+    const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.orders.period, 1.0);
     rhs += ma + (ma.empty() ? "" : " ") + "a(t)";
     r.equation = eq + "\n" + lhs + (lhs.empty() ? "" : " ") + "N(t) = " + rhs;
   }
@@ -489,9 +489,9 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   r.aic = -2.0 * r.loglik + 2.0 * kk;
   r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
   r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  const int period = f.spec.period;
+  const int period = f.orders.period;
   const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
-  const TestResult lb = LjungBox(model_resid, lb_lags, f.spec.FreeCount());
+  const TestResult lb = LjungBox(model_resid, lb_lags, f.orders.FreeCount());
   r.ljung_box_q = lb.statistic;
   r.ljung_box_p = lb.p_value;
   r.ljung_box_lags = lb_lags;
@@ -690,30 +690,30 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
 
 namespace {
 
-// The user's noise block as an ARIMA spec with its coefficients as start values. False
+// The user's noise block as an ARIMA orders with its coefficients as start values. False
 // when the block cannot be expressed (differencing of two different periods, or powers
 // out of range).
-bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaSpec& spec, ArmaCoefficients& start,
+bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
                     std::string& why) {
-  spec = ArimaSpec();
+  orders = ArimaSpec();
   int period = seasonality > 1 ? seasonality : 1;
   for (int p : b.differencing) {
     if (p == 1) {
-      ++spec.d;
+      ++orders.d;
     } else if (p > 1) {
-      if (spec.D > 0 && p != period) {
+      if (orders.D > 0 && p != period) {
         why = "differencing of two seasonal periods";
         return false;
       }
       period = p;
-      ++spec.D;
+      ++orders.D;
     } else {
       why = "a differencing power below 1";
       return false;
     }
   }
-  spec.period = period;
-  spec.constant = b.has_constant;
+  orders.period = period;
+  orders.constant = b.has_constant;
   start = ArmaCoefficients();
   start.period = period;
   auto take = [&](const std::vector<Polynomial>& polys, int& order, std::vector<bool>& zero, std::vector<double>& coef,
@@ -742,16 +742,16 @@ bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaSpec& spec, ArmaC
     }
     return true;
   };
-  if (!take(b.first, spec.p, spec.ar_zero, start.ar, spec.P, spec.sar_zero, start.sar)) return false;
-  if (!take(b.second, spec.q, spec.ma_zero, start.ma, spec.Q, spec.sma_zero, start.sma)) return false;
-  spec.ar_zero.resize(spec.p, false);
-  spec.ma_zero.resize(spec.q, false);
-  spec.sar_zero.resize(spec.P, false);
-  spec.sma_zero.resize(spec.Q, false);
-  start.ar.resize(spec.p, 0.0);
-  start.ma.resize(spec.q, 0.0);
-  start.sar.resize(spec.P, 0.0);
-  start.sma.resize(spec.Q, 0.0);
+  if (!take(b.first, orders.p, orders.ar_zero, start.ar, orders.P, orders.sar_zero, start.sar)) return false;
+  if (!take(b.second, orders.q, orders.ma_zero, start.ma, orders.Q, orders.sma_zero, start.sma)) return false;
+  orders.ar_zero.resize(orders.p, false);
+  orders.ma_zero.resize(orders.q, false);
+  orders.sar_zero.resize(orders.P, false);
+  orders.sma_zero.resize(orders.Q, false);
+  start.ar.resize(orders.p, 0.0);
+  start.ma.resize(orders.q, 0.0);
+  start.sar.resize(orders.P, 0.0);
+  start.sma.resize(orders.Q, 0.0);
   return true;
 }
 
@@ -1135,7 +1135,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
   if (period > 60) so.max_P = so.max_Q = 0;
   else if (period > 24) so.max_P = so.max_Q = 1;
   ArimaFit noise = StepwiseSearch(u, d, D, period, so, nullptr);
-  model.noise = noise.ok ? noise.spec : diff;
+  model.noise = noise.ok ? noise.orders : diff;
   if (!noise.ok) model.noise.constant = d + D <= 1;
   notes.push_back({"Model search", "Noise model on what the inputs leave: " + model.noise.Name() + "."});
 

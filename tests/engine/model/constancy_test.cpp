@@ -20,11 +20,11 @@ std::vector<double> Ar1(const std::vector<std::pair<int, double>>& segments, uin
 }
 
 TEST(Constancy, FindsAChangeOfTheArCoefficient) {
-  ArimaSpec spec;
-  spec.p = 1;
-  spec.constant = true;
+  ArimaSpec orders;
+  orders.p = 1;
+  orders.constant = true;
   const std::vector<double> y = Ar1({{100, 0.9}, {100, -0.5}}, 4);
-  const ParameterChange c = TestConstancy(y, spec, ConvergenceCriteria{}, 99.0, 8, 20);
+  const ParameterChange c = TestConstancy(y, orders, ConvergenceCriteria{}, 99.0, 8, 20);
   EXPECT_TRUE(c.found);
   EXPECT_NEAR(c.index, 100, 15);
   EXPECT_GT(c.statistic, c.critical);
@@ -32,14 +32,14 @@ TEST(Constancy, FindsAChangeOfTheArCoefficient) {
 }
 
 TEST(Constancy, OneModelThroughoutIsKeptAndShortSeriesAreNotTested) {
-  ArimaSpec spec;
-  spec.p = 1;
-  spec.constant = true;
+  ArimaSpec orders;
+  orders.p = 1;
+  orders.constant = true;
   int found = 0;
   for (uint32_t seed = 20; seed < 30; ++seed)
-    found += TestConstancy(Ar1({{150, 0.6}}, seed), spec, ConvergenceCriteria{}, 99.0, 8).found;
+    found += TestConstancy(Ar1({{150, 0.6}}, seed), orders, ConvergenceCriteria{}, 99.0, 8).found;
   EXPECT_LE(found, 1);
-  const ParameterChange short_one = TestConstancy(Ar1({{12, 0.6}}, 1), spec, ConvergenceCriteria{}, 99.0, 8);
+  const ParameterChange short_one = TestConstancy(Ar1({{12, 0.6}}, 1), orders, ConvergenceCriteria{}, 99.0, 8);
   EXPECT_FALSE(short_one.found);
   EXPECT_EQ(short_one.breaks_tried, 0);
 }

@@ -35,7 +35,7 @@ DetectionResult Detect(const std::vector<double>& y, int period, DetectionOption
   const int d = RegularDifferences(Difference(y, period, D), 2, nullptr);
   SearchOptions so;
   const ArimaFit best = StepwiseSearch(y, d, D, period, so, nullptr);
-  const ArimaFit fit = FitArima(y, best.spec, so.criteria, true);
+  const ArimaFit fit = FitArima(y, best.orders, so.criteria, true);
   opt.period = period;
   return DetectWithIdentification(y, fit.ok ? fit : best, opt, so);
 }
@@ -116,11 +116,11 @@ TEST(InterventionCriticalValue, GrowsWithTheTestsAndTheConfidence) {
 TEST(FitRegressionArima, MatchesTheReferenceOnTheNileWithAStep) {
   const std::vector<double> nile = testdata::LoadSeries("nile");
   ASSERT_EQ(nile.size(), 100u);
-  ArimaSpec spec;
-  spec.p = 1;
-  spec.constant = true;
+  ArimaSpec orders;
+  orders.p = 1;
+  orders.constant = true;
   const std::vector<std::vector<double>> X{InterventionRegressor(kLevelShift, 28, 1, 100)};
-  const RegressionArimaFit fit = FitRegressionArima(nile, X, spec, ConvergenceCriteria{}, true);
+  const RegressionArimaFit fit = FitRegressionArima(nile, X, orders, ConvergenceCriteria{}, true);
   ASSERT_TRUE(fit.ok);
   EXPECT_NEAR(fit.beta[0], -247.920, 0.1 * 33.43);
   EXPECT_NEAR(fit.beta_se[0], 33.43, 0.05 * 33.43);
@@ -130,8 +130,8 @@ TEST(FitRegressionArima, MatchesTheReferenceOnTheNileWithAStep) {
   EXPECT_NEAR(fit.arima.mean, 1097.69, 2.0);
 
   // No regressors: the plain estimate.
-  const RegressionArimaFit plain = FitRegressionArima(nile, {}, spec, ConvergenceCriteria{}, false);
-  const ArimaFit direct = FitArima(nile, spec, ConvergenceCriteria{}, false);
+  const RegressionArimaFit plain = FitRegressionArima(nile, {}, orders, ConvergenceCriteria{}, false);
+  const ArimaFit direct = FitArima(nile, orders, ConvergenceCriteria{}, false);
   ASSERT_TRUE(plain.ok);
   EXPECT_TRUE(plain.beta.empty());
   EXPECT_NEAR(plain.arima.loglik, direct.loglik, 1e-9);
@@ -139,11 +139,11 @@ TEST(FitRegressionArima, MatchesTheReferenceOnTheNileWithAStep) {
 
 TEST(FitRegressionArima, CollinearRegressorsFail) {
   const std::vector<double> y = WhiteNoise(60, 10.0, 3);
-  ArimaSpec spec;
-  spec.constant = true;
+  ArimaSpec orders;
+  orders.constant = true;
   // A step from the first observation is the constant itself.
   const RegressionArimaFit fit =
-      FitRegressionArima(y, {InterventionRegressor(kLevelShift, 0, 1, 60)}, spec, ConvergenceCriteria{}, false);
+      FitRegressionArima(y, {InterventionRegressor(kLevelShift, 0, 1, 60)}, orders, ConvergenceCriteria{}, false);
   EXPECT_FALSE(fit.ok);
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 struct ReferenceCase {
   std::string name, series, transform;
-  ArimaSpec spec;
+  ArimaSpec orders;
   double loglik = 0.0;
   std::map<std::string, double> coefficients;
   std::map<std::string, double> std_errors;
@@ -54,14 +54,14 @@ std::vector<ReferenceCase> LoadCases() {
     c.name = f[0];
     c.series = f[1];
     c.transform = f[2];
-    c.spec.p = std::stoi(f[3]);
-    c.spec.d = std::stoi(f[4]);
-    c.spec.q = std::stoi(f[5]);
-    c.spec.P = std::stoi(f[6]);
-    c.spec.D = std::stoi(f[7]);
-    c.spec.Q = std::stoi(f[8]);
-    c.spec.period = std::stoi(f[9]);
-    c.spec.constant = f[10] == "1";
+    c.orders.p = std::stoi(f[3]);
+    c.orders.d = std::stoi(f[4]);
+    c.orders.q = std::stoi(f[5]);
+    c.orders.P = std::stoi(f[6]);
+    c.orders.D = std::stoi(f[7]);
+    c.orders.Q = std::stoi(f[8]);
+    c.orders.period = std::stoi(f[9]);
+    c.orders.constant = f[10] == "1";
     c.loglik = std::stod(f[11]);
     c.coefficients = ParsePairs(f[12]);
     c.std_errors = ParsePairs(f[13]);
@@ -79,9 +79,9 @@ std::map<std::string, double> NamedErrors(const ArimaFit& f) {
   };
   take("ar", f.coef.ar.size(), 1);
   take("ma", f.coef.ma.size(), 1);
-  take("sar", f.coef.sar.size(), f.spec.period);
-  take("sma", f.coef.sma.size(), f.spec.period);
-  if (f.spec.constant) m["constant"] = i < f.std_errors.size() ? f.std_errors[i] : 0.0;
+  take("sar", f.coef.sar.size(), f.orders.period);
+  take("sma", f.coef.sma.size(), f.orders.period);
+  if (f.orders.constant) m["constant"] = i < f.std_errors.size() ? f.std_errors[i] : 0.0;
   return m;
 }
 
@@ -89,9 +89,9 @@ std::map<std::string, double> Named(const ArimaFit& f) {
   std::map<std::string, double> m;
   for (size_t i = 0; i < f.coef.ar.size(); ++i) m["ar" + std::to_string(i + 1)] = f.coef.ar[i];
   for (size_t i = 0; i < f.coef.ma.size(); ++i) m["ma" + std::to_string(i + 1)] = f.coef.ma[i];
-  for (size_t i = 0; i < f.coef.sar.size(); ++i) m["sar" + std::to_string((i + 1) * f.spec.period)] = f.coef.sar[i];
-  for (size_t i = 0; i < f.coef.sma.size(); ++i) m["sma" + std::to_string((i + 1) * f.spec.period)] = f.coef.sma[i];
-  if (f.spec.constant) m["constant"] = f.mean;
+  for (size_t i = 0; i < f.coef.sar.size(); ++i) m["sar" + std::to_string((i + 1) * f.orders.period)] = f.coef.sar[i];
+  for (size_t i = 0; i < f.coef.sma.size(); ++i) m["sma" + std::to_string((i + 1) * f.orders.period)] = f.coef.sma[i];
+  if (f.orders.constant) m["constant"] = f.mean;
   return m;
 }
 
@@ -103,7 +103,7 @@ TEST(ReferenceEstimates, MatchStatsmodelsOnRealSeries) {
     std::vector<double> y = testdata::LoadSeries(c.series);
     ASSERT_FALSE(y.empty());
     if (c.transform == "log") y = BoxCox(y, 0.0);
-    const ArimaFit fit = FitArima(y, c.spec, ConvergenceCriteria{}, true);
+    const ArimaFit fit = FitArima(y, c.orders, ConvergenceCriteria{}, true);
     ASSERT_TRUE(fit.ok);
     EXPECT_NEAR(fit.loglik, c.loglik, 0.5);
     const std::map<std::string, double> ours = Named(fit);

@@ -23,8 +23,8 @@ TEST(StepwiseSearch, FindsTheOrdersOfSimulatedProcesses) {
     std::vector<SearchStep> trail;
     const ArimaFit f = StepwiseSearch(y, 0, 0, 1, SearchOptions{}, &trail);
     ASSERT_TRUE(f.ok);
-    EXPECT_EQ(f.spec.p, c.p) << c.phi << " " << c.theta;
-    EXPECT_EQ(f.spec.q, c.q) << c.phi << " " << c.theta;
+    EXPECT_EQ(f.orders.p, c.p) << c.phi << " " << c.theta;
+    EXPECT_EQ(f.orders.q, c.q) << c.phi << " " << c.theta;
     EXPECT_GE(trail.size(), 5u);
     // Each step's AICc is recorded and the chosen one is the smallest usable.
     for (const SearchStep& s : trail)
@@ -39,8 +39,8 @@ TEST(StepwiseSearch, KeepsToTheLimitsAndRejectsNearUnitRoots) {
   o.allow_constant = false;
   const ArimaFit f = StepwiseSearch(y, 0, 0, 1, o, nullptr);
   ASSERT_TRUE(f.ok);
-  EXPECT_LE(f.spec.p + f.spec.q, 1);
-  EXPECT_FALSE(f.spec.constant);
+  EXPECT_LE(f.orders.p + f.orders.q, 1);
+  EXPECT_FALSE(f.orders.constant);
   ArimaFit unit = f;
   unit.coef.ar = {0.995};
   unit.coef.ma = {};
@@ -53,8 +53,8 @@ TEST(ForecastArima, FollowsTheClosedFormsOfKnownModels) {
   // AR(1) with mean: forecasts decay geometrically to the mean; variance sigma2 sum phi^2j.
   ArimaFit ar;
   ar.ok = true;
-  ar.spec.p = 1;
-  ar.spec.constant = true;
+  ar.orders.p = 1;
+  ar.orders.constant = true;
   ar.coef.ar = {0.6};
   ar.mean = 10.0;
   ar.sigma2 = 4.0;
@@ -68,8 +68,8 @@ TEST(ForecastArima, FollowsTheClosedFormsOfKnownModels) {
   // Random walk with drift: a straight line from the last value, variance h sigma2.
   ArimaFit rw;
   rw.ok = true;
-  rw.spec.d = 1;
-  rw.spec.constant = true;
+  rw.orders.d = 1;
+  rw.orders.constant = true;
   rw.mean = 0.5;
   rw.sigma2 = 1.0;
   fc = ForecastArima({1.0, 2.0, 2.5, 3.0}, rw, 4, 80.0);
@@ -79,8 +79,8 @@ TEST(ForecastArima, FollowsTheClosedFormsOfKnownModels) {
   // Seasonal naive (0,0,0)(0,1,0)4: each quarter repeats its value a year before.
   ArimaFit sn;
   sn.ok = true;
-  sn.spec.D = 1;
-  sn.spec.period = 4;
+  sn.orders.D = 1;
+  sn.orders.period = 4;
   sn.sigma2 = 1.0;
   fc = ForecastArima({1, 2, 3, 4, 5, 6, 7, 8}, sn, 6, 95.0);
   EXPECT_EQ(fc.mean, (std::vector<double>{5, 6, 7, 8, 5, 6}));

@@ -74,8 +74,8 @@ def fit(case):
                 continue
             series, _, lag = inputs[i - (1 if constant else 0)]
             coefs.append("%s LAG %d=%.8f" % (series.upper(), lag, v))
-        spec = ";".join("%s:%s:%d" % (s, t, l) for s, t, l in inputs)
-        return [name, output, spec, p, d, q, int(constant), "%.6f" % res.llf, ";".join(coefs)]
+        terms = ";".join("%s:%s:%d" % (s, t, l) for s, t, l in inputs)
+        return [name, output, terms, p, d, q, int(constant), "%.6f" % res.llf, ";".join(coefs)]
     best = None
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
@@ -107,8 +107,8 @@ def fit(case):
         else:
             raise ValueError(pn)
         coefs.append("%s=%.8f" % (key, v))
-    spec = ";".join("%s:%s:%d" % (s, t, l) for s, t, l in inputs)
-    return [name, output, spec, p, d, q, int(constant), "%.6f" % best.llf, ";".join(coefs)]
+    terms = ";".join("%s:%s:%d" % (s, t, l) for s, t, l in inputs)
+    return [name, output, terms, p, d, q, int(constant), "%.6f" % best.llf, ";".join(coefs)]
 
 
 def main():
