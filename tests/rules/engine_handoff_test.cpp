@@ -10,12 +10,6 @@ namespace {
 
 using tessaly::testing::RunCommand;
 
-struct ScriptUi : WizardUi {
-  std::function<void(RulesWizard&)> script;
-  explicit ScriptUi(std::function<void(RulesWizard&)> s) : script(std::move(s)) {}
-  void Run(RulesWizard& w) override { script(w); }
-};
-
 class EngineHandoff : public RulesFixture {
  protected:
   void SetUp() override {
@@ -23,8 +17,7 @@ class EngineHandoff : public RulesFixture {
     WriteFile(File("ENGINE.USR"), Cnd());
   }
   WizardOutcome Run(const WizardContext& c, std::function<void(RulesWizard&)> script) {
-    ScriptUi ui(std::move(script));
-    return RunRulesWizard(c, ui, session);
+    return RunScripted(c, std::move(script));
   }
   // Runs the engine on a dataset in the program folder, as the run hands it over: objective #1
   // from the wizard on line 1, the rules and model files where the wizard left them.

@@ -3,6 +3,7 @@
 // dataset written as an ASC file, for the rules tests.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -52,6 +53,13 @@ inline DatasetShape WriteAsc(const fs::path& file, int objective1, int series, i
   return shape;
 }
 
+// A person at the wizard, played by a script.
+struct ScriptUi : WizardUi {
+  std::function<void(RulesWizard&)> script;
+  explicit ScriptUi(std::function<void(RulesWizard&)> s) : script(std::move(s)) {}
+  void Run(RulesWizard& w) override { script(w); }
+};
+
 class RulesFixture : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -91,6 +99,12 @@ class RulesFixture : public ::testing::Test {
     for (const auto& s : dialogs->shown)
       if (s.title == title && s.text == text) return true;
     return false;
+  }
+
+  // Runs the wizard on `c` with a script in the person's place.
+  WizardOutcome RunScripted(const WizardContext& c, std::function<void(RulesWizard&)> script) {
+    ScriptUi ui(std::move(script));
+    return RunRulesWizard(c, ui, session);
   }
 
   ProgramFolderCopy program;

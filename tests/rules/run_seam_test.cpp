@@ -6,12 +6,6 @@
 namespace tessaly::rules::testing {
 namespace {
 
-struct ScriptUi : WizardUi {
-  std::function<void(RulesWizard&)> script;
-  explicit ScriptUi(std::function<void(RulesWizard&)> s) : script(std::move(s)) {}
-  void Run(RulesWizard& w) override { script(w); }
-};
-
 class RunSeam : public RulesFixture {
  protected:
   void SetUp() override {

@@ -8,12 +8,6 @@
 namespace tessaly::rules::testing {
 namespace {
 
-struct ScriptUi : WizardUi {
-  std::function<void(RulesWizard&)> script;
-  explicit ScriptUi(std::function<void(RulesWizard&)> s) : script(std::move(s)) {}
-  void Run(RulesWizard& w) override { script(w); }
-};
-
 class Wizard : public RulesFixture {
  protected:
   void SetUp() override {
@@ -21,8 +15,7 @@ class Wizard : public RulesFixture {
     WriteFile(File("ENGINE.USR"), Cnd());
   }
   WizardOutcome Run(const WizardContext& c, std::function<void(RulesWizard&)> script) {
-    ScriptUi ui(std::move(script));
-    return RunRulesWizard(c, ui, session);
+    return RunScripted(c, std::move(script));
   }
   std::string Rule(const std::string& file, std::string_view key) {
     RulesText r;
