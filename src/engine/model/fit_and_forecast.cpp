@@ -289,18 +289,7 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   r.bic = -2.0 * r.loglik + std::log(std::max(1, fit.n)) * kk;
   r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
 
-  const int period = fit.orders.period;
-  const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
-  const TestResult lb = LjungBox(model_resid, lb_lags, fit.orders.FreeCount());
-  r.ljung_box_q = lb.statistic;
-  r.ljung_box_p = lb.p_value;
-  r.ljung_box_lags = lb_lags;
-  const TestResult jb = JarqueBera(model_resid);
-  r.normality_stat = jb.statistic;
-  r.normality_p = jb.p_value;
-  const int acf_lags = std::max(1, std::min(period > 1 ? 2 * period : 12, std::max(1, used / 4)));
-  r.residual_acf = Autocorrelations(model_resid, acf_lags);
-  r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
+  FillResidualDiagnostics(r, model_resid, fit.orders.period, fit.orders.FreeCount(), used);
 
   if (horizon > 0) {
     ArimaForecast fc = ForecastArima(u, fit, horizon, coverage);

@@ -18,6 +18,22 @@
 
 namespace quorvane {
 
+void FillResidualDiagnostics(ModelResult& r, const std::vector<double>& residuals, int period,
+                             int arma_parameters, int used) {
+  const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
+  const TestResult lb = LjungBox(residuals, lb_lags, arma_parameters);
+  r.ljung_box_q = lb.statistic;
+  r.ljung_box_p = lb.p_value;
+  r.ljung_box_lags = lb_lags;
+  const TestResult jb = JarqueBera(residuals);
+  r.normality_stat = jb.statistic;
+  r.normality_p = jb.p_value;
+  const int acf_lags = std::max(1, std::min(period > 1 ? 2 * period : 12, std::max(1, used / 4)));
+  r.residual_acf = Autocorrelations(residuals, acf_lags);
+  r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
+}
+
+
 namespace {
 
 constexpr double kMissing = 99999999999.0;
@@ -489,18 +505,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   r.aic = -2.0 * r.loglik + 2.0 * kk;
   r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
   r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  const int period = f.orders.period;
-  const int lb_lags = std::max(1, std::min(period > 1 ? 2 * period : 10, std::max(1, used / 5)));
-  const TestResult lb = LjungBox(model_resid, lb_lags, f.orders.FreeCount());
-  r.ljung_box_q = lb.statistic;
-  r.ljung_box_p = lb.p_value;
-  r.ljung_box_lags = lb_lags;
-  const TestResult jb = JarqueBera(model_resid);
-  r.normality_stat = jb.statistic;
-  r.normality_p = jb.p_value;
-  const int acf_lags = std::max(1, std::min(period > 1 ? 2 * period : 12, std::max(1, used / 4)));
-  r.residual_acf = Autocorrelations(model_resid, acf_lags);
-  r.residual_acf_limit = used > 0 ? 2.0 / std::sqrt(static_cast<double>(used)) : 0.0;
+  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
 
   // Forecasts: the noise forecast from its own model plus the columns' future values.
   if (horizon > 0) {

@@ -82,4 +82,10 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
 // everything else to FitAndForecast.
 ModelResult FitModel(const ModelingProblem& problem, const StageCallback& on_stage);
 
+// The residual checks every fitted model reports: Ljung-Box over two seasons (or 10 lags),
+// Jarque-Bera, and the residual ACF with its 2/sqrt(n) limit. `used` is the number of
+// residuals the model fitted; `arma_parameters` reduces the Ljung-Box degrees of freedom.
+void FillResidualDiagnostics(ModelResult& r, const std::vector<double>& residuals, int period,
+                             int arma_parameters, int used);
+
 }  // namespace quorvane
