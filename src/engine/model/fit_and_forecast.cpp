@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "engine/model.h"
+#include "engine/model/equation_text.h"
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
@@ -30,12 +31,6 @@ constexpr int16_t kCodeCuriousValue = 2189;
 constexpr double kTransformGain = 1.92;
 constexpr int kMinForTransform = 30;
 
-std::string Format(const char* fmt, double v) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, fmt, v);
-  return buf;
-}
-
 std::string FormatInt(const char* fmt, int v) {
   char buf[256];
   std::snprintf(buf, sizeof buf, fmt, v);
@@ -59,28 +54,6 @@ int FillMissing(std::vector<double>& y) {
     t = b - 1;
   }
   return filled;
-}
-
-std::string TransformName(double lambda, const std::string& name) {
-  if (std::fabs(lambda - 1.0) < 1e-12) return name;
-  if (std::fabs(lambda) < 1e-12) return "LN(" + name + ")";
-  return "BOXCOX(" + name + "," + Format("%.2f", lambda) + ")";
-}
-
-// One factor "(1 - 0.4012B - 0.1B**2)" in regression sign convention, or "" when empty.
-std::string Factor(const std::vector<double>& c, int step, double sign) {
-  std::string s;
-  bool any = false;
-  for (size_t i = 0; i < c.size(); ++i) {
-    if (c[i] == 0.0) continue;
-    any = true;
-    const double v = sign * c[i];
-    s += v < 0 ? " - " : " + ";
-    s += Format("%.4f", std::fabs(v)) + "B";
-    const int lag = static_cast<int>(i + 1) * step;
-    if (lag > 1) s += "**" + std::to_string(lag);
-  }
-  return any ? "(1" + s + ")" : "";
 }
 
 std::string Equation(const ArimaFit& f, double lambda, const std::string& name) {

@@ -10,6 +10,7 @@
 
 #include <Eigen/Dense>
 
+#include "engine/model/equation_text.h"
 #include "engine/model/forecast.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
@@ -45,12 +46,6 @@ constexpr int16_t kCodeSeasonalPreset = 2163;
 constexpr int16_t kCodeRegressionPreset = 2164;
 constexpr int16_t kCodeModelMalformed = 2190;
 constexpr const char* kRedundancyText = " TESSALY HAS IDENTIFIED A LINEAR REDUNDANCY. DELETE REDUNDANT VARIABLES.";
-
-std::string Fmt(const char* fmt, double v) {
-  char buf[64];
-  std::snprintf(buf, sizeof buf, fmt, v);
-  return buf;
-}
 
 bool SameName(const std::string& a, const std::string& b) {
   if (a.size() != b.size()) return false;
@@ -122,28 +117,6 @@ bool PrepareOutput(const ModelingProblem& p, std::vector<double>& y, ModelResult
     r.warnings.push_back(std::to_string(filled) +
                          " missing value(s) in the output series were filled by linear interpolation.");
   return true;
-}
-
-// Factor "(1 - 0.4012B - 0.1B**2)" in regression sign convention; "" when empty.
-std::string Factor(const std::vector<double>& c, int step, double sign) {
-  std::string s;
-  bool any = false;
-  for (size_t i = 0; i < c.size(); ++i) {
-    if (c[i] == 0.0) continue;
-    any = true;
-    const double v = sign * c[i];
-    s += v < 0 ? " - " : " + ";
-    s += Fmt("%.4f", std::fabs(v)) + "B";
-    const int lag = static_cast<int>(i + 1) * step;
-    if (lag > 1) s += "**" + std::to_string(lag);
-  }
-  return any ? "(1" + s + ")" : "";
-}
-
-std::string TransformName(double lambda, const std::string& name) {
-  if (std::fabs(lambda - 1.0) < 1e-12) return name;
-  if (std::fabs(lambda) < 1e-12) return "LN(" + name + ")";
-  return "BOXCOX(" + name + "," + Fmt("%.2f", lambda) + ")";
 }
 
 void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
@@ -327,7 +300,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   const std::vector<double> y(y_all.begin() + L, y_all.end());
   double lambda = model.lambda;
   if (!PowerApplies(y, lambda)) {
-    r.warnings.push_back("The power transform " + Fmt("%.2f", lambda) +
+    r.warnings.push_back("The power transform " + Format("%.2f", lambda) +
                          " cannot be applied to values that are not positive; none was used.");
     lambda = 1.0;
   }
@@ -430,7 +403,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     std::string eq = TransformName(lambda, name) + "(t) =";
     bool first = true;
     auto add_term = [&](double value, const std::string& text) {
-      eq += (first ? " " : (value < 0 ? " - " : " + ")) + Fmt("%.6g", first ? value : std::fabs(value)) + text;
+      eq += (first ? " " : (value < 0 ? " - " : " + ")) + Format("%.6g", first ? value : std::fabs(value)) + text;
       first = false;
     };
     std::vector<std::string> inputs_done;
@@ -450,10 +423,10 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
         if (c.input != col.input) continue;
         delta = c.denominator;
         const double v = fr.beta[i] * scale;
-        num += (num.empty() ? Fmt("%.6g", v) : (v < 0 ? " - " : " + ") + Fmt("%.6g", std::fabs(v)));
+        num += (num.empty() ? Format("%.6g", v) : (v < 0 ? " - " : " + ") + Format("%.6g", std::fabs(v)));
         if (c.lag != 0) num += "B**" + std::to_string(c.lag);
       }
-      const std::string den = delta != 0.0 ? " / (1 - " + Fmt("%.4f", delta) + "B)" : "";
+      const std::string den = delta != 0.0 ? " / (1 - " + Format("%.4f", delta) + "B)" : "";
       eq += (first ? " (" : " + (") + num + ")" + den + " " + col.input + "(t)";
       first = false;
     }
@@ -461,7 +434,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     std::string lhs = Factor(f.coef.ar, 1, -1.0) + Factor(f.coef.sar, f.orders.period, -1.0);
     for (int i = 0; i < f.orders.d; ++i) lhs += "(1 - B)";
     for (int i = 0; i < f.orders.D; ++i) lhs += "(1 - B**" + std::to_string(f.orders.period) + ")";
-    std::string rhs = f.orders.constant ? Fmt("%.6g", f.mean * scale) + " + " : "";
+    std::string rhs = f.orders.constant ? Format("%.6g", f.mean * scale) + " + " : "";
     const std::string ma = Factor(f.coef.ma, 1, 1.0) + Factor(f.coef.sma, f.orders.period, 1.0);
     rhs += ma + (ma.empty() ? "" : " ") + "a(t)";
     r.equation = eq + "\n" + lhs + (lhs.empty() ? "" : " ") + "N(t) = " + rhs;
@@ -528,12 +501,12 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     }
   }
   r.notes.push_back({"Final model", r.description + ", " + std::to_string(r.parameters) +
-                                        " parameter(s), log-likelihood " + Fmt("%.3f", r.loglik) + ", AIC " +
-                                        Fmt("%.3f", r.aic) + ", BIC " + Fmt("%.3f", r.bic) + "."});
-  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Fmt("%.3f", r.ljung_box_q) + " over " +
+                                        " parameter(s), log-likelihood " + Format("%.3f", r.loglik) + ", AIC " +
+                                        Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + "."});
+  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " +
                                       std::to_string(r.ljung_box_lags) + " lags, p-value " +
-                                      Fmt("%.4f", r.ljung_box_p) + "; R-squared " + Fmt("%.4f", r.r_squared) +
-                                      "; in-sample MAPE " + Fmt("%.3f", r.mape) + " %."});
+                                      Format("%.4f", r.ljung_box_p) + "; R-squared " + Format("%.4f", r.r_squared) +
+                                      "; in-sample MAPE " + Format("%.3f", r.mape) + " %."});
   if (!f.converged && crit.max_iterations > 0)
     r.warnings.push_back("Estimation stopped at the maximum number of iterations before the convergence criteria were met.");
   return r;
@@ -808,7 +781,7 @@ std::string Necessity(const ModelingProblem& problem, const std::vector<double>&
     next.start.sma.resize(s.Q, 0.0);
     ModelResult nr = FitStructured(problem, y, next, crit, horizon);
     if (nr.error_code) break;
-    text += c.term + " dropped (p-value " + Fmt("%.3f", worst_p) + "). ";
+    text += c.term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
     m = next;
     r = nr;
   }
@@ -902,7 +875,7 @@ void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y,
         }
       }
       if (best.coefficients.empty()) break;
-      notes.push_back({"Sufficiency", "Residuals autocorrelated (Ljung-Box p-value " + Fmt("%.4f", r.ljung_box_p) +
+      notes.push_back({"Sufficiency", "Residuals autocorrelated (Ljung-Box p-value " + Format("%.4f", r.ljung_box_p) +
                                           "): extended to " + best_model.noise.Name() + "."});
       m = best_model;
       r = best;
@@ -940,7 +913,7 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
   if (!NoiseFromBlock(noise, problem.seasonality, m.noise, m.start, why)) return malformed(why);
   m.has_start = true;
   m.lambda = noise.lambda;
-  if (!(m.lambda >= -1.0 && m.lambda <= 1.0)) return malformed("a lambda of " + Fmt("%g", noise.lambda));
+  if (!(m.lambda >= -1.0 && m.lambda <= 1.0)) return malformed("a lambda of " + Format("%g", noise.lambda));
 
   int leading = 0;
   for (size_t k = 1; k < problem.start_model.size(); ++k) {
@@ -1079,12 +1052,12 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
       double c = 0.0;
       for (int t = std::max(0, k); t < me && t - k < me; ++t) c += ex[t - k] * ey[t];
       const double rk = sx > 0 && sy > 0 ? c / (me * sx * sy) : 0.0;
-      ccf += (k < 0 ? "lead " + std::to_string(-k) : "lag " + std::to_string(k)) + " " + Fmt("%.3f", rk) +
+      ccf += (k < 0 ? "lead " + std::to_string(-k) : "lag " + std::to_string(k)) + " " + Format("%.3f", rk) +
              (std::fabs(rk) > limit ? "*" : "") + "; ";
       if (std::fabs(rk) > limit) lags.push_back(k);
     }
     notes.push_back({"Transfer function", in.name + " prewhitened by AR(" + std::to_string(p) +
-                                              "); cross-correlations with the output (limit " + Fmt("%.3f", limit) +
+                                              "); cross-correlations with the output (limit " + Format("%.3f", limit) +
                                               "): " + ccf});
     if (lags.empty()) {
       dropped.push_back(in.name);
@@ -1269,8 +1242,8 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
       notes.push_back({"Transfer function", name + ": lags " + std::to_string(b) + " to " +
                                                 std::to_string(b + static_cast<int>(run_len) - 1) +
                                                 " replaced by a decaying response omega B**" + std::to_string(b) +
-                                                " / (1 - " + Fmt("%.4f", delta) + " B) (AIC " + Fmt("%.3f", r.aic) +
-                                                " to " + Fmt("%.3f", nr.aic) + ")."});
+                                                " / (1 - " + Format("%.4f", delta) + " B) (AIC " + Format("%.3f", r.aic) +
+                                                " to " + Format("%.3f", nr.aic) + ")."});
       model = next;
       r = nr;
     }
