@@ -20,6 +20,7 @@
 #include "shell/preferences.h"
 #include "shell/settings.h"
 #include "shell/startup.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::shell {
@@ -37,15 +38,14 @@ struct Forms : ::testing::Test {
     static QApplication app(argc, argv);
   }
   TempDir program, user;
+  tessaly::testing::RecordedMessages messages;
   void SetUp() override {
     Shell().program_folder = program.path();
     std::filesystem::create_directory(program / "DEFAULTXSD");
     Prefs() = PreferenceValues();
     MainSettings().user_folder = user.path();
     MainSettings().SaveMode = 0;
-    platform::SetDialogHost(std::make_shared<platform::RecordingDialogHost>());
   }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
 
   static void Press(QDialog& dialog, QDialogButtonBox::StandardButton which) {
     dialog.findChild<QDialogButtonBox*>()->button(which)->click();
@@ -140,8 +140,7 @@ TEST_F(Forms, MainWindowMenusAndRecentFiles) {
   EXPECT_EQ(shown, (QStringList{"&1 /data/a.xml", "&3 /data/c.xml", "E&xit"}));
 
   // A recent project cannot be opened until projects exist: the user is told.
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   form.findChild<QAction*>("mnuFileMRU_1")->trigger();
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_NE(host->shown[0].text.find("/data/a.xml"), std::string::npos);

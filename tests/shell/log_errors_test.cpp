@@ -3,10 +3,10 @@
 #include <regex>
 
 #include "platform/dates.h"
-#include "platform/dialogs.h"
 #include "shell/error_context.h"
 #include "shell/errors.h"
 #include "shell/log.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::shell {
@@ -109,8 +109,7 @@ TEST(ClsError, AdoErrorsAndTheirText) {
 }
 
 TEST(ClsError, StdErrorAppendsToTheErrorFileAndShowsTheBox) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir dir;
   clsError e;
   e.error_folder = dir.path();
@@ -136,14 +135,12 @@ TEST(ClsError, StdErrorAppendsToTheErrorFileAndShowsTheBox) {
   e.error_folder = dir / "missing" / "folder";
   e.StdError();
   EXPECT_EQ(host->shown.size(), 3u);
-  platform::SetDialogHost(nullptr);
   Err().Clear();
 }
 
 TEST(CMsgBox, RemembersWhatItWasGiven) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
+  tessaly::testing::RecordedMessages host;
   host->answers = {platform::mb::No, platform::mb::Yes};
-  platform::SetDialogHost(host);
   cMsgBox box;
   EXPECT_EQ(box.Title, "Tessaly");
   EXPECT_EQ(box.Style, 0);
@@ -157,7 +154,6 @@ TEST(CMsgBox, RemembersWhatItWasGiven) {
   EXPECT_EQ(host->shown[1].type, platform::mb::YesNo + platform::mb::Question);
   EXPECT_EQ(host->shown[1].title, "Save Project");
   EXPECT_EQ(box.Response, platform::mb::Yes);
-  platform::SetDialogHost(nullptr);
 }
 
 }  // namespace

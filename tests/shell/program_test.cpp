@@ -1,20 +1,15 @@
 // The real tessaly executable, started in a fresh copy of the program folder: what the
 // folder holds after start-up and exit, and how each form of command line ends.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <set>
 #include <thread>
 
 #include "platform/dates.h"
+#include "platform/process.h"
 #include "shell/preferences.h"
 #include "support/program_folder.h"
-
-extern char** environ;
 
 namespace tessaly::shell {
 namespace {
@@ -89,20 +84,18 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
   // What an earlier session left behind.
   WriteFile(program / "NOTREND.QVX", "no trend");
   WriteFile(program / "SAVEMOD.QVX", "save");
-  for (const char* f : {"ENGINE.GO", "POOLPARAMS.RWF", "AGGPARAMS.RWF", "ALLOWMOD.QVX",
-                        "STARTMOD.123", "DATE.QVX", "GROUPLST.QVX", "Process Errors.Err",
-                        "Processing Errors.Err", "fitted.csv", "KILLQUOR.QVX"})
-    WriteFile(program / f, "old");
+  const char* stale[] = {"ENGINE.GO",          "POOLPARAMS.RWF",        "AGGPARAMS.RWF",
+                         "ALLOWMOD.QVX",       "STARTMOD.123",          "DATE.QVX",
+                         "GROUPLST.QVX",       "Process Errors.Err",    "Processing Errors.Err",
+                         "fitted.csv",         "KILLQUOR.QVX"};
+  for (const char* f : stale) WriteFile(program / f, "old");
   auto before = Tree(program.path());
 
   std::string out;
   ASSERT_EQ(RunDesktop("", &out), 0) << out;
 
   auto after = Tree(program.path());
-  for (const char* gone : {"ENGINE.GO", "POOLPARAMS.RWF", "AGGPARAMS.RWF", "ALLOWMOD.QVX",
-                           "STARTMOD.123", "DATE.QVX", "GROUPLST.QVX", "Process Errors.Err",
-                           "Processing Errors.Err", "fitted.csv", "KILLQUOR.QVX"})
-    EXPECT_FALSE(after.count(gone)) << gone;
+  for (const char* gone : stale) EXPECT_FALSE(after.count(gone)) << gone;
   std::set<std::string> made = Added(before, after);
   std::set<std::string> expected = {"DEFAULTXSD/",
                                     "DEFAULTXSD/BPSchema.xsd",
@@ -141,29 +134,16 @@ TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
   WriteFile(program / "NOTREND.QVX", "changed by the crashed session");
   WriteFile(program / "CRASH.QVX", "left by the crash");
 
-  // Started in the background to look at the folder while the program runs.
-  std::string ready = (scratch / "ready").string();
-  std::string report = (scratch / "desktop.txt").string();
-  std::vector<std::string> env_strings = {
-      "QT_QPA_PLATFORM=offscreen", "TESSALY_AUTOCLOSE_MS=1500", "TESSALY_READY_FILE=" + ready,
-      "XDG_CONFIG_HOME=" + config.path().string(), "TESSALY_DESKTOP_REPORT=" + report};
-  for (char** e = environ; *e; ++e) {
-    std::string v = *e;
-    if (v.rfind("DISPLAY=", 0) && v.rfind("QT_QPA_PLATFORM=", 0) && v.rfind("XDG_CONFIG_HOME=", 0))
-      env_strings.push_back(v);
-  }
-  std::vector<char*> envp;
-  for (auto& s : env_strings) envp.push_back(s.data());
-  envp.push_back(nullptr);
-  std::string exe = program.Executable().string();
-  std::string ns = "/NS";
-  char* argv[] = {exe.data(), ns.data(), nullptr};
-  fs::path cwd = fs::current_path();
-  fs::current_path(program.path());
-  pid_t pid = 0;
-  ASSERT_EQ(posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, envp.data()), 0);
-  fs::current_path(cwd);
-
+  // Started beside the test, to look at the folder while the program runs.
+  fs::path ready = scratch / "ready";
+  platform::ChildProcess tessaly;
+  ASSERT_TRUE(tessaly.Start("/usr/bin/env",
+                            {"-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM=offscreen",
+                             "TESSALY_AUTOCLOSE_MS=1500", "TESSALY_READY_FILE=" + ready.string(),
+                             "XDG_CONFIG_HOME=" + config.path().string(),
+                             "TESSALY_DESKTOP_REPORT=" + (scratch / "desktop.txt").string(),
+                             "./tessaly", "/NS"},
+                            program.path()));
   auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!fs::exists(ready) && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -173,10 +153,8 @@ TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
   EXPECT_FALSE(fs::exists(program / "CRASH.QVX"));
   EXPECT_TRUE(fs::exists(program / "QVXBACKUP" / "NOTREND.QVX"));
 
-  int status = 0;
-  ASSERT_EQ(waitpid(pid, &status, 0), pid);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+  ASSERT_TRUE(tessaly.WaitFor(std::chrono::seconds(60)));
+  EXPECT_TRUE(tessaly.Status().Success());
   // After the exit: the control files are back in the folder and QVXBACKUP stands empty.
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "as at the last start");
   EXPECT_TRUE(fs::is_directory(program / "QVXBACKUP"));
@@ -210,7 +188,6 @@ TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
 
 TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
   REQUIRE_DESKTOP();
-  WriteFile(config / "tessaly" / "Tessaly.ini", "");
   fs::create_directories(config / "tessaly");
   WriteFile(config / "tessaly" / "Tessaly.ini",
             "[Recent Files]\r\nFile1=/projects/north.xml\r\nFile2=/projects/south.xml\r\n");

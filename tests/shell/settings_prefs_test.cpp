@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "platform/dialogs.h"
 #include "platform/xml.h"
 #include "shell/mru.h"
 #include "shell/preferences.h"
 #include "shell/settings.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::shell {
@@ -63,15 +63,13 @@ TEST_F(SettingsFixture, DeletingKeysAndSections) {
 }
 
 TEST_F(SettingsFixture, DeleteFailureInFileModeIsTold) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   settings.SaveMode = 1;
   // A folder where the file should be cannot be written, whoever runs the test.
   std::filesystem::create_directory(settings.StorePath());
   settings.DeleteKey("Recent Files", "File1");
   settings.SaveMode = 0;
   settings.DeleteKey("Recent Files", "File1");  // mode 0 has nothing to delete: no box
-  platform::SetDialogHost(nullptr);
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_EQ(host->shown[0].text, "Error Deleting Key (check if file is protected)");
   EXPECT_EQ(host->shown[0].title, "CSetting.DeleteKey");
@@ -153,15 +151,13 @@ TEST(Preferences, ReaderGoesByPositionNotByName) {
 }
 
 TEST(Preferences, BrokenFileIsToldAndDefaultsStand) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir program;
   std::filesystem::create_directory(program / "DEFAULTXSD");
   WriteFile(program / "DEFAULTXSD" / "UserPreferences.xml",
             "<Pref_Variables><Decimals>5</Decimals>");
   PreferenceValues values;
   LoadPrefXmlFile(program.path(), values);
-  platform::SetDialogHost(nullptr);
   EXPECT_EQ(values.Decimals, 2);
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_EQ(host->shown[0].text.rfind("You have error ", 0), 0u) << host->shown[0].text;
@@ -169,11 +165,9 @@ TEST(Preferences, BrokenFileIsToldAndDefaultsStand) {
 }
 
 TEST(Preferences, WriteFailureNamesThePath) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir program;  // no DEFAULTXSD: the file cannot be made
   EXPECT_FALSE(WritePreferencesFile(program.path(), PreferenceValues()));
-  platform::SetDialogHost(nullptr);
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_EQ(host->shown[0].text,
             (program / "DEFAULTXSD" / "UserPreferences.xml").string() + " was not made.");
@@ -211,15 +205,9 @@ TEST(Preferences, SchemaFileLineByLine) {
 }
 
 TEST(Preferences, DecimalsCompareAsText) {
-  EXPECT_EQ(DecimalsFromText("1"), 2);
-  EXPECT_EQ(DecimalsFromText("9"), 9);
-  EXPECT_EQ(DecimalsFromText(""), 2);
-  EXPECT_EQ(DecimalsFromText("10"), 2);
-  EXPECT_EQ(DecimalsFromText("2"), 2);
-  EXPECT_EQ(DecimalsFromText("5"), 5);
-  EXPECT_EQ(DecimalsFromText("25"), 2);
-  EXPECT_EQ(DecimalsFromText(" 5"), 2);
-  EXPECT_EQ(DecimalsFromText("9x"), 2);
+  const std::pair<const char*, int> cases[] = {{"1", 2},  {"9", 9},  {"", 2},   {"10", 2}, {"2", 2},
+                                               {"5", 5},  {"25", 2}, {" 5", 2}, {"9x", 2}};
+  for (const auto& [text, decimals] : cases) EXPECT_EQ(DecimalsFromText(text), decimals) << text;
 }
 
 TEST(Preferences, GraphDialogRules) {
