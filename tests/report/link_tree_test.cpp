@@ -4,9 +4,9 @@
 
 #include <memory>
 
-#include "platform/dialogs.h"
 #include "platform/textfile.h"
 #include "report/site.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::report {
@@ -170,8 +170,7 @@ TEST(LinkTree, EmptyTreeAndEmptyIconPath) {
 }
 
 TEST(LinkTree, MissingSourceFolderIsToldAndLogged) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir out, logs;
   cLinkTree tree;
   tree.SetErrorLogFolder(logs.path());
@@ -182,7 +181,6 @@ TEST(LinkTree, MissingSourceFolderIsToldAndLogged) {
   EXPECT_EQ(Lines(logs / "errors.log"),
             std::vector<std::string>{"Error: source directory for link tree not found."});
   EXPECT_FALSE(fs::exists(out / "OUTPUT"));
-  platform::SetDialogHost(nullptr);
 }
 
 TEST(LinkTree, WholeSiteFromAProject) {
@@ -235,8 +233,7 @@ TEST(DisplayPage, OverviewOfTheProject) {
 }
 
 TEST(LinkTree, ReportFileAsksBeforeOverwriting) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir dir;
   WriteFile(dir / "r.txt", "old\r\n");
   host->answers.push_back(platform::mb::No);
@@ -249,7 +246,6 @@ TEST(LinkTree, ReportFileAsksBeforeOverwriting) {
   EXPECT_TRUE(WriteReportFile(dir / "r.txt", {"new"}));
   EXPECT_EQ(ReadFile(dir / "r.txt"), "new\r\n");
   EXPECT_EQ(host->shown.back().text, "File successfully created.");
-  platform::SetDialogHost(nullptr);
 }
 
 }  // namespace

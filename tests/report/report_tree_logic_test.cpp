@@ -5,7 +5,7 @@
 #include <deque>
 #include <memory>
 
-#include "platform/dialogs.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::report {
@@ -216,12 +216,10 @@ TEST_F(ReportTreeLogic, ParentWalkInAnAggregationRun) {
 }
 
 TEST(BrowserError, TextAndMessage) {
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   ShowBrowserError(404, "Not found");
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_EQ(host->shown[0].text, "Browser error #404: Not found");
-  platform::SetDialogHost(nullptr);
 }
 
 }  // namespace
