@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "batch/batch_schema.h"
-#include "platform/dialogs.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch {
@@ -14,20 +14,9 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
 
-class BatchFileTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    host = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(host);
-  }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
-  std::vector<std::string> Texts() const {
-    std::vector<std::string> out;
-    for (auto& s : host->shown) out.push_back(s.text);
-    return out;
-  }
+struct BatchFileTest : ::testing::Test {
   TempDir program, data;
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  tessaly::testing::RecordedMessages host;
 };
 
 TEST_F(BatchFileTest, StartStateAndDirectoriesEndInSlash) {
@@ -165,7 +154,7 @@ TEST_F(BatchFileTest, IndexBoundsAndEmptyListMessages) {
   b.SetError(-1, 1);
   EXPECT_EQ(b.RunDate(1), "");
   b.SetRunDate(1, "x");
-  EXPECT_EQ(Texts(), (std::vector<std::string>{
+  EXPECT_EQ(host.Texts(), (std::vector<std::string>{
                          "Error: entry attempted to be retrieved from an empty list.",
                          "Error: entry attempted to be changed in an empty list.",
                          "Error: entry attempted to be retrieved from an empty list.",

@@ -4,7 +4,7 @@
 
 #include <deque>
 
-#include "platform/dialogs.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch {
@@ -50,8 +50,6 @@ std::string Asc(int seasonality) {
 class ProjectCommandsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    host = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(host);
     session.program_folder = program.path();
     fs::create_directories(data / "asc");
     fs::create_directories(data / "empty");
@@ -59,16 +57,10 @@ class ProjectCommandsTest : public ::testing::Test {
     WriteFile(data / "asc/A.ASC", Asc(12));
     WriteFile(data / "asc/notes.txt", "not a dataset");
   }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
-  Files Texts() const {
-    Files out;
-    for (auto& s : host->shown) out.push_back(s.text);
-    return out;
-  }
   TempDir program, data;
   ProjectSession session;
   ScriptedForms forms;
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  tessaly::testing::RecordedMessages host;
   std::vector<fs::path> recent;
   std::vector<std::string> log;
   ProjectHooks Hooks() {
@@ -97,7 +89,7 @@ TEST_F(ProjectCommandsTest, NewProjectWalksThePagesWithTheirRefusals) {
   ASSERT_TRUE(commands.mnuFileNew());
 
   EXPECT_EQ(forms.offered.front(), (Files{"A.ASC", "b.asc"}));
-  EXPECT_EQ(Texts(), (Files{
+  EXPECT_EQ(host.Texts(), (Files{
                          "There are no .asc files in the directory you selected!",
                          "FYI!  No files listed in the \"Chosen\" column!  Highlight file names listed "
                          "under \"Available\" and click \"Add\" to add files before continuing.",
@@ -136,7 +128,7 @@ TEST_F(ProjectCommandsTest, OpenTellsMissingFilesAndPutsBackupsBack) {
   hooks.populate_tree = [&](ProjectSession& s) { populated = s.ctrlBatch != nullptr; };
   ProjectCommands commands(session, forms, hooks);
   ASSERT_TRUE(commands.OpenProject(data / "p.xml"));
-  EXPECT_EQ(Texts(), (Files{"Warning!  The following file(s) weren't found: \r\ngone.asc\r\nYou may exit the "
+  EXPECT_EQ(host.Texts(), (Files{"Warning!  The following file(s) weren't found: \r\ngone.asc\r\nYou may exit the "
                             "program and place these files in " + (data / "asc").string() +
                             "/; or you may use Batch\\Edit to delete/replace the missing files"}));
   EXPECT_EQ(ReadFile(data / "asc/A.ASC"), "the original");
@@ -153,12 +145,12 @@ TEST_F(ProjectCommandsTest, OpenTellsMissingFilesAndPutsBackupsBack) {
   ASSERT_TRUE(p.Build(data / "q.xml"));
   session.ctrlBatch.reset();
   EXPECT_FALSE(commands.OpenProject(data / "q.xml"));
-  EXPECT_EQ(Texts(), (Files{"Warning! None of following file(s) were found: \r\nA.ASC\r\ngone.asc\r\n; or you "
+  EXPECT_EQ(host.Texts(), (Files{"Warning! None of following file(s) were found: \r\nA.ASC\r\ngone.asc\r\n; or you "
                             "may select to open another file."}));
   EXPECT_FALSE(session.ctrlBatch);
   host->shown.clear();
   EXPECT_FALSE(commands.OpenProject(data / "nowhere.xml"));
-  EXPECT_EQ(Texts(), (Files{"FYI! \"" + (data / "nowhere.xml").string() +
+  EXPECT_EQ(host.Texts(), (Files{"FYI! \"" + (data / "nowhere.xml").string() +
                             "\" does not exist. We will discontinue processing. You may select to open another file."}));
 }
 
@@ -175,7 +167,7 @@ TEST_F(ProjectCommandsTest, EditKeepsStatusesBacksUpAndCloseAsksToSave) {
   using F = PageAnswer<Files>;
   forms.edits = {F::Next({}), F::Next(too_many), F::Next({"A.ASC", "b.asc"})};
   ASSERT_TRUE(commands.mnuBatchEdit());
-  EXPECT_EQ(Texts(), (Files{"FYI!  You must select at least one series!",
+  EXPECT_EQ(host.Texts(), (Files{"FYI!  You must select at least one series!",
                             "You have selected 2501 asc files. The allowable limit of asc files in a xml is "
                             "2500. You must delete the excess asc files; or make a new xml file."}));
   EXPECT_EQ(forms.edit_status.front(), "Now looking in directory: " + (data / "asc").string() + "/");
@@ -192,7 +184,7 @@ TEST_F(ProjectCommandsTest, EditKeepsStatusesBacksUpAndCloseAsksToSave) {
   host->shown.clear();
   host->answers = {platform::mb::Yes};
   commands.mnuFileClose();
-  EXPECT_EQ(Texts(), (Files{"Would you like to save \"p.xml\"?"}));
+  EXPECT_EQ(host.Texts(), (Files{"Would you like to save \"p.xml\"?"}));
   EXPECT_EQ(ReadFile(data / "asc/b.asc"), Asc(12));
   EXPECT_FALSE(session.ctrlBatch);
   cBatchFile saved(program.path());

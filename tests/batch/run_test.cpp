@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "batch/engine/engine_client.h"
-#include "platform/dialogs.h"
+#include "saved_project.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch {
@@ -77,13 +78,10 @@ struct RecordingView : RunView {
 class RunTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    host = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(host);
     RunState() = RunFlags{};
     engine.folder = program.path();
     fs::create_directories(data / "out");
   }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
 
   std::unique_ptr<BatchRun> MakeRun(bool no_trend_at_start = false) {
     RunOptions options{program.path(), false, no_trend_at_start};
@@ -101,17 +99,12 @@ class RunTest : public ::testing::Test {
     for (auto& f : files) p->Add_File(f, 0, 0, "00/00/00");
     return p;
   }
-  const platform::RecordingDialogHost::Shown* Shown(const std::string& start) const {
-    for (auto& s : host->shown)
-      if (s.text.rfind(start, 0) == 0) return &s;
-    return nullptr;
-  }
 
   TempDir program, data;
   ReportTree tree;
   FakeEngine engine;
   std::shared_ptr<RecordingView> view = std::make_shared<RecordingView>();
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  tessaly::testing::RecordedMessages host;
 };
 
 TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
@@ -160,20 +153,18 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(data / "out/sample.xml"));
   EXPECT_EQ(saved.AllComplete(), 1);
-  std::vector<int> completed;
-  for (int i = 0; i < saved.Size(); ++i) completed.push_back(saved.Completed(i));
-  EXPECT_EQ(completed, (std::vector<int>{1, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, 0, 0, 0, 0, 1}));
   EXPECT_EQ(saved.RunDate(0), TodayMmDdYy());
   EXPECT_EQ(saved.RunDate(1), "00/00/00");
 
   EXPECT_EQ(run->lblStatus(), "Finished processing.");
-  const auto* fyi = Shown("The forecasts for individual series are shown in ");
+  const auto* fyi = host.Starting("The forecasts for individual series are shown in ");
   ASSERT_NE(fyi, nullptr);
   EXPECT_EQ(fyi->title, "FYI");
   EXPECT_EQ(fyi->text, "The forecasts for individual series are shown in " + out.string() +
                            "/Seriesname.Pro.\r\n\r\nThe forecast values for all the series processed "
                            "are shown in " + (out / "CONsample.PRO").string());
-  const auto* reasons = Shown("Please see the following");
+  const auto* reasons = host.Starting("Please see the following");
   ASSERT_NE(reasons, nullptr);
   EXPECT_EQ(reasons->text, "Please see the following for reasons the indicated series could not be "
                            "processed\r\n\r\n" + errors + "\r\nYou should delete \".err\" files periodically");
@@ -198,8 +189,8 @@ TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {
   EXPECT_EQ(run->lblStatus(), "Processing was incomplete.");
   EXPECT_EQ(project->AllComplete(), 1);
   EXPECT_EQ(engine.calls, 0);
-  EXPECT_EQ(Shown("The forecasts"), nullptr);
-  EXPECT_NE(Shown("Please see the following"), nullptr);
+  EXPECT_EQ(host.Starting("The forecasts"), nullptr);
+  EXPECT_NE(host.Starting("Please see the following"), nullptr);
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "1\r\n");  // put back as it was at start
 
   host->shown.clear();
@@ -212,10 +203,9 @@ TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {
   auto run2 = MakeRun(true);
   ASSERT_TRUE(run2->mnuBatchRun(second));
   EXPECT_EQ(run2->lblStatus(), "Finished processing.");
-  EXPECT_EQ(second->Completed(1), -1);
+  EXPECT_EQ(test::CompletedStatuses(*second), (std::vector<int>{1, -1, 1}));
   EXPECT_EQ(second->Error(1), 34);
   EXPECT_EQ(second->AllComplete(), -1);
-  EXPECT_EQ(second->Completed(2), 1);
   fs::path out = data / "out/OUTPUT";
   EXPECT_TRUE(fs::exists(out / "yerr.html"));
   EXPECT_FALSE(fs::exists(out / "y.htm"));
@@ -235,18 +225,14 @@ TEST_F(RunTest, CancelDuringTheThirdFile) {
   EXPECT_EQ(engine.calls, 3);
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(data / "out/sample.xml"));
-  EXPECT_EQ(saved.Completed(0), 1);
-  EXPECT_EQ(saved.Completed(1), 1);
-  EXPECT_EQ(saved.Completed(2), -1);
-  EXPECT_EQ(saved.Completed(3), 0);
-  EXPECT_EQ(saved.Completed(4), 1);
+  EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, 1, -1, 0, 1}));
   EXPECT_EQ(saved.RunDate(4), "01/02/25");
   EXPECT_EQ(saved.AllComplete(), -1);
   EXPECT_EQ(run->lblStatus(), "Finished processing.");
   // No "All" nodes after a cancel, and the run flags are cleared.
   EXPECT_FALSE(tree.Contains("AllRpts"));
   EXPECT_FALSE(RunState().UnivariateRun);
-  EXPECT_NE(Shown("The forecasts"), nullptr);
+  EXPECT_NE(host.Starting("The forecasts"), nullptr);
 }
 
 TEST_F(RunTest, ProjectLimitOf2500Files) {

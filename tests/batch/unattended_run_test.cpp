@@ -7,8 +7,9 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/dialogs.h"
 #include "platform/progress_wait.h"
+#include "saved_project.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch {
@@ -21,67 +22,19 @@ using tessaly::testing::TempDir;
 class UnattendedRunTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    host = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(host);
     RunState() = RunFlags{};
     fs::copy(program / "examples", work.path(), fs::copy_options::recursive);
   }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
   int Run(const std::string& project) {
     UnattendedRunOptions options;
     options.program_folder = program.path();
     options.install_unattended_hosts = false;
     return RunProjectUnattended(work / project, options);
   }
-  const platform::RecordingDialogHost::Shown* Shown(const std::string& start) const {
-    for (auto& s : host->shown)
-      if (s.text.rfind(start, 0) == 0) return &s;
-    return nullptr;
-  }
   ProgramFolderCopy program;
   TempDir work;
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  tessaly::testing::RecordedMessages host;
 };
-
-TEST_F(UnattendedRunTest, SampleProjectForecastsTheMonthlySeriesAndRejectsTheOthers) {
-  ASSERT_EQ(Run("sample.xml"), 0);
-  fs::path out = work / "OUTPUT";
-  for (const char* stem : {"AIRLINE", "ELNINO"}) {
-    std::string s = stem;
-    EXPECT_TRUE(fs::exists(out / (s + ".htm"))) << s;
-    EXPECT_TRUE(fs::exists(out / (s + "STAT.HTM"))) << s;
-    EXPECT_TRUE(fs::exists(out / (s + ".PRO"))) << s;
-    EXPECT_FALSE(fs::exists(out / (s + "err.html"))) << s;
-  }
-  EXPECT_TRUE(fs::exists(out / "report.xml"));
-  // The combined forecasts hold both series' files, one after the other.
-  std::string combined = ReadFile(out / "CONsample.PRO");
-  std::string airline = ReadFile(out / "AIRLINE.PRO"), elnino = ReadFile(out / "ELNINO.PRO");
-  ASSERT_FALSE(airline.empty());
-  EXPECT_EQ(combined.size(), airline.size() + elnino.size());
-
-  std::string errors = ReadFile(program / "Process Errors.Err");
-  EXPECT_EQ(errors.rfind("BROKEN.ASC\r\nThe total size of BROKEN.ASC does not agree", 0), 0u) << errors;
-  EXPECT_NE(errors.find("NILE.ASC\r\nYou cannot process datasets with different seasonalities in the same "
-                        "xml. Since the initial series seasonality is 12 and NILE.ASC seasonality is 1,it "
-                        "will not be processed.\r\n"),
-            std::string::npos)
-      << errors;
-
-  cBatchFile saved(program.path());
-  ASSERT_TRUE(saved.Load(work / "sample.xml"));
-  EXPECT_EQ(saved.Completed(0), 1);
-  EXPECT_EQ(saved.Completed(1), 1);
-  EXPECT_EQ(saved.Completed(2), 0);
-  EXPECT_EQ(saved.Completed(3), 0);
-  EXPECT_EQ(saved.AllComplete(), 1);
-  EXPECT_EQ(saved.InDirectory(), work.path().string() + "/");
-  EXPECT_NE(Shown("The forecasts for individual series are shown in "), nullptr);
-  EXPECT_NE(Shown("Please see the following for reasons"), nullptr);
-  // The engine's leftovers are gone from the program's folder.
-  EXPECT_FALSE(fs::exists(program / "AIRLINE.PRO"));
-  EXPECT_FALSE(fs::exists(program / "QVXRESPONSE.BIN"));
-}
 
 TEST_F(UnattendedRunTest, QuarterlyAndAnnualProjectsAndAnUnreadableOne) {
   ASSERT_EQ(Run("quarterly.xml"), 0);
@@ -111,10 +64,8 @@ TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
 
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(work / "mixed.xml"));
-  EXPECT_EQ(saved.Completed(0), 1);
-  EXPECT_EQ(saved.Completed(1), -1);
+  EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, -1, 1}));
   EXPECT_GT(saved.Error(1), 0);
-  EXPECT_EQ(saved.Completed(2), 1);
   EXPECT_EQ(saved.AllComplete(), -1);
   fs::path out = work / "OUTPUT";
   EXPECT_TRUE(fs::exists(out / "HELDBACKerr.html"));
@@ -155,40 +106,60 @@ TEST_F(UnattendedRunTest, CancelDuringTheThirdSeriesKeepsWhatWasDone) {
 
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(work / "cancel.xml"));
-  EXPECT_EQ(saved.Completed(0), 1);
-  EXPECT_EQ(saved.Completed(1), 1);
-  EXPECT_EQ(saved.Completed(2), -1);
-  EXPECT_EQ(saved.Completed(3), 0);
+  EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, 1, -1, 0}));
   EXPECT_EQ(saved.RunDate(3), "07/04/25");
   EXPECT_EQ(saved.AllComplete(), -1);
-  const auto* canceled = Shown("Operation Canceled by user");
+  const auto* canceled = host.Starting("Operation Canceled by user");
   ASSERT_NE(canceled, nullptr);
   EXPECT_EQ(canceled->title, "Tessaly RunEngine Call");
   EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
   EXPECT_FALSE(RunState().UnivariateRun);
 }
 
-// The program itself, as a person runs it: `tessaly PROJECT.xml` with no window.
-TEST_F(UnattendedRunTest, TessalyRunsAProjectNamedOnTheCommandLine) {
+// The program itself, as a person runs it: `tessaly PROJECT.xml` with no window. The sample
+// project's monthly series are forecast; the others are rejected and the reasons shown.
+TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
   std::string output;
   int status = tessaly::testing::RunCommand(
       "QT_QPA_PLATFORM=offscreen '" + program.Executable().string() + "' '" + (work / "sample.xml").string() + "'",
       &output);
   EXPECT_EQ(status, 0) << output;
   EXPECT_NE(output.find("Series 1 of 4: AIRLINE.ASC"), std::string::npos) << output;
+  EXPECT_NE(output.find("The forecasts for individual series are shown in "), std::string::npos) << output;
   EXPECT_NE(output.find("FYI: Please see the following for reasons the indicated series could not be "
                         "processed /  / BROKEN.ASC / The total size of BROKEN.ASC"),
             std::string::npos)
       << output;
   fs::path out = work / "OUTPUT";
-  EXPECT_TRUE(fs::exists(out / "AIRLINEactfore.jpg"));
-  EXPECT_TRUE(fs::exists(out / "ELNINOfore.jpg"));
+  for (std::string s : {"AIRLINE", "ELNINO"}) {
+    for (const char* suffix : {".htm", "STAT.HTM", ".PRO", "actfore.jpg", "fore.jpg"})
+      EXPECT_TRUE(fs::exists(out / (s + suffix))) << s << suffix;
+    EXPECT_FALSE(fs::exists(out / (s + "err.html"))) << s;
+  }
+  EXPECT_TRUE(fs::exists(out / "report.xml"));
   EXPECT_TRUE(fs::exists(out / "sample.html"));
-  EXPECT_TRUE(fs::exists(out / "CONsample.PRO"));
-  std::string project = ReadFile(work / "sample.xml");
-  EXPECT_NE(project.find("<series name=\"AIRLINE\" complete=\"1\" err=\"0\""), std::string::npos) << project;
-  EXPECT_NE(project.find("<series name=\"BROKEN\" complete=\"0\" err=\"0\" rundate=\"00/00/00\""),
+  // The combined forecasts hold both series' files, one after the other.
+  std::string airline = ReadFile(out / "AIRLINE.PRO");
+  ASSERT_FALSE(airline.empty());
+  EXPECT_EQ(ReadFile(out / "CONsample.PRO"), airline + ReadFile(out / "ELNINO.PRO"));
+
+  std::string errors = ReadFile(program / "Process Errors.Err");
+  EXPECT_EQ(errors.rfind("BROKEN.ASC\r\nThe total size of BROKEN.ASC does not agree", 0), 0u) << errors;
+  EXPECT_NE(errors.find("NILE.ASC\r\nYou cannot process datasets with different seasonalities in the same "
+                        "xml. Since the initial series seasonality is 12 and NILE.ASC seasonality is 1,it "
+                        "will not be processed.\r\n"),
+            std::string::npos)
+      << errors;
+  cBatchFile saved(program.path());
+  ASSERT_TRUE(saved.Load(work / "sample.xml"));
+  EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, 1, 0, 0}));
+  EXPECT_EQ(saved.AllComplete(), 1);
+  EXPECT_EQ(saved.InDirectory(), work.path().string() + "/");
+  EXPECT_NE(ReadFile(work / "sample.xml").find("<series name=\"BROKEN\" complete=\"0\" err=\"0\" rundate=\"00/00/00\""),
             std::string::npos);
+  // The engine's leftovers are gone from the program's folder.
+  EXPECT_FALSE(fs::exists(program / "AIRLINE.PRO"));
+  EXPECT_FALSE(fs::exists(program / "QVXRESPONSE.BIN"));
   // A project that cannot be read ends with a non-zero status.
   status = tessaly::testing::RunCommand(
       "'" + program.Executable().string() + "' '" + (work / "missing.xml").string() + "'", &output);

@@ -285,14 +285,6 @@ TEST(EngineClientTest, SettersCopyAtTheBoundAndGettersReplace) {
   std::vector<double> d;
   client.GetDoubles745(d);
   EXPECT_EQ(d.size(), size_t(quorvane::kDoubles745));
-
-  std::vector<double> values(quorvane::kSeriesData, 0.0);
-  values[0] = 3;
-  client.SetSeriesData(values);
-  std::vector<double> returned_data;
-  client.GetSeriesData(returned_data);
-  EXPECT_EQ(returned_data[0], 3);
-  EXPECT_EQ(values[0], 3);
 }
 
 TEST(EngineClientTest, EngineReadyIsRaisedOnceOnThePollingThread) {

@@ -12,9 +12,9 @@
 
 #include "batch/engine/engine_client.h"
 #include "batch/engine/engine_wait.h"
-#include "platform/dialogs.h"
 #include "platform/process.h"
 #include "platform/progress_wait.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch::test {
@@ -74,20 +74,15 @@ class ScriptedWait : public platform::ProgressWait {
   void LetEventsRun() override { ++events_let_run; }
 };
 
-// Installs a recording dialog host and clears the run flags for one test.
+// Records the messages and clears the run flags for one test.
 struct RunFlagsReset {
-  std::shared_ptr<platform::RecordingDialogHost> dialogs =
-      std::make_shared<platform::RecordingDialogHost>();
+  tessaly::testing::RecordedMessages dialogs;
   RunFlagsReset() {
-    platform::SetDialogHost(dialogs);
     EngineFinished() = false;
     RunCanceled() = false;
     MyEngine().reset();
   }
-  ~RunFlagsReset() {
-    platform::SetDialogHost(nullptr);
-    RunCanceled() = false;
-  }
+  ~RunFlagsReset() { RunCanceled() = false; }
 };
 
 }  // namespace tessaly::batch::test

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <memory>
-#include <sstream>
 
 #include "batch/engine/engine_call.h"
 #include "batch/engine/engine_client.h"
@@ -16,38 +15,12 @@ namespace tessaly::batch {
 namespace {
 
 using tessaly::testing::ProgramFolderCopy;
-using tessaly::testing::WriteFile;
 
-// International airline passengers, monthly, January 1949 to December 1960 (thousands).
-constexpr double kAirline[144] = {
-    112, 118, 132, 129, 121, 135, 148, 148, 136, 119, 104, 118,
-    115, 126, 141, 135, 125, 149, 170, 170, 158, 133, 114, 140,
-    145, 150, 178, 163, 172, 178, 199, 199, 184, 162, 146, 166,
-    171, 180, 193, 181, 183, 218, 230, 242, 209, 191, 172, 194,
-    196, 196, 236, 235, 229, 243, 264, 272, 237, 211, 180, 201,
-    204, 188, 235, 227, 234, 264, 302, 293, 259, 229, 203, 229,
-    242, 233, 267, 269, 270, 315, 364, 347, 312, 274, 237, 278,
-    284, 277, 317, 313, 318, 374, 413, 405, 355, 306, 271, 306,
-    315, 301, 356, 348, 355, 422, 465, 467, 404, 347, 305, 336,
-    340, 318, 362, 348, 363, 435, 491, 505, 404, 359, 310, 337,
-    360, 342, 406, 396, 420, 472, 548, 559, 463, 407, 362, 405,
-    417, 391, 419, 461, 472, 535, 622, 606, 508, 461, 390, 432};
-
-std::string AirlineAsc() {
-  std::ostringstream out;
-  for (const char* line : {"0", "0", "0", "1", "12", "1949", "1", "144", "0", "0", "12",
-                           "AIRLINE", "0"}) {
-    out << line << "\r\n";
-  }
-  for (double v : kAirline) out << v << "\r\n";
-  return out.str();
-}
-
-// The arrays of the airline dataset, read from its ASC file as a run reads it.
-quorvane::EngineArrays AirlineArrays(const fs::path& folder) {
-  WriteFile(folder / "AIRLINE.ASC", AirlineAsc());
+// The arrays of the airline passengers (monthly, 1949 to 1960), read from the sample ASC file
+// as a run reads it.
+quorvane::EngineArrays AirlineArrays() {
   auto dataset = std::make_unique<dataset::AscDataset>();
-  EXPECT_TRUE(dataset::ReadAscFile(folder / "AIRLINE.ASC", *dataset).ok());
+  EXPECT_TRUE(dataset::ReadAscFile(tessaly::testing::SourcePath("tests/dataset/data/files/airline.asc"), *dataset).ok());
   quorvane::EngineArrays arrays;
   arrays.objective_values = dataset->Objectives.Storage();
   arrays.property_values = dataset->DataProp.Storage();
@@ -63,10 +36,8 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
   test::RunFlagsReset flags;
   ProgramFolderCopy program;
   ASSERT_TRUE(fs::exists(program / "qvxengine"));
-  quorvane::EngineArrays arrays = AirlineArrays(program.path());
-
-  std::shared_ptr<EngineClient> probe;
-  ASSERT_TRUE(fCreateObject(kEngineProgID, probe, program.path()));
+  quorvane::EngineArrays arrays = AirlineArrays();
+  const std::vector<double> actual = arrays.series_data;
 
   test::ScriptedWait wait;
   EngineReturn returned;
@@ -79,7 +50,7 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
   ASSERT_EQ(returned.returned_data_prop.size(), 8u);
   EXPECT_EQ(returned.returned_data_prop[0], 1);
   EXPECT_EQ(returned.returned_data_prop[7], 12);
-  EXPECT_EQ(arrays.series_names[returned.returned_data_prop[0] - 1].substr(0, 7), "AIRLINE");
+  EXPECT_EQ(arrays.series_names[returned.returned_data_prop[0] - 1].substr(0, 10), "PASSENGERS");
   EXPECT_DOUBLE_EQ(returned.returned_series_data[143], 432);
 
   // Forecasts for 1961 in the range of the series' level, inside their limits, peaking in
@@ -101,8 +72,8 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
     double res = arrays.doubles10000b[t];
     if (fit == quorvane::kMissingValue) continue;
     ++fitted;
-    EXPECT_NEAR(fit + res, kAirline[t], 1e-6 * kAirline[t] + 1e-6) << t;
-    EXPECT_LT(std::abs(res), 0.25 * kAirline[t]) << t;
+    EXPECT_NEAR(fit + res, actual[t], 1e-6 * actual[t] + 1e-6) << t;
+    EXPECT_LT(std::abs(res), 0.25 * actual[t]) << t;
   }
   EXPECT_GE(fitted, 100);
   EXPECT_TRUE(flags.dialogs->shown.empty());
@@ -115,7 +86,7 @@ TEST(RealEngineTest, MonthlyDatasetComesBackWithForecastsLimitsFitAndResiduals) 
 TEST(RealEngineTest, CancelStopsTheEngineWithCode21) {
   test::RunFlagsReset flags;
   ProgramFolderCopy program;
-  quorvane::EngineArrays arrays = AirlineArrays(program.path());
+  quorvane::EngineArrays arrays = AirlineArrays();
 
   test::ScriptedWait wait;
   wait.cancel_when = [](const platform::WaitedWork&, std::chrono::milliseconds) { return true; };
