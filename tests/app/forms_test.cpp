@@ -24,8 +24,6 @@ class WizardForm : public ::testing::Test {
  protected:
   void SetUp() override {
     EnsureApp();
-    host = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(host);
     context.app_folder = program.path();
     context.project_stem = "sample";
     context.dataset_path = program / "examples" / "AIRLINE.ASC";
@@ -36,20 +34,15 @@ class WizardForm : public ::testing::Test {
     form->show();
     QApplication::processEvents();
   }
-  void TearDown() override { platform::SetDialogHost(nullptr); }
   QLineEdit* Edit(const char* name) { return qobject_cast<QLineEdit*>(form->Control(name)); }
   void Press(int index) {
     form->cmdNav[index]->click();
     QApplication::processEvents();
   }
-  std::string Messages() const {
-    std::string all;
-    for (const auto& m : host->shown) all += m.title + ": " + m.text + "\n";
-    return all;
-  }
+  std::string Messages() const { return host.Joined(); }
 
   ProgramFolderCopy program;
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  RecordedMessages host;
   rules::RulesSession session;
   rules::WizardContext context;
   std::unique_ptr<rules::RulesWizard> wizard;
@@ -188,8 +181,7 @@ TEST_F(WizardForm, EscapeAsksAndNoKeepsTheWizardOpen) {
 
 TEST(ProjectForms, ListsMoveFilesAndSelectSeriesTakesOnlyOne) {
   EnsureApp();
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   batch::frmSelect select;
   select.lists->Fill({"A.ASC", "B.ASC", "C.ASC"}, {"b.asc"});
   EXPECT_EQ(select.lists->lstRoster->count(), 2);  // "B.ASC" is already chosen
@@ -215,7 +207,6 @@ TEST(ProjectForms, ListsMoveFilesAndSelectSeriesTakesOnlyOne) {
   EXPECT_EQ(host->shown[0].text,
             "FYI!  You may only select one ASC file. If you want to change the selected file, you "
             "must first delete it from the chosen list.");
-  platform::SetDialogHost(nullptr);
 }
 
 }  // namespace

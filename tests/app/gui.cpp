@@ -27,8 +27,6 @@ DesktopFixture::DesktopFixture() {
   EnsureApp();
   for (const auto& entry : fs::directory_iterator(program / "examples"))
     if (entry.path().extension() == ".ASC") fs::copy_file(entry.path(), data / entry.path().filename().string());
-  host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
   char arg0[] = "tessaly";
   char* argv[] = {arg0, nullptr};
   shell::MainPrepare(program.path(), shell::CommandLine::FromArgs(1, argv), program.path());
@@ -44,13 +42,6 @@ DesktopFixture::DesktopFixture() {
 DesktopFixture::~DesktopFixture() {
   platform::SetProgressWait(nullptr);
   form.reset();
-  platform::SetDialogHost(nullptr);
-}
-
-std::string DesktopFixture::Messages() const {
-  std::string all;
-  for (const auto& m : host->shown) all += m.title + ": " + m.text + "\n";
-  return all;
 }
 
 bool Click(QWidget* window, const QString& name_or_text) { return app::ModalRobot::ClickLater(window, name_or_text); }

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "app/desktop_session.h"
-#include "platform/dialogs.h"
 #include "shell/forms/frm_main.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 class QWidget;
@@ -25,11 +25,10 @@ class DesktopFixture {
   ProgramFolderCopy program;
   TempDir config;
   TempDir data;  // the sample ASC files copied here
-  std::shared_ptr<platform::RecordingDialogHost> host;
+  RecordedMessages host;
   std::unique_ptr<shell::frmMain> form;
   app::DesktopSession* session = nullptr;
-  // The messages shown so far, one a line.
-  std::string Messages() const;
+  std::string Messages() const { return host.Joined(); }
 };
 
 // A queued click on the window's button named or captioned so.

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "dataset/validation.h"
-#include "platform/dialogs.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::dataset {
@@ -70,13 +70,11 @@ TEST(AscRead, NonNumericObservationsBecomeZeroSilently) {
   TempDir dir;
   WriteFile(dir / "gaps.asc", Lines({"0", "0", "0", "1", "4", "2020", "1", "6", "0", "0", "4",
                                      "SHIPMENTS", "0", "10", "n/a", "12.5", "", "1E400", " 14 "}));
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   AscDataset ds;
   ds.DataValues(2) = 99;  // left from an earlier file
   ProcessErrorsLog log(dir.path());
   EXPECT_EQ(ReadAndCheckAscFile(dir / "gaps.asc", "gaps.asc", ds, log), CheckOutcome::Accepted);
-  platform::SetDialogHost(nullptr);
   EXPECT_EQ(ds.DataValues(1), 10);
   EXPECT_EQ(ds.DataValues(2), 0);
   EXPECT_EQ(ds.DataValues(3), 12.5);
@@ -113,12 +111,10 @@ TEST(AscRead, RetainedValuesThatAreNoNumberAreReportedOnce) {
   TempDir dir;
   WriteFile(dir / "r.asc", Lines({"0", "0", "0", "1", "1", "2001", "0", "3", "0", "2", "2",
                                   "Y", "0", "1", "2", "3", "four", "five"}));
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   AscDataset ds;
   ProcessErrorsLog log(dir.path());
   EXPECT_EQ(ReadAndCheckAscFile(dir / "r.asc", "r.asc", ds, log), CheckOutcome::Accepted);
-  platform::SetDialogHost(nullptr);
   ASSERT_EQ(host->shown.size(), 1u);
   EXPECT_EQ(host->shown[0].text, "Error #13: Type mismatch");
   EXPECT_EQ(ds.RetainedValues(1), 0);

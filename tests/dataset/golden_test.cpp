@@ -16,7 +16,7 @@
 #include "dataset/error_catalogue.h"
 #include "dataset/validate_asc.h"
 #include "dataset/validation.h"
-#include "platform/dialogs.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::dataset {
@@ -116,11 +116,9 @@ class SizeCheck : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(SizeCheck, ShowsItsReasonUnderFyiAndRaisesTheCancelFlag) {
   CaseFolder c("size_check", GetParam());
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   bool cancel = true;
   bool ok = ValidateAscSize_And_NSeries(c.File(), cancel);
-  platform::SetDialogHost(nullptr);
   const std::string expected = c.Expected("expected_message.txt");
   if (expected.empty()) {
     EXPECT_TRUE(ok);

@@ -12,8 +12,8 @@
 #include "dataset/error_catalogue.h"
 #include "dataset/validate_asc.h"
 #include "dataset/validation.h"
-#include "platform/dialogs.h"
 #include "platform/numfmt.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::dataset {
@@ -156,8 +156,7 @@ TEST(Mutations, EveryInputIsRejectedOrRepairedAndNothingElseIsWritten) {
   for (const char* name : {"airline.asc", "airline_retained.asc", "sales_causal.asc"})
     seeds.push_back(ReadFile(SourcePath(std::string("tests/dataset/data/files/") + name)));
 
-  auto host = std::make_shared<platform::RecordingDialogHost>();
-  platform::SetDialogHost(host);
+  tessaly::testing::RecordedMessages host;
   TempDir in, out, program;
   ProcessErrorsLog log(program.path());
   AscDataset dataset;
@@ -219,7 +218,6 @@ TEST(Mutations, EveryInputIsRejectedOrRepairedAndNothingElseIsWritten) {
     host->shown.clear();
     if (std::chrono::steady_clock::now() - start > std::chrono::seconds(8)) break;
   }
-  platform::SetDialogHost(nullptr);
   double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   std::printf("mutation inputs run: %d in %.2f s (run checks accepted %d, ValidateASC valid %d, "
               "repaired in place %d)\n",

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/dialogs.h"
 #include "platform/paths.h"
 #include "rules/wizard.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::rules::testing {
@@ -62,15 +62,6 @@ struct ScriptUi : WizardUi {
 
 class RulesFixture : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dialogs = std::make_shared<platform::RecordingDialogHost>();
-    platform::SetDialogHost(dialogs);
-    session = RulesSession{};
-  }
-  void TearDown() override {
-    platform::SetDialogHost(std::make_shared<platform::StderrDialogHost>());
-  }
-
   fs::path Folder() const { return program.path(); }
   fs::path File(const std::string& name) const { return program / name; }
   bool Exists(const std::string& name) const { return fs::exists(program / name); }
@@ -108,7 +99,7 @@ class RulesFixture : public ::testing::Test {
   }
 
   ProgramFolderCopy program;
-  std::shared_ptr<platform::RecordingDialogHost> dialogs;
+  tessaly::testing::RecordedMessages dialogs;
   RulesSession session;
 };
 
