@@ -23,7 +23,7 @@ namespace {
 class WizardForm : public ::testing::Test {
  protected:
   void SetUp() override {
-    EnsureApp();
+    OffscreenApp();
     context.app_folder = program.path();
     context.project_stem = "sample";
     context.dataset_path = program / "examples" / "AIRLINE.ASC";
@@ -180,7 +180,7 @@ TEST_F(WizardForm, EscapeAsksAndNoKeepsTheWizardOpen) {
 }
 
 TEST(ProjectForms, ListsMoveFilesAndSelectSeriesTakesOnlyOne) {
-  EnsureApp();
+  OffscreenApp();
   tessaly::testing::RecordedMessages host;
   batch::frmSelect select;
   select.lists->Fill({"A.ASC", "B.ASC", "C.ASC"}, {"b.asc"});

@@ -12,19 +12,9 @@
 
 namespace tessaly::testing {
 
-void EnsureApp() {
-  if (QApplication::instance()) return;
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "desktop_tests";
-  static char* argv[] = {name, nullptr};
-  // Never destroyed: a QApplication torn down among the static destructors crashes.
-  new QApplication(argc, argv);
-}
-
 DesktopFixture::DesktopFixture() {
   setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
-  EnsureApp();
+  OffscreenApp();
   for (const auto& entry : fs::directory_iterator(program / "examples"))
     if (entry.path().extension() == ".ASC") fs::copy_file(entry.path(), data / entry.path().filename().string());
   char arg0[] = "tessaly";

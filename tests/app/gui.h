@@ -11,12 +11,11 @@
 #include "shell/forms/frm_main.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
+#include "support/qt_app.h"
 
 class QWidget;
 
 namespace tessaly::testing {
-
-void EnsureApp();
 
 class DesktopFixture {
  public:

@@ -21,7 +21,7 @@ namespace tessaly::testing {
 namespace {
 
 TEST(ReportPane, EachKindOfFileIsShownAsWhatItIs) {
-  EnsureApp();
+  OffscreenApp();
   TempDir dir;
   app::ReportPane pane;
   pane.resize(900, 600);
@@ -63,7 +63,7 @@ TEST(ReportPane, EachKindOfFileIsShownAsWhatItIs) {
 }
 
 TEST(ReportPane, TheTreeFollowsTheModel) {
-  EnsureApp();
+  OffscreenApp();
   app::ReportPane pane;
   batch::ReportTree model;
   batch::AddSeriesNode(model, "A.ASC");

@@ -28,22 +28,6 @@ TEST(ReportXml, IsWrittenLineByLineExactlyAsTheCatalogueStands) {
   EXPECT_EQ(std::find(logged.begin(), logged.end(), " code=\"5024\">"), logged.end());
 }
 
-TEST(ReportXml, HoldsEveryCodeOnceInAscendingOrder) {
-  auto check = [](const std::vector<CatalogueRow>& rows, int low, int high) {
-    for (size_t i = 0; i < rows.size(); ++i) {
-      EXPECT_GE(rows[i].code, low);
-      EXPECT_LT(rows[i].code, high);
-      if (i > 0) {
-        EXPECT_LT(rows[i - 1].code, rows[i].code);
-      }
-    }
-  };
-  check(EngineCatalogue(), 1, 5000);
-  check(AscCatalogue(), 5000, 5026);
-  EXPECT_EQ(EngineCatalogue().size(), 91u + 48u);
-  EXPECT_EQ(AscCatalogue().size(), 26u);
-}
-
 struct Lookup {
   long code;
   bool found;

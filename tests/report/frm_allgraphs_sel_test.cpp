@@ -2,20 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QPushButton>
 #include <QTimer>
 
+#include "support/qt_app.h"
+
 namespace tessaly::report {
 namespace {
-
-QApplication& App() {
-  static int argc = 3;
-  static char a0[] = "test", a1[] = "-platform", a2[] = "offscreen";
-  static char* argv[] = {a0, a1, a2, nullptr};
-  static QApplication* app = new QApplication(argc, argv);
-  return *app;
-}
 
 // Presses a button (or closes the window) once the modal dialog is up.
 StepChoice Answer(frmAllgraphsSel& dialog, QPushButton* button, bool left, bool right) {
@@ -27,7 +20,7 @@ StepChoice Answer(frmAllgraphsSel& dialog, QPushButton* button, bool left, bool 
 }
 
 TEST(FrmAllgraphsSel, ButtonsAnswerAndCloseTheDialog) {
-  App();
+  tessaly::testing::OffscreenApp();
   frmAllgraphsSel dialog;
   EXPECT_EQ(dialog.cmdLeft()->text(), "<===");
   EXPECT_EQ(dialog.cmdRight()->text(), "===>");

@@ -22,6 +22,7 @@
 #include "shell/startup.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
+#include "support/qt_app.h"
 
 namespace tessaly::shell {
 namespace {
@@ -30,13 +31,7 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::TempDir;
 
 struct Forms : ::testing::Test {
-  static void SetUpTestSuite() {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "forms_test";
-    static char* argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
-  }
+  static void SetUpTestSuite() { tessaly::testing::OffscreenApp(); }
   TempDir program, user;
   tessaly::testing::RecordedMessages messages;
   void SetUp() override {

@@ -97,14 +97,6 @@ TEST_F(SettingsFixture, RecentListMovesReusedFilesToTheFrontAndKeepsFive) {
   EXPECT_EQ(LoadMenu(settings)[2], "/p/4.xml");
 }
 
-TEST_F(SettingsFixture, SaveSettingsWritesModeKeys) {
-  UserMode() = 0;
-  LoadSettings(settings);
-  SaveSettings(settings);
-  EXPECT_EQ(settings.GetSettingInt("Settings", "UserMode", -1), 0);
-  EXPECT_EQ(settings.GetSettingInt("Settings", "Product", -1), 0);
-}
-
 TEST(Preferences, FileHoldsTheFourteenValuesInOrder) {
   TempDir program;
   std::filesystem::create_directory(program / "DEFAULTXSD");

@@ -12,19 +12,10 @@
 #include <QTimer>
 
 #include "batch/engine/progress_logic.h"
+#include "support/qt_app.h"
 
 namespace tessaly::batch {
 namespace {
-
-QApplication& App() {
-  static int argc = 1;
-  static char name[] = "frm_progress_test";
-  static char* argv[] = {name, nullptr};
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  // Never destroyed: a QApplication torn down among the static destructors at exit crashes.
-  static QApplication* app = new QApplication(argc, argv);
-  return *app;
-}
 
 // Engine work that finishes when told, with a fixed stage.
 class ScriptedWork : public platform::WaitedWork {
@@ -48,7 +39,7 @@ class ScriptedWork : public platform::WaitedWork {
 };
 
 TEST(FrmProgressTest, ShowsTheRunAndClosesAfterTheEngineEnds) {
-  App();
+  tessaly::testing::OffscreenApp();
   ScriptedWork work;
   frmProgress form;
   form.SetEngine(&work);
@@ -87,7 +78,7 @@ TEST(FrmProgressTest, ShowsTheRunAndClosesAfterTheEngineEnds) {
 }
 
 TEST(FrmProgressTest, CancelButtonAsksTheWorkToStopOnce) {
-  App();
+  tessaly::testing::OffscreenApp();
   ScriptedWork work;
   frmProgress form;
   form.SetEngine(&work);
@@ -103,7 +94,7 @@ TEST(FrmProgressTest, CancelButtonAsksTheWorkToStopOnce) {
 
 // The desktop's wait with the form's own timings: one tick a second, three seconds' pause.
 TEST(DesktopProgressWaitTest, ModalWaitEndsThreeSecondsAfterTheEngine) {
-  App();
+  tessaly::testing::OffscreenApp();
   ScriptedWork work;
   work.finish_after_polls = 3;  // the engine is ready well within the first second
   DesktopProgressWait wait;
