@@ -1,5 +1,6 @@
 // The real tessaly executable, started in a fresh copy of the program folder: what the
 // folder holds after start-up and exit, and how each form of command line ends.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -20,6 +21,8 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::RunCommand;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 // The desktop scenarios need a build with the desktop.
 #ifdef TESSALY_WITH_DESKTOP
@@ -113,16 +116,14 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
 
   // The desktop it showed, and the settings it saved.
   std::string report = DesktopReport();
-  EXPECT_NE(report.find("title=Tessaly\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("maximized=yes\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("status=Ready\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("menu=File\nitem=File|New Project...\nitem=File|Open Project...\n"
-                        "item=File|Close\nitem=File|Exit\nmenu=Batch\n"),
-            std::string::npos)
-      << report;
-  EXPECT_NE(report.find("menu=Preferences\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("menu=Help\n"), std::string::npos) << report;
-  EXPECT_EQ(report.find("menu=Test"), std::string::npos) << report;
+  EXPECT_THAT(report, HasSubstr("title=Tessaly\n"));
+  EXPECT_THAT(report, HasSubstr("maximized=yes\n"));
+  EXPECT_THAT(report, HasSubstr("status=Ready\n"));
+  EXPECT_THAT(report, HasSubstr("menu=File\nitem=File|New Project...\nitem=File|Open Project...\n"
+                                "item=File|Close\nitem=File|Exit\nmenu=Batch\n"));
+  EXPECT_THAT(report, HasSubstr("menu=Preferences\n"));
+  EXPECT_THAT(report, HasSubstr("menu=Help\n"));
+  EXPECT_THAT(report, Not(HasSubstr("menu=Test")));
   EXPECT_EQ(ReadFile(config / "tessaly" / "Tessaly.ini"),
             "[Settings]\r\nUserMode=0\r\nProduct=0\r\n");
 }
@@ -176,7 +177,7 @@ TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
   EXPECT_NE(log.find(" delete NOTREND.QVX", first), std::string::npos);
   EXPECT_EQ(log.find(" delete ", second), std::string::npos) << log;
   EXPECT_EQ(log.find("START tslyb ON "), std::string(47, '*').size() + 2) << log;
-  EXPECT_NE(log.find("\r\nEND tslyb ON "), std::string::npos);
+  EXPECT_THAT(log, HasSubstr("\r\nEND tslyb ON "));
 
   // A second session in a row finds the folder as the first left it.
   auto between = Tree(program.path());
@@ -194,11 +195,9 @@ TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
   std::string out;
   ASSERT_EQ(RunDesktop("/DEV /ns /DBG", &out), 0) << out;
   std::string report = DesktopReport();
-  EXPECT_NE(report.find("menu=Test\n"), std::string::npos) << report;
-  EXPECT_NE(report.find("item=File|1 /projects/north.xml\nitem=File|2 /projects/south.xml\n"
-                        "item=File|Exit\n"),
-            std::string::npos)
-      << report;
+  EXPECT_THAT(report, HasSubstr("menu=Test\n"));
+  EXPECT_THAT(report, HasSubstr("item=File|1 /projects/north.xml\nitem=File|2 /projects/south.xml\n"
+                                "item=File|Exit\n"));
 }
 
 TEST_F(ProgramRun, UnknownExtensionEndsAtOnce) {
@@ -206,9 +205,8 @@ TEST_F(ProgramRun, UnknownExtensionEndsAtOnce) {
   WriteFile(program / "NOTREND.QVX", "kept");
   std::string out;
   EXPECT_EQ(Run(Quote((scratch / "notes.txt").string()), &out), 2);
-  EXPECT_NE(out.find("is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."),
-            std::string::npos)
-      << out;
+  EXPECT_THAT(out,
+              HasSubstr("is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."));
   // Start-up and exit still ran: the folder is in order, the backup empty.
   EXPECT_TRUE(fs::exists(program / "DEFAULTXSD" / "UserPreferences.xml"));
   EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
@@ -220,7 +218,7 @@ TEST_F(ProgramRun, MissingFileIsTheStandardError) {
   std::string missing = (scratch / "gone.xml").string();
   EXPECT_EQ(Run(Quote(missing), &out), 1);
   std::string text = "Error #53: File not found: " + missing + ", frmMain, Form_Load";
-  EXPECT_NE(out.find("Tessaly: " + text), std::string::npos) << out;
+  EXPECT_THAT(out, HasSubstr("Tessaly: " + text));
   EXPECT_EQ(ReadFile(program / "tslyberr.txt"),
             platform::dates::FormatIso(platform::dates::Today()) + "  " + text + "\r\n");
 }
@@ -231,9 +229,7 @@ TEST_F(ProgramRun, RelativeNamesAreTakenFromTheFolderTheUserStartedIn) {
                     Quote(config.path().string()) + " " + Quote(program.Executable().string()) +
                     " gone.xml";
   EXPECT_EQ(RunCommand(cmd, &out), 1);
-  EXPECT_NE(out.find("File not found: " + (scratch / "gone.xml").string() + ", frmMain"),
-            std::string::npos)
-      << out;
+  EXPECT_THAT(out, HasSubstr("File not found: " + (scratch / "gone.xml").string() + ", frmMain"));
 }
 
 TEST_F(ProgramRun, FilesWhoseNamesStartWithASlashAreFilesNotSwitches) {
@@ -242,11 +238,11 @@ TEST_F(ProgramRun, FilesWhoseNamesStartWithASlashAreFilesNotSwitches) {
   // Not a switch, though it starts with "/": the workbook run is asked for.
   int status = Run(Quote((scratch / "Book.XLSX").string()) + " Sheet1", &out);
   EXPECT_NE(status, 0);
-  EXPECT_NE(out.find("Book.XLSX"), std::string::npos) << out;
+  EXPECT_THAT(out, HasSubstr("Book.XLSX"));
   EXPECT_FALSE(fs::exists(program / "tslyberr.txt"));
   // An empty report-sheet token ends the program without a run.
   EXPECT_EQ(Run(Quote((scratch / "Book.XLSX").string()) + " ''", &out), 2);
-  EXPECT_NE(out.find("nothing was run"), std::string::npos) << out;
+  EXPECT_THAT(out, HasSubstr("nothing was run"));
 }
 
 TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {
@@ -255,10 +251,9 @@ TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {
   WriteFile(program / "NOTREND.QVX", "kept");
   std::string out;
   EXPECT_EQ(Run(Quote((scratch / "p.xml").string()), &out), 4);
-  EXPECT_NE(out.find("Tessaly Main Error: Quorvane.dll a required DLL is Missing / The program "
-                     "will now exit."),
-            std::string::npos)
-      << out;
+  EXPECT_THAT(out,
+              HasSubstr("Tessaly Main Error: Quorvane.dll a required DLL is Missing / The program "
+                        "will now exit."));
   EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
 
