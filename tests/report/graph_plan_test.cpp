@@ -186,6 +186,8 @@ TEST(GraphPlan, SelectedGraphsPreference) {
   GraphPreferences prefs;
   prefs.all_graphs = false;
   prefs.sel_graphs = true;
+  prefs.act = true;
+  for (const auto& g : AllGraphs()) EXPECT_EQ(WantsGraph(prefs, g.kind), g.kind == GraphKind::Act);
   prefs.res = prefs.fit_fore = true;
   EXPECT_TRUE(WantsGraph(prefs, GraphKind::Res));
   EXPECT_TRUE(WantsGraph(prefs, GraphKind::FitFore));
@@ -200,6 +202,10 @@ TEST(GraphPlan, SelectedGraphsPreference) {
   EXPECT_FALSE(from.all_graphs || from.act || from.no_graphs);
   EXPECT_TRUE(WantsGraph(from, GraphKind::ActCleanse));
   EXPECT_FALSE(WantsGraph(from, GraphKind::Act));
+  GraphPreferences none;
+  none.no_graphs = true;
+  none.all_graphs = false;
+  for (const auto& g : AllGraphs()) EXPECT_FALSE(WantsGraph(none, g.kind));
 }
 
 }  // namespace
