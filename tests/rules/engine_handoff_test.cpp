@@ -10,15 +10,8 @@ namespace {
 
 using tessaly::testing::RunCommand;
 
-class EngineHandoff : public RulesFixture {
+class EngineHandoff : public WithShippedRules {
  protected:
-  void SetUp() override {
-    RulesFixture::SetUp();
-    WriteFile(File("ENGINE.USR"), Cnd());
-  }
-  WizardOutcome Run(const WizardContext& c, std::function<void(RulesWizard&)> script) {
-    return RunScripted(c, std::move(script));
-  }
   // Runs the engine on a dataset in the program folder, as the run hands it over: objective #1
   // from the wizard on line 1, the rules and model files where the wizard left them.
   std::string Engine(const std::string& asc, int objective1, const std::string& out_dir) {

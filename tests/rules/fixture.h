@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/paths.h"
+#include "rules/rules_text.h"
 #include "rules/wizard.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
@@ -93,14 +94,26 @@ class RulesFixture : public ::testing::Test {
   }
 
   // Runs the wizard on `c` with a script in the person's place.
-  WizardOutcome RunScripted(const WizardContext& c, std::function<void(RulesWizard&)> script) {
+  WizardOutcome Run(const WizardContext& c, std::function<void(RulesWizard&)> script) {
     ScriptUi ui(std::move(script));
     return RunRulesWizard(c, ui, session);
+  }
+  // A rule's value as a rules file holds it.
+  std::string Rule(const std::string& file, std::string_view key) const {
+    RulesText r;
+    r.SetText(Read(file));
+    return r.GetRule(key);
   }
 
   ProgramFolderCopy program;
   tessaly::testing::RecordedMessages dialogs;
   RulesSession session;
+};
+
+// The present rules are the shipped defaults.
+class WithShippedRules : public RulesFixture {
+ protected:
+  void SetUp() override { WriteFile(File("ENGINE.USR"), Cnd()); }
 };
 
 }  // namespace tessaly::rules::testing

@@ -46,7 +46,6 @@ TEST(Presets, SetObjective1ByExactDescription) {
 class Objective1 : public RulesFixture {
  protected:
   void SetUp() override {
-    RulesFixture::SetUp();
     WriteFile(File("ENGINE.USR"), "USER RULES|   1\r\nINITIAL MODEL|            \r\n");
     WriteFile(File("ENGINE.GO"), "stale");
     WriteFile(File("STARTMOD.123"), "model");

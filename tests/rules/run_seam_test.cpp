@@ -6,17 +6,11 @@
 namespace tessaly::rules::testing {
 namespace {
 
-class RunSeam : public RulesFixture {
+class RunSeam : public WithShippedRules {
  protected:
   void SetUp() override {
-    RulesFixture::SetUp();
-    WriteFile(File("ENGINE.USR"), Cnd());
+    WithShippedRules::SetUp();
     Context();  // writes SALES.ASC
-  }
-  std::string Rule(const std::string& file, std::string_view key) {
-    RulesText r;
-    r.SetText(Read(file));
-    return r.GetRule(key);
   }
 };
 

@@ -8,21 +8,7 @@
 namespace tessaly::rules::testing {
 namespace {
 
-class Wizard : public RulesFixture {
- protected:
-  void SetUp() override {
-    RulesFixture::SetUp();
-    WriteFile(File("ENGINE.USR"), Cnd());
-  }
-  WizardOutcome Run(const WizardContext& c, std::function<void(RulesWizard&)> script) {
-    return RunScripted(c, std::move(script));
-  }
-  std::string Rule(const std::string& file, std::string_view key) {
-    RulesText r;
-    r.SetText(Read(file));
-    return r.GetRule(key);
-  }
-};
+class Wizard : public WithShippedRules {};
 
 TEST_F(Wizard, QvxRulesLeaveNoRulesAndNoModel) {
   WriteFile(File("ENGINE.GO"), "old");
