@@ -25,61 +25,6 @@ std::string FindChromium() {
   return {};
 }
 
-// A page beside the site that opens it in a frame, clicks as a person would and writes
-// what it saw into its own text, which the browser then prints. Reading the frames needs
-// the browser to treat the local files as one origin.
-constexpr const char* kHarness = R"(<!DOCTYPE html><html><head>
-<style>body{margin:0}iframe{border:0;width:1200px;height:700px;display:block}</style></head>
-<body><iframe id="site" src="Regions.html"></iframe><pre id="result">PENDING</pre>
-<script>
-var started = Date.now(), seen = [];
-function done(text) { document.getElementById('result').textContent = seen.concat([text]).join(' | '); }
-function later(f) { if (Date.now() - started > 15000) return done('TIMEOUT'); setTimeout(f, 50); }
-function frames() { var top = document.getElementById('site').contentWindow;
-  return { tree: top.frames['tree'], display: top.frames['display'] }; }
-function links(holder, text) { return Array.prototype.filter.call(holder.querySelectorAll('a'),
-  function (a) { return a.textContent === text; }); }
-function start() {
-  try {
-    var f = frames(), holder = f.tree && f.tree.document.getElementById('treeMenu');
-    if (!holder || !holder.getAttribute('data-ready')) return later(start);
-    seen.push('ROWS ' + holder.querySelectorAll('.row').length);
-    links(holder, 'Details')[0].click();
-    (function details() {
-      var d = f.display.document;
-      if (!/NORTH\.htm$/.test(f.display.location.href) || !d.body ||
-          d.body.textContent.indexOf('Details of NORTH') < 0) return later(details);
-      seen.push('DETAILS ' + d.body.textContent.trim());
-      links(holder, 'Forecasts')[0].click();
-      (function picture() {
-        var img = f.display.document.images[0];
-        if (!/NORTHfore\.jpg$/.test(f.display.location.href) || !img || !img.complete ||
-            !img.naturalWidth) return later(picture);
-        seen.push('PICTURE ' + img.naturalWidth + 'x' + img.naturalHeight);
-        // Closing the first folder hides its rows.
-        var toggle = holder.querySelector('img.toggle');
-        toggle.click();
-        var hidden = Array.prototype.filter.call(holder.querySelectorAll('.row'),
-          function (r) { return r.offsetParent === null; }).length;
-        seen.push('HIDDEN ' + hidden);
-        toggle.click();
-        // The root's caption opens the overview of the project.
-        links(holder, 'Regions')[0].click();
-        (function overview() {
-          var d = f.display.document, h = d && d.querySelector('h1');
-          if (!/display\.html$/.test(f.display.location.href) || !h) return later(overview);
-          seen.push('OVERVIEW ' + h.textContent + ' ' + d.querySelectorAll('tr[id]').length);
-          links(holder, 'Details')[0].click();
-          done('END');
-        })();
-      })();
-    })();
-  } catch (e) { done('ERROR ' + e); }
-}
-window.addEventListener('load', start);
-</script></body></html>
-)";
-
 TEST(SiteInBrowser, TreeIsDrawnAndAClickShowsTheReport) {
   const std::string chromium = FindChromium();
   if (chromium.empty()) GTEST_SKIP() << "chromium is not installed: the site is not checked in a browser";
@@ -97,7 +42,10 @@ TEST(SiteInBrowser, TreeIsDrawnAndAClickShowsTheReport) {
   const std::vector<std::string> datasets = {"/in/NORTH.asc", "/in/SOUTH.asc"};
   ASSERT_TRUE(WriteLinkTreeSite("/projects/Regions.xml", datasets, out, program.path()));
   ASSERT_TRUE(WriteDisplayHtml(out, "/projects/Regions.xml", datasets));
-  platform::WriteWholeFile(out / "harness.html", kHarness);
+  // The harness page opens the site in a frame, clicks as a person would and writes what it
+  // saw into its own text, which the browser prints. Reading the frames needs the browser to
+  // treat the local files as one origin.
+  fs::copy_file(tessaly::testing::SourcePath("tests/report/data/site_harness.html"), out / "harness.html");
 
   const std::string flags =
       " --headless --no-sandbox --disable-gpu --no-first-run --disable-background-networking"
