@@ -106,8 +106,10 @@ CrostonRun CrostonFilter(const std::vector<double>& y, double alpha_size, double
 CrostonEstimate EstimateCroston(const std::vector<double>& y, CrostonVariant variant) {
   CrostonEstimate best;
   double best_sse = std::numeric_limits<double>::infinity();
-  for (int i = 1; i <= 50; ++i)
-    for (int j = 1; j <= 50; ++j) {
+  // The usual range for intermittent demand: the correction is derived for small constants,
+  // and larger ones chase the few demands of a short history.
+  for (int i = kCrostonMinPercent; i <= kCrostonMaxPercent; ++i)
+    for (int j = kCrostonMinPercent; j <= kCrostonMaxPercent; ++j) {
       const double az = i / 100.0, ap = j / 100.0;
       CrostonRun run = CrostonFilter(y, az, ap, variant);
       // Ties keep the smaller constants: steadier forecasts for the same fit.
@@ -168,7 +170,8 @@ ModelResult FitCroston(const ModelingProblem& problem, const IntermittentCheck& 
   const CrostonRun classic = CrostonFilter(y, est.alpha_size, est.alpha_interval, CrostonVariant::Classic);
   const int after = n - run.first_demand - 1;
   r.notes.push_back({texts::kHeadSearch,
-                     "Smoothing constants from 0.01 to 0.50 in steps of 0.01, chosen by the least squares of the " +
+                     "Smoothing constants from " + Fixed(kCrostonMinPercent / 100.0, 2) + " to " +
+                         Fixed(kCrostonMaxPercent / 100.0, 2) + " in steps of 0.01, chosen by the least squares of the " +
                          std::to_string(after) + " one-step errors after the first demand: size " +
                          Fixed(est.alpha_size, 2) + ", interval " + Fixed(est.alpha_interval, 2) + " (mean squared error " +
                          Num(after > 0 ? run.fit_sse / after : 0.0) + "). Demand size " + Num(run.size) +

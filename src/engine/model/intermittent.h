@@ -48,8 +48,10 @@ struct CrostonEstimate {
   CrostonRun run;
 };
 
-// The two constants from 0.01 to 0.50 in steps of 0.01 that minimise the squared one-step
-// errors after the first demand.
+// The two constants from 0.05 to 0.30 in steps of 0.01 that minimise the squared one-step
+// errors after the first demand (ties keep the smaller constants).
+inline constexpr int kCrostonMinPercent = 5;
+inline constexpr int kCrostonMaxPercent = 30;
 CrostonEstimate EstimateCroston(const std::vector<double>& y, CrostonVariant variant = CrostonVariant::Sba);
 
 // Lower and upper limits of a flat forecast `f` at `coverage_pct`: the forecast plus the

@@ -231,5 +231,50 @@ TEST(HoltWinters, Preset11OnAQuarterlySeriesAndTooShortASeries) {
   EXPECT_EQ(FitModel(shorter, nullptr).error_code, 0);
 }
 
+
+TEST(HoltWinters, OtherSmoothingPresetsForecastAsTheirNamesPromise) {
+  // 4: simple exponential smoothing, the ARIMA(0,1,1) with alpha = 1 + MA(1): the one-step
+  // predictions follow yhat(t+1) = yhat(t) + alpha (y(t) - yhat(t)) and the forecast is flat.
+  ModelingProblem p = Preset11("nile", 1, 1871, 10);
+  p.objective = 4;
+  const ModelResult r4 = FitModel(p, nullptr);
+  ASSERT_EQ(r4.error_code, 0);
+  double theta = 0.0;
+  for (const auto& c : r4.coefficients)
+    if (c.term == "MA(1)") theta = c.value;
+  const double alpha = 1.0 + theta;
+  EXPECT_GT(alpha, 0.0);
+  EXPECT_LT(alpha, 1.0);
+  for (size_t t = 40; t + 1 < p.y.size(); ++t)
+    EXPECT_NEAR(r4.fitted[t + 1], r4.fitted[t] + alpha * (p.y[t] - r4.fitted[t]), 1e-6 * p.y[t]) << t;
+  EXPECT_NEAR(r4.forecasts[0], r4.fitted.back() + alpha * (p.y.back() - r4.fitted.back()), 1e-6 * p.y.back());
+  for (int h = 1; h < 10; ++h) EXPECT_NEAR(r4.forecasts[h], r4.forecasts[0], 1e-9);
+  // 5: Holt's linear trend forecasts along a straight line.
+  p = Preset11("macro_realgdp", 4, 1959, 12);
+  p.objective = 5;
+  const ModelResult r5 = FitModel(p, nullptr);
+  ASSERT_EQ(r5.error_code, 0);
+  const double step = r5.forecasts[1] - r5.forecasts[0];
+  for (int h = 2; h < 12; ++h) EXPECT_NEAR(r5.forecasts[h] - r5.forecasts[h - 1], step, 1e-6 * std::fabs(r5.forecasts[h]));
+  // 12: the damped trend's steps shrink by the damping factor (the AR(1) of its form).
+  p.objective = 12;
+  const ModelResult r12 = FitModel(p, nullptr);
+  ASSERT_EQ(r12.error_code, 0);
+  double phi = 0.0;
+  for (const auto& c : r12.coefficients)
+    if (c.term == "AR(1)") phi = c.value;
+  EXPECT_GT(phi, 0.0);
+  EXPECT_LT(phi, 1.0);
+  for (int h = 2; h < 12; ++h)
+    EXPECT_NEAR(r12.forecasts[h] - r12.forecasts[h - 1], phi * (r12.forecasts[h - 1] - r12.forecasts[h - 2]), 1e-6 * r12.forecasts[h]);
+  // 13: seasonal exponential smoothing repeats its seasonal pattern, year after year.
+  p = Preset11("airline", 12, 1949, 36);
+  p.objective = 13;
+  const ModelResult r13 = FitModel(p, nullptr);
+  ASSERT_EQ(r13.error_code, 0);
+  for (int h = 12; h < 36; ++h) EXPECT_NEAR(r13.forecasts[h], r13.forecasts[h - 12], 1e-6 * r13.forecasts[h]) << h;
+  EXPECT_GT(r13.forecasts[6], r13.forecasts[10]);
+}
+
 }  // namespace
 }  // namespace quorvane
