@@ -73,6 +73,7 @@ TEST(HoltWinters, FilterMatchesStatsmodelsWithTheSameConstantsAndStates) {
       EXPECT_NEAR(run.residuals[t], y[t] - run.fitted[t], 1e-9 * std::max(1.0, std::fabs(y[t])));
     }
     EXPECT_LT(worst, 1e-6);
+    std::cout << "[ figures  ] " << name << ": largest relative difference " << worst << "\n";
   }
 }
 
@@ -84,6 +85,7 @@ TEST(HoltWinters, EstimatedSseNoWorseThanStatsmodels) {
     const int m = std::stoi(row[1]);
     const double reference = std::stod(row[2]);
     const HoltWintersEstimate est = EstimateHoltWinters(testdata::LoadSeries(row[0]), m);
+    std::cout.precision(10);
     std::cout << "[ figures  ] " << row[0] << ": SSE " << est.run.sse << " (statsmodels " << reference
               << ", ratio " << est.run.sse / reference << "), alpha " << est.smoothing.alpha << " beta "
               << est.smoothing.beta << " gamma " << est.smoothing.gamma << ", " << est.evaluations
