@@ -77,7 +77,7 @@ Point NelderMead(const SseOf& sse_of, const Point& start, double step, double pe
     double size = 0.0;
     for (int i = 1; i < 4; ++i)
       for (int k = 0; k < 3; ++k) size = std::max(size, std::fabs(x[i][k] - x[0][k]));
-    if (size < 1e-9 || (f[3] - f[0]) <= 1e-14 * (std::fabs(f[0]) + 1e-300)) break;
+    if (size < 1e-7 || (f[3] - f[0]) <= 1e-11 * (std::fabs(f[0]) + 1e-300)) break;
     Point c{0.0, 0.0, 0.0};
     for (int i = 0; i < 3; ++i)
       for (int k = 0; k < 3; ++k) c[k] += x[i][k] / 3.0;
@@ -229,39 +229,63 @@ HoltWintersStates LeastSquaresInitialStates(const std::vector<double>& y, int m,
                                             const HoltWintersStates& fallback) {
   const int n = static_cast<int>(y.size());
   if (m < 2 || n < m + 2) return fallback;
-  // For fixed constants the one-step predictions are linear in the initial states: those
-  // from zero states plus, for each state, the predictions of an empty series started
-  // from that state alone. The last seasonal state is minus the sum of the others, since a
-  // constant added to the level and taken from every seasonal state changes no prediction.
-  HoltWintersStates zero;
-  zero.seasonal.assign(m, 0.0);
-  const HoltWintersRun base = HoltWintersFilter(y, m, s, zero);
-  const std::vector<double> empty(n, 0.0);
-  Eigen::MatrixXd D(n, m + 1);
-  for (int k = 0; k <= m; ++k) {
-    HoltWintersStates unit;
-    unit.seasonal.assign(m, 0.0);
-    if (k == 0) unit.level = 1.0;
-    else if (k == 1) unit.trend = 1.0;
-    else {
-      unit.seasonal[k - 2] = 1.0;
-      unit.seasonal[m - 1] = -1.0;
+  // For fixed constants the one-step predictions are linear in the initial states: those of
+  // zero states plus D x0, where row t of D is how the prediction of t responds to each
+  // initial state. M (k x k, k = m + 2) carries the response of every state to every initial
+  // state; a step changes only the rows of the level, the trend and the season in use. The
+  // last seasonal state is minus the sum of the others, since a constant added to the level
+  // and taken from every seasonal state changes no prediction.
+  const int k = m + 2, p = m + 1;
+  std::vector<double> M(static_cast<size_t>(k) * k, 0.0);
+  for (int i = 0; i < k; ++i) M[static_cast<size_t>(i) * k + i] = 1.0;
+  std::vector<double> G(static_cast<size_t>(p) * p, 0.0), c(p, 0.0), d(p);
+  std::vector<double> season(m, 0.0);
+  double level = 0.0, trend = 0.0;
+  const double ab = s.alpha * s.beta;
+  for (int t = 0; t < n; ++t) {
+    const int j = t % m;
+    double* rl = &M[0];
+    double* rb = &M[static_cast<size_t>(k)];
+    double* rs = &M[static_cast<size_t>(2 + j) * k];
+    const double last = rl[k - 1] + rb[k - 1] + rs[k - 1];
+    d[0] = rl[0] + rb[0] + rs[0];
+    d[1] = rl[1] + rb[1] + rs[1];
+    for (int q = 2; q < p; ++q) d[q] = rl[q] + rb[q] + rs[q] - last;
+    // The errors from zero states.
+    const double f0 = level + trend + season[j];
+    const double e0 = y[t] - f0;
+    level += trend + s.alpha * e0;
+    trend += ab * e0;
+    season[j] += s.gamma * e0;
+    for (int a = 0; a < p; ++a) {
+      c[a] += d[a] * e0;
+      double* row = &G[static_cast<size_t>(a) * p];
+      for (int b2 = 0; b2 <= a; ++b2) row[b2] += d[a] * d[b2];
     }
-    const HoltWintersRun r = HoltWintersFilter(empty, m, s, unit);
-    for (int t = 0; t < n; ++t) D(t, k) = r.fitted[t];
+    for (int col = 0; col < k; ++col) {
+      const double L = rl[col], B = rb[col], S = rs[col], f = L + B + S;
+      rl[col] = L + B - s.alpha * f;
+      rb[col] = B - ab * f;
+      rs[col] = S - s.gamma * f;
+    }
   }
-  const Eigen::VectorXd e = Eigen::Map<const Eigen::VectorXd>(base.residuals.data(), n);
-  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(D);
-  if (qr.rank() < m + 1) return fallback;
-  const Eigen::VectorXd x = qr.solve(e);
+  Eigen::MatrixXd A(p, p);
+  Eigen::VectorXd rhs(p);
+  for (int a = 0; a < p; ++a) {
+    rhs(a) = c[a];
+    for (int b2 = 0; b2 <= a; ++b2) A(a, b2) = A(b2, a) = G[static_cast<size_t>(a) * p + b2];
+  }
+  Eigen::LDLT<Eigen::MatrixXd> ldlt(A);
+  if (ldlt.info() != Eigen::Success || !ldlt.isPositive()) return fallback;
+  const Eigen::VectorXd x = ldlt.solve(rhs);
   if (!x.allFinite()) return fallback;
   HoltWintersStates out;
   out.level = x(0);
   out.trend = x(1);
   out.seasonal.assign(m, 0.0);
-  for (int j = 0; j + 1 < m; ++j) {
-    out.seasonal[j] = x(j + 2);
-    out.seasonal[m - 1] -= x(j + 2);
+  for (int q = 0; q + 1 < m; ++q) {
+    out.seasonal[q] = x(q + 2);
+    out.seasonal[m - 1] -= x(q + 2);
   }
   return out;
 }
@@ -275,8 +299,13 @@ HoltWintersEstimate EstimateHoltWinters(const std::vector<double>& y, int m, boo
   const double ybar = Mean(y);
   for (double v : y) sst += (v - ybar) * (v - ybar);
   const double penalty = 1e3 * std::max(sst, 1.0);
+  // Up to kProfiledPeriod the initial states are solved for at every trial of the
+  // constants; beyond it that costs too much (the states grow with the cycle), and the
+  // constants and the states are improved in turn instead, each step lowering the errors.
+  const bool profiled = fit_initial_states && m <= kProfiledPeriod;
+  HoltWintersStates held = est.decomposition;
   auto states_for = [&](const HoltWintersSmoothing& s) {
-    return fit_initial_states ? LeastSquaresInitialStates(y, m, s, est.decomposition) : est.decomposition;
+    return profiled ? LeastSquaresInitialStates(y, m, s, est.decomposition) : held;
   };
   const SseOf sse_of = [&](const HoltWintersSmoothing& s) { return HoltWintersFilter(y, m, s, states_for(s)).sse; };
 
@@ -304,13 +333,23 @@ HoltWintersEstimate EstimateHoltWinters(const std::vector<double>& y, int m, boo
       best = p;
     }
   }
+  if (fit_initial_states && !profiled) {
+    for (int round = 0; round < 10; ++round) {
+      const HoltWintersStates next = LeastSquaresInitialStates(y, m, FromPoint(best), held);
+      const double f_next = HoltWintersFilter(y, m, FromPoint(best), next).sse;
+      if (!(f_next < best_f * (1.0 - 1e-9))) break;
+      held = next;
+      best = NelderMead(sse_of, best, 0.05, penalty, est.evaluations);
+      best_f = Objective(sse_of, best, penalty);
+    }
+  }
   est.smoothing = FromPoint(best);
   est.initial = states_for(est.smoothing);
   est.run = HoltWintersFilter(y, m, est.smoothing, est.initial);
 
   // Standard errors: sigma^2 (J'J)^-1 with J the derivatives of the errors by alpha, beta
   // and gamma (central differences, one-sided at 0 and 1; the initial states follow the
-  // constants as they do in the search).
+  // constants as they did in the last search).
   const int k = 3 + m + 1;
   const double sigma2 = est.run.sse / std::max(1, n - k);
   Eigen::MatrixXd J(n, 3);

@@ -71,9 +71,11 @@ struct HoltWintersEstimate {
 // alpha and beta in [0, 1], gamma in [0, 1 - alpha], minimising the one-step squared
 // errors: a coarse grid, then
 // Nelder-Mead from its three best points, each restarted at its result. The initial states
-// are those of the decomposition, or, with `fit_initial_states`, for each set of constants
-// the least-squares states (the decomposition when they cannot be determined). Standard
-// errors from the derivatives of the errors.
+// are those of the decomposition, or, with `fit_initial_states`, the least-squares states:
+// up to a cycle of kProfiledPeriod solved for at each trial of the constants, beyond it
+// improved in turn with the constants (from the decomposition's, which also stand in when
+// the states cannot be determined). Standard errors from the derivatives of the errors.
+inline constexpr int kProfiledPeriod = 24;
 HoltWintersEstimate EstimateHoltWinters(const std::vector<double>& y, int m, bool fit_initial_states = true);
 
 // The preset "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS" on y (missing values already

@@ -101,6 +101,19 @@ TEST(HoltWinters, EstimatedSseNoWorseThanStatsmodels) {
   }
 }
 
+TEST(HoltWinters, LongCyclesImproveStatesAndConstantsInTurn) {
+  // A weekly series (a cycle of 52, beyond the cycles whose states are solved at every
+  // trial): the states still improve on the decomposition's and the fit is sound.
+  std::vector<double> y;
+  for (int t = 0; t < 200; ++t)
+    y.push_back(100.0 + 0.1 * t + 12.0 * std::sin(2 * 3.14159265358979 * t / 52.0) + 3.0 * std::sin(1.7 * t));
+  const HoltWintersEstimate plain = EstimateHoltWinters(y, 52, false);
+  const HoltWintersEstimate est = EstimateHoltWinters(y, 52);
+  EXPECT_LT(est.run.sse, plain.run.sse);
+  EXPECT_NEAR(est.run.sse, HoltWintersFilter(y, 52, est.smoothing, est.initial).sse, 1e-9 * est.run.sse);
+  EXPECT_LE(est.smoothing.gamma, 1.0 - est.smoothing.alpha + 1e-12);
+}
+
 TEST(HoltWinters, DecompositionRecoversAnExactTrendAndSeason) {
   // y(t) = 10 + 0.5 t + season, t = 1, 2, ...: the level before the first value is 10.
   const std::vector<double> pattern = {-3.0, 1.0, 4.0, -2.0};
@@ -123,6 +136,34 @@ TEST(HoltWinters, DecompositionRecoversAnExactTrendAndSeason) {
   const HoltWintersStates none = HoltWintersInitialStates({1.0, 2.0, 3.0}, 4);
   EXPECT_EQ(none.level, 0.0);
   EXPECT_EQ(none.seasonal.size(), 4u);
+}
+
+TEST(HoltWinters, LeastSquaresInitialStatesMinimiseTheErrors) {
+  const std::vector<double> y = testdata::LoadSeries("co2");
+  const HoltWintersSmoothing s{0.55, 0.05, 0.15};
+  const HoltWintersStates dec = HoltWintersInitialStates(y, 12);
+  const HoltWintersStates ls = LeastSquaresInitialStates(y, 12, s, dec);
+  const double best = HoltWintersFilter(y, 12, s, ls).sse;
+  EXPECT_LT(best, HoltWintersFilter(y, 12, s, dec).sse);
+  double sum = 0.0;
+  for (double v : ls.seasonal) sum += v;
+  EXPECT_NEAR(sum, 0.0, 1e-9);
+  // Any move of a state away from them (the seasonal ones in pairs, keeping the sum) costs.
+  for (int k = 0; k < 13; ++k) {
+    for (double step : {-0.01, 0.01}) {
+      HoltWintersStates moved = ls;
+      if (k == 0) moved.level += step;
+      else if (k == 1) moved.trend += step;
+      else {
+        moved.seasonal[k - 2] += step;
+        moved.seasonal[(k - 1) % 12] -= step;
+      }
+      EXPECT_GT(HoltWintersFilter(y, 12, s, moved).sse, best) << k << " " << step;
+    }
+  }
+  // Too short a series keeps the fallback.
+  const std::vector<double> short_y(y.begin(), y.begin() + 13);
+  EXPECT_EQ(LeastSquaresInitialStates(short_y, 12, s, dec).level, dec.level);
 }
 
 TEST(HoltWinters, ErrorWeightsAndArimaFormHoldOnARealSeries) {
