@@ -378,7 +378,18 @@ HoltWintersEstimate EstimateHoltWinters(const std::vector<double>& y, int m, boo
 ModelResult FitHoltWintersModel(const ModelingProblem& problem, const std::vector<double>& y, int m, int horizon) {
   ModelResult r;
   const int n = static_cast<int>(y.size());
-  const HoltWintersEstimate est = EstimateHoltWinters(y, m);
+  HoltWintersEstimate est;
+  if (problem.rules.estimation_enabled) {
+    est = EstimateHoltWinters(y, m);
+  } else {
+    est.smoothing = kHoltWintersDefaults;
+    est.decomposition = est.initial = HoltWintersInitialStates(y, m);
+    est.run = HoltWintersFilter(y, m, est.smoothing, est.initial);
+    est.std_errors.assign(3, 0.0);
+    r.warnings.push_back("Model estimation is disabled in the rules; the smoothing constants were held at alpha " +
+                         Fixed4(est.smoothing.alpha) + ", beta " + Fixed4(est.smoothing.beta) + ", gamma " +
+                         Fixed4(est.smoothing.gamma) + " from the decomposition's initial states.");
+  }
   const HoltWintersSmoothing& s = est.smoothing;
   const HoltWintersStates& last = est.run.final_states;
   const std::string name = problem.output_name.empty() ? "Y" : problem.output_name;

@@ -78,6 +78,9 @@ struct HoltWintersEstimate {
 inline constexpr int kProfiledPeriod = 24;
 HoltWintersEstimate EstimateHoltWinters(const std::vector<double>& y, int m, bool fit_initial_states = true);
 
+// The constants when the rules turn estimation off.
+inline constexpr HoltWintersSmoothing kHoltWintersDefaults{0.2, 0.1, 0.1};
+
 // The preset "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS" on y (missing values already
 // filled, at least 2 m + 3 values, m >= 2): the estimate, in-sample figures, forecasts
 // level + h trend + seasonal with limits from the variance

@@ -165,14 +165,24 @@ ModelResult FitCroston(const ModelingProblem& problem, const IntermittentCheck& 
 
   if (!stage(Stage::Identification)) return r;
   if (!stage(Stage::Estimation)) return r;
-  const CrostonEstimate est = EstimateCroston(y);
+  CrostonEstimate est;
+  std::string chosen;
+  if (rules.estimation_enabled) {
+    est = EstimateCroston(y);
+    chosen = "Smoothing constants from " + Fixed(kCrostonMinPercent / 100.0, 2) + " to " +
+             Fixed(kCrostonMaxPercent / 100.0, 2) + " in steps of 0.01, chosen by the least squares of the ";
+  } else {
+    est.alpha_size = est.alpha_interval = kCrostonDefaultAlpha;
+    est.run = CrostonFilter(y, est.alpha_size, est.alpha_interval);
+    r.warnings.push_back("Model estimation is disabled in the rules; the smoothing constants were held at " +
+                         Fixed(kCrostonDefaultAlpha, 2) + ".");
+    chosen = "Smoothing constants held at " + Fixed(kCrostonDefaultAlpha, 2) + " (estimation is off); over the ";
+  }
   const CrostonRun& run = est.run;
   const CrostonRun classic = CrostonFilter(y, est.alpha_size, est.alpha_interval, CrostonVariant::Classic);
   const int after = n - run.first_demand - 1;
   r.notes.push_back({texts::kHeadSearch,
-                     "Smoothing constants from " + Fixed(kCrostonMinPercent / 100.0, 2) + " to " +
-                         Fixed(kCrostonMaxPercent / 100.0, 2) + " in steps of 0.01, chosen by the least squares of the " +
-                         std::to_string(after) + " one-step errors after the first demand: size " +
+                     chosen + std::to_string(after) + " one-step errors after the first demand: size " +
                          Fixed(est.alpha_size, 2) + ", interval " + Fixed(est.alpha_interval, 2) + " (mean squared error " +
                          Num(after > 0 ? run.fit_sse / after : 0.0) + "). Demand size " + Num(run.size) +
                          ", interval " + Num(run.interval) + " periods: Croston's forecast " + Num(classic.forecast) +

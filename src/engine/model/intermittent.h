@@ -52,6 +52,8 @@ struct CrostonEstimate {
 // errors after the first demand (ties keep the smaller constants).
 inline constexpr int kCrostonMinPercent = 5;
 inline constexpr int kCrostonMaxPercent = 30;
+// The constants when the rules turn estimation off.
+inline constexpr double kCrostonDefaultAlpha = 0.10;
 CrostonEstimate EstimateCroston(const std::vector<double>& y, CrostonVariant variant = CrostonVariant::Sba);
 
 // Lower and upper limits of a flat forecast `f` at `coverage_pct`: the forecast plus the

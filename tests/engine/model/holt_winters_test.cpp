@@ -253,6 +253,18 @@ TEST(HoltWinters, Preset11IsATrueHoltWintersSmoother) {
   EXPECT_NEAR(r.variance, r.sse / (144 - 16), 1e-9);
 }
 
+TEST(HoltWinters, Preset11WithEstimationOffHoldsItsConstants) {
+  ModelingProblem p = Preset11("airline", 12, 1949, 12);
+  p.rules.estimation_enabled = false;
+  const ModelResult r = FitModel(p, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  EXPECT_EQ(r.description, "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS: ALPHA 0.2000 BETA 0.1000 GAMMA 0.1000");
+  EXPECT_NEAR(r.sse, HoltWintersFilter(p.y, 12, kHoltWintersDefaults, HoltWintersInitialStates(p.y, 12)).sse, 1e-6);
+  ASSERT_FALSE(r.warnings.empty());
+  EXPECT_EQ(r.warnings.back().rfind("Model estimation is disabled in the rules; the smoothing constants were held", 0),
+            0u);
+}
+
 TEST(HoltWinters, Preset11OnAQuarterlySeriesAndTooShortASeries) {
   const ModelResult q = FitModel(Preset11("macro_realgdp", 4, 1959, 8), nullptr);
   ASSERT_EQ(q.error_code, 0);

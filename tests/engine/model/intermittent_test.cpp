@@ -172,5 +172,18 @@ TEST(Intermittent, AutomaticModellingUnderTheRule) {
   EXPECT_TRUE(stopped.cancelled);
 }
 
+TEST(Intermittent, EstimationOffHoldsTheConstants) {
+  ModelingProblem p = Spares(true);
+  p.rules.estimation_enabled = false;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  EXPECT_EQ(r.description, "CROSTON (SBA) ALPHA SIZE 0.10 ALPHA INTERVAL 0.10");
+  EXPECT_NEAR(r.forecasts[0], CrostonFilter(kSpares, 0.1, 0.1).forecast, 1e-12);
+  bool warned = false;
+  for (const auto& w : r.warnings)
+    warned = warned || w == "Model estimation is disabled in the rules; the smoothing constants were held at 0.10.";
+  EXPECT_TRUE(warned);
+}
+
 }  // namespace
 }  // namespace quorvane
