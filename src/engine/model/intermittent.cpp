@@ -158,7 +158,8 @@ ModelResult FitCroston(const ModelingProblem& problem, const IntermittentCheck& 
   horizon = std::max(horizon, 0);
   r.notes.push_back({kHeadIntermittent, "The rule INTERMITTENT is on and the series is intermittent: " + check.why +
                                             ". Demand sizes and the intervals between demands are smoothed "
-                                            "separately (Croston's method with the Syntetos-Boylan correction)."});
+                                            "separately (Croston's method with the Syntetos-Boylan correction); no power transform "
+                                            "and no search for interventions apply to it."});
   r.warnings.push_back("The series is intermittent (" + std::to_string(check.zeros) + " of " + std::to_string(n) +
                        " periods without demand): it was forecast by Croston's method with the Syntetos-Boylan "
                        "correction, a flat demand per period.");

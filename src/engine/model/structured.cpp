@@ -565,7 +565,8 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
       return r;
     }
     notes.push_back({"Model", "Preset model 11, " + m.name + ": additive Holt-Winters smoothing of level, trend and " +
-                                  std::to_string(s) + " seasonal states, no power transform."});
+                                  std::to_string(s) + " seasonal states, no power transform and no search for "
+                                  "interventions."});
     if (!Stage_(on_stage, Stage::Identification, r)) return r;
     if (!Stage_(on_stage, Stage::Estimation, r)) return r;
     const std::vector<std::string> warnings = r.warnings;
