@@ -10,6 +10,7 @@
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
+#include "engine/model/intermittent.h"
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
@@ -330,6 +331,8 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
       !problem.inputs.empty())
     return FitModel(problem, on_stage);
+  // Intermittent demand under its rule: Croston-type modelling, or the usual way with a note.
+  if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
   ModelResult r;
   const EngineRules& rules = problem.rules;
   auto stage = [&](Stage s) {

@@ -12,6 +12,7 @@
 
 #include "engine/model/equation_text.h"
 #include "engine/model/forecast.h"
+#include "engine/model/holt_winters.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/transform.h"
@@ -556,6 +557,24 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
 
   StructuredModel m;
   m.name = PresetName(obj);
+  if (obj == 11) {
+    // A true additive Holt-Winters smoother (its ARIMA form is preset 14).
+    if (n < 2 * s + 3) {
+      r.error_code = kCodeEstimation;
+      r.warnings.push_back("Too few observations (" + std::to_string(n) + ") for the seasonal preset " + m.name + ".");
+      return r;
+    }
+    notes.push_back({"Model", "Preset model 11, " + m.name + ": additive Holt-Winters smoothing of level, trend and " +
+                                  std::to_string(s) + " seasonal states, no power transform and no search for "
+                                  "interventions."});
+    if (!Stage_(on_stage, Stage::Identification, r)) return r;
+    if (!Stage_(on_stage, Stage::Estimation, r)) return r;
+    const std::vector<std::string> warnings = r.warnings;
+    r = FitHoltWintersModel(problem, y, s, horizon);
+    if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
+    Prepend(r, notes, warnings);
+    return r;
+  }
   ArimaSpec& a = m.noise;
   a.period = s > 1 ? s : 1;
   auto add_column = [&](std::string term, std::string kind, std::vector<double> values) {
@@ -565,7 +584,6 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     c.values = std::move(values);
     m.columns.push_back(std::move(c));
   };
-  auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
   switch (obj) {
     case 1: a.constant = true; break;
     case 2: a.p = 1; a.constant = true; break;
@@ -589,18 +607,6 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
         }
         add_column("COS(" + std::to_string(k) + ")", "fourier", c);
         if (2 * k != s) add_column("SIN(" + std::to_string(k) + ")", "fourier", sn);
-      }
-      break;
-    }
-    case 11: {
-      // Holt's linear trend (the ARIMA(0,2,2) of linear exponential smoothing) with fixed
-      // additive seasonal factors that sum to zero over the cycle.
-      a.d = 2;
-      a.q = 2;
-      for (int j = 0; j + 1 < s; ++j) {
-        std::vector<double> x(total);
-        for (int t = 0; t < total; ++t) x[t] = minor_of(t) == j ? 1.0 : (minor_of(t) == s - 1 ? -1.0 : 0.0);
-        add_column("SEASON " + std::to_string(j + 1), "seasonal", x);
       }
       break;
     }
