@@ -1088,6 +1088,42 @@ bool PooledSeasonalityTest(const std::vector<std::vector<double>>& groups, int p
   return p_value < 0.01;
 }
 
+// The t statistic of rho in dw(t) = a + rho w(t-1) + sum c_k dw(t-k) + e(t), the
+// coefficients common to the groups and each group's rows from its own values; `lags`
+// receives the number of lagged differences (from the shortest group). NaN when the groups
+// are too short or the regression is singular.
+double PooledDickeyFuller(const std::vector<std::vector<double>>& groups, int& lags) {
+  int shortest = std::numeric_limits<int>::max();
+  for (const auto& seg : groups) shortest = std::min(shortest, static_cast<int>(seg.size()));
+  lags = std::max(0, static_cast<int>(std::cbrt(std::max(0, shortest - 1))));
+  lags = std::min(lags, std::max(0, shortest / 4 - 1));
+  std::vector<std::vector<double>> rows;
+  std::vector<double> target;
+  for (const auto& seg : groups)
+    for (int t = lags + 1; t < static_cast<int>(seg.size()); ++t) {
+      std::vector<double> row{1.0, seg[t - 1]};
+      for (int k = 1; k <= lags; ++k) row.push_back(seg[t - k] - seg[t - k - 1]);
+      rows.push_back(std::move(row));
+      target.push_back(seg[t] - seg[t - 1]);
+    }
+  const int m = static_cast<int>(rows.size());
+  const int k = 2 + lags;
+  if (m <= k + 2) return kNaN;
+  Eigen::MatrixXd X(m, k);
+  Eigen::VectorXd y(m);
+  for (int i = 0; i < m; ++i) {
+    for (int j = 0; j < k; ++j) X(i, j) = rows[i][j];
+    y(i) = target[i];
+  }
+  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(X);
+  if (qr.rank() < k) return kNaN;
+  const Eigen::VectorXd b = qr.solve(y);
+  const double s2 = (y - X * b).squaredNorm() / (m - k);
+  const Eigen::MatrixXd cov = s2 * (X.transpose() * X).inverse();
+  if (!(cov(1, 1) > 0.0)) return kNaN;
+  return b(1) / std::sqrt(cov(1, 1));
+}
+
 // Stepwise search of the pooled ARMA orders by AICc for the given differencing and
 // columns, as the single-series search does it.
 ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const SearchOptions& o, std::string& story) {
@@ -1483,7 +1519,24 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
         const std::vector<double> w = Difference(seg, period, D);
         ds.push_back(RegularDifferences(w, static_cast<int>(seg.size()) - period * D > 10 ? 2 : 1, nullptr));
       }
-      dd = MostCommon(ds);
+      // The regular differences from the groups together: an augmented Dickey-Fuller
+      // regression pooled over the groups (common coefficients, no lag crossing a
+      // boundary), its unit root rejected at 5 % (t below -2.86) or one more difference.
+      int max_d = 2;
+      for (const auto& seg : groups)
+        if (static_cast<int>(seg.size()) - period * D <= 10) max_d = 1;
+      std::string adf_story;
+      dd = 0;
+      for (; dd < max_d; ++dd) {
+        std::vector<std::vector<double>> w;
+        for (const auto& seg : groups) w.push_back(Difference(Difference(seg, period, D), 1, dd));
+        int lags = 0;
+        const double t = PooledDickeyFuller(w, lags);
+        if (!std::isfinite(t)) break;
+        adf_story += "after " + std::to_string(dd) + " difference(s) t " + Format("%.3f", t) + " with " +
+                     std::to_string(lags) + " lag(s); ";
+        if (t < -2.86) break;
+      }
       if (story) {
         std::string per;
         for (size_t g = 0; g < ds.size(); ++g)
@@ -1494,8 +1547,8 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
                                    ". "
                              : std::string()) +
                  "Differences the groups ask for one by one (regular" + std::string(period > 1 ? "/seasonal" : "") +
-                 "): " + per + "; the pooled model takes the most common: " + std::to_string(dd) + " regular and " +
-                 std::to_string(D) + " seasonal difference(s).";
+                 "): " + per + ". The groups together, pooled Dickey-Fuller (critical -2.86): " + adf_story + std::to_string(dd) +
+                 " regular and " + std::to_string(D) + " seasonal difference(s).";
       }
     };
     if (!only_none && total < kMinForTransform) {
