@@ -165,9 +165,13 @@ PooledLikelihood PooledArmaLikelihood(const std::vector<std::vector<double>>& w,
   double sxx = 0.0, sxw = 0.0, sww = 0.0, sum_log_f = 0.0;
   int n = 0;
   std::vector<Eigen::VectorXd> ws, xs;
+  // The filter's variances depend on the segment's length only: groups of one size share them.
+  std::map<int, SegmentFilter> filters;
   for (const auto& seg : w) {
     const int m = static_cast<int>(seg.size());
-    const SegmentFilter f = FilterOf(m, phi, theta);
+    auto known = filters.find(m);
+    if (known == filters.end()) known = filters.emplace(m, FilterOf(m, phi, theta)).first;
+    const SegmentFilter& f = known->second;
     if (!f.ok) return out;
     Eigen::VectorXd a;
     if (!Whiten(seg, f, phi, theta, a)) return out;
@@ -513,10 +517,13 @@ GlsOutcome PooledGls(const std::vector<std::vector<double>>& w, const GroupColum
   Eigen::VectorXd ws(m);
   Eigen::MatrixXd A(m, cols);
   int row = 0;
+  std::map<int, SegmentFilter> filters;
   for (size_t g = 0; g < w.size(); ++g) {
     const int len = static_cast<int>(w[g].size());
     if (len == 0) continue;
-    const SegmentFilter f = FilterOf(len, phi, theta);
+    auto known = filters.find(len);
+    if (known == filters.end()) known = filters.emplace(len, FilterOf(len, phi, theta)).first;
+    const SegmentFilter& f = known->second;
     if (!f.ok) return out;
     Eigen::VectorXd v;
     if (!Whiten(w[g], f, phi, theta, v)) return out;
