@@ -314,6 +314,34 @@ TEST(PooledFit, AutomaticAndUserModelsWorkPooled) {
   EXPECT_EQ(FitPooled(user, nullptr).error_code, 2190);
 }
 
+TEST(PooledFit, AnInputHasOneCoefficientForAllGroupsAndItsFutureValuesCarryTheForecasts) {
+  // SALES = 50 + 2 PRICE + AR(1) noise in each of three groups; PRICE's future values
+  // continue the last group.
+  const std::vector<double> noise = StackedAr1(3, 40, 0.5, 0.0, 61);
+  const std::vector<double> price = testdata::SimulateArma11(120, 0.0, 0.0, 2.0, 62);
+  std::vector<double> y(120);
+  for (int t = 0; t < 120; ++t) y[t] = 50.0 + 2.0 * (10.0 + price[t]) + noise[t];
+  ModelingProblem p = PooledProblem(y, 3, 0);
+  p.horizon = 3;
+  InputSeries in;
+  in.name = "PRICE";
+  in.type = 1;
+  for (double v : price) in.history.push_back(10.0 + v);
+  in.future = {8.0, 12.0, 10.0};
+  p.inputs = {in};
+  const ModelResult r = FitPooled(p, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  ASSERT_EQ(r.inputs_kept, (std::vector<std::string>{"PRICE"}));
+  const Coefficient* beta = Find(r, "PRICE");
+  ASSERT_TRUE(beta);
+  EXPECT_NEAR(beta->value, 2.0, 3.0 * beta->std_error);
+  EXPECT_LT(beta->std_error, 0.1);
+  // A price of 12 against one of 8 moves the forecast by about 2 x 4.
+  ASSERT_EQ(r.forecasts.size(), 3u);
+  EXPECT_NEAR(r.forecasts[1] - r.forecasts[0], 8.0, 1.5);
+  EXPECT_GT(r.forecasts[1], r.upper[0]);
+}
+
 TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
   // The front-end's F-test of poolability compares these two figures.
   auto separate_and_pooled = [](const std::vector<double>& y, int groups, int size, double& sosa, double& sosb,
