@@ -139,12 +139,13 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     summary.series = request.problem.output_name;
     if (request.error_code != 0) return finish(request.error_code, request.error_detail);
     {
+      // The rules' groups as they fit this dataset: the reports and the core see the
+      // groups of a pooled run, and none when the dataset is one series.
       const PoolLayout layout = PoolLayoutFor(rules.rules, request.shape.observations);
       if (layout.error_code != 0) return finish(layout.error_code, layout.message);
-      if (layout.pooled()) {
-        request.problem.rules.groups = static_cast<int>(layout.sizes.size());
-        request.problem.rules.group_sizes = layout.sizes;
-      }
+      if (!layout.message.empty()) request.warnings.push_back(layout.message);
+      request.problem.rules.groups = layout.pooled() ? static_cast<int>(layout.sizes.size()) : 1;
+      request.problem.rules.group_sizes = layout.sizes;
     }
     if ((objective == 51 || objective == 52) && request.problem.inputs.empty())
       return finish(kRegressionPresetNeedsInputs,

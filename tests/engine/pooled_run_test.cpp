@@ -142,11 +142,36 @@ TEST(PooledRun, EqualGroupsFromTheRulesAPresetAndTheUsersModel) {
   for (int h = 0; h < 12; ++h) EXPECT_NEAR(b.forecast_values[h], a.forecast_values[h], 1e-3) << h;
 }
 
-TEST(PooledRun, GroupsThatDoNotFitAreRefusedWithTheirMessage) {
-  const std::vector<double> y = StackedGroups(3, 40, 9);
-  auto run = [&](const std::function<void(const fs::path&)>& prepare, int16_t& code) {
+TEST(PooledRun, GroupsThatDoNotFitLeaveTheDatasetOneSeriesWithAWarning) {
+  // The pooling flow runs each series alone under the rules and group list of the stack:
+  // such a series is fitted alone, and says why it was not pooled.
+  const std::vector<double> y = StackedGroups(1, 40, 9);
+  auto run = [&](const std::function<void(const fs::path&)>& prepare) {
     TempDir dir;
     prepare(dir.path());
+    EngineArrays a = testdata::MonthlyRequest(y, 6, 0, "SERIES1");
+    RunSummary s = RunRequest(a, dir.path(), &FitEngineModel);
+    EXPECT_EQ(s.error_code, 0);
+    EXPECT_EQ(s.model.find("pooled"), std::string::npos) << s.model;
+    EXPECT_FALSE(fs::exists(dir / "POOLCOEF.CSV"));
+    EXPECT_TRUE(fs::exists(dir / "TS50PRO.123"));
+    EXPECT_EQ(ReadFile(dir / "VERBAL.TXT").find("pooled cross-section"), std::string::npos);
+    EXPECT_NE(ReadFile(dir / "DETAILS.HTM").find("it was modelled as one series"), std::string::npos);
+    return a.strings2250[0];
+  };
+  EXPECT_EQ(run([](const fs::path& d) { WriteFile(d / "GROUPLST.QVX", " 3 \r\n40\r\n40\r\n40\r\n"); }),
+            "The group sizes of the pooled cross-section (40 + 40 + 40 = 120) do not add up to the 40 "
+            "observations of the series; it was modelled as one series.");
+  EXPECT_EQ(run([](const fs::path& d) { WriteRulesWithGroups(d, 3); }),
+            "The 40 observations of the series cannot be divided evenly into 3 groups of a pooled "
+            "cross-section; it was modelled as one series.");
+}
+
+TEST(PooledRun, ABrokenGroupListOrATinyGroupFailsTheDataset) {
+  const std::vector<double> y = StackedGroups(3, 40, 9);
+  auto run = [&](const std::string& list, int16_t& code) {
+    TempDir dir;
+    WriteFile(dir / "GROUPLST.QVX", list);
     EngineArrays a = testdata::MonthlyRequest(y, 6, 0, "TOTALPOOL");
     code = RunRequest(a, dir.path(), &FitEngineModel).error_code;
     EXPECT_FALSE(fs::exists(dir / "POOLCOEF.CSV"));
@@ -154,18 +179,13 @@ TEST(PooledRun, GroupsThatDoNotFitAreRefusedWithTheirMessage) {
     return a.strings2250[0];
   };
   int16_t code = 0;
-  std::string text = run([](const fs::path& d) { WriteFile(d / "GROUPLST.QVX", "three\r\n40\r\n40\r\n40\r\n"); }, code);
+  EXPECT_EQ(run("three\r\n40\r\n40\r\n40\r\n", code),
+            "GROUPLST.QVX could not be read: its first line must hold the number of groups and each "
+            "further line the size of one group.");
   EXPECT_EQ(code, kCodePoolGroups);
-  EXPECT_EQ(text, "GROUPLST.QVX could not be read: its first line must hold the number of groups and each "
-                  "further line the size of one group.");
-  text = run([](const fs::path& d) { WriteFile(d / "GROUPLST.QVX", " 3 \r\n40\r\n40\r\n30\r\n"); }, code);
+  EXPECT_EQ(run(" 3 \r\n59\r\n59\r\n2\r\n", code),
+            "A group of the pooled cross-section holds 2 observation(s); each group needs at least 3.");
   EXPECT_EQ(code, kCodePoolGroups);
-  EXPECT_EQ(text, "The group sizes of the pooled cross-section (40 + 40 + 30 = 110) do not add up to the 120 "
-                  "observations of the series.");
-  text = run([](const fs::path& d) { WriteRulesWithGroups(d, 7); }, code);
-  EXPECT_EQ(code, kCodePoolGroups);
-  EXPECT_EQ(text, "The 120 observations of the series cannot be divided evenly into 7 groups of a pooled "
-                  "cross-section.");
 }
 
 TEST(PooledRun, OneSeriesReturnsItsSseAndParameterCountTheSameWay) {

@@ -50,6 +50,7 @@ std::string JoinSizes(const std::vector<int>& sizes) {
 
 PoolLayout PoolLayoutFor(const EngineRules& rules, int observations) {
   PoolLayout out;
+  const std::string alone = "; it was modelled as one series.";
   if (rules.group_sizes.size() > 1) {
     long total = 0;
     for (int s : rules.group_sizes) total += s;
@@ -57,18 +58,16 @@ PoolLayout PoolLayoutFor(const EngineRules& rules, int observations) {
       std::string sum;
       for (size_t i = 0; i < rules.group_sizes.size(); ++i)
         sum += (i ? " + " : "") + std::to_string(rules.group_sizes[i]);
-      out.error_code = kCodePoolGroups;
       out.message = "The group sizes of the pooled cross-section (" + sum + " = " + std::to_string(total) +
-                    ") do not add up to the " + std::to_string(observations) + " observations of the series.";
+                    ") do not add up to the " + std::to_string(observations) + " observations of the series" + alone;
       return out;
     }
     out.sizes = rules.group_sizes;
   } else if (rules.groups > 1) {
     if (observations % rules.groups != 0) {
-      out.error_code = kCodePoolGroups;
       out.message = "The " + std::to_string(observations) +
                     " observations of the series cannot be divided evenly into " + std::to_string(rules.groups) +
-                    " groups of a pooled cross-section.";
+                    " groups of a pooled cross-section" + alone;
       return out;
     }
     out.sizes.assign(rules.groups, observations / rules.groups);
@@ -1287,7 +1286,11 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   const EngineRules& rules = problem.rules;
   const int retained = static_cast<int>(problem.retained.size());
   const PoolLayout layout = PoolLayoutFor(rules, static_cast<int>(problem.y.size()) + retained);
-  if (layout.error_code == 0 && !layout.pooled()) return FitModel(problem, on_stage);
+  if (layout.error_code == 0 && !layout.pooled()) {
+    ModelResult alone = FitModel(problem, on_stage);
+    if (!layout.message.empty()) alone.warnings.insert(alone.warnings.begin(), layout.message);
+    return alone;
+  }
   if (!Stage_(on_stage, Stage::DataPreparation, r)) return r;
   if (layout.error_code) {
     r.error_code = layout.error_code;

@@ -22,15 +22,18 @@ inline constexpr int16_t kCodePoolGroups = 2180;
 
 // How a stacked series divides into groups.
 struct PoolLayout {
-  int16_t error_code = 0;     // kCodePoolGroups when the groups do not fit the observations
-  std::string message;        // what is wrong, in words
+  int16_t error_code = 0;     // kCodePoolGroups: a group too small to be fitted
+  std::string message;        // what is wrong, in words (with error_code 0: a warning)
   std::vector<int> sizes;     // observations of each group in stacking order; empty: one series
   bool pooled() const { return sizes.size() > 1; }
 };
 
 // The groups the rules ask for over `observations` (the observations as given, retained
-// values included): the sizes of GROUPLST.QVX, which must add up to the observations, or
-// "# OF GROUPS" equal groups, whose count must divide them. One group: not pooled.
+// values included): the sizes of GROUPLST.QVX when they add up to the observations, else
+// "# OF GROUPS" equal groups when the count divides them. One group: not pooled. Groups
+// that do not fit the observations leave the dataset one series, with a warning in
+// `message`: the pooling flow runs each of its series alone under the rules of the stack,
+// and those must be fitted alone. A group below kMinPoolGroupSize is an error.
 PoolLayout PoolLayoutFor(const EngineRules& rules, int observations);
 
 // "3 groups of 40 observations each" or "3 groups of sizes 40, 40 and 38".
@@ -80,7 +83,8 @@ std::vector<std::vector<double>> PooledInnovations(const std::vector<std::vector
 // The pooled model of problem.y under the rules' groups: automatic modelling (objective 0
 // and the values that run as 0), the presets in their ARIMA and regression forms, and the
 // user's model (objective 99). Forecasts continue the last group. A problem whose rules
-// ask for one group goes to FitModel.
+// ask for one group, or for groups that do not fit its observations (with a warning), goes
+// to FitModel.
 ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_stage);
 
 // The engine's modelling: pooled cross-sections to FitPooled, everything else to FitModel.

@@ -62,21 +62,25 @@ TEST(PoolLayout, GroupsFromTheCountOrTheListMustFitTheObservations) {
   EXPECT_EQ(equal.sizes, (std::vector<int>{40, 40, 40}));
   EXPECT_EQ(PoolDescription(equal.sizes), "3 groups of 40 observations each");
 
+  // Groups that do not fit leave the dataset one series, with a warning: the pooling flow
+  // runs each of its series alone under the stack's rules.
   PoolLayout uneven = PoolLayoutFor(rules, 121);
-  EXPECT_EQ(uneven.error_code, kCodePoolGroups);
-  EXPECT_EQ(uneven.message,
-            "The 121 observations of the series cannot be divided evenly into 3 groups of a pooled cross-section.");
-  EXPECT_TRUE(uneven.sizes.empty());
+  EXPECT_EQ(uneven.error_code, 0);
+  EXPECT_FALSE(uneven.pooled());
+  EXPECT_EQ(uneven.message, "The 121 observations of the series cannot be divided evenly into 3 groups of a "
+                            "pooled cross-section; it was modelled as one series.");
 
   // The list of GROUPLST.QVX wins over the count, and may hold groups of different sizes.
   rules.group_sizes = {40, 40, 38};
   PoolLayout listed = PoolLayoutFor(rules, 118);
   EXPECT_EQ(listed.error_code, 0);
   EXPECT_EQ(PoolDescription(listed.sizes), "3 groups of sizes 40, 40 and 38");
+  // A list that does not add up is not replaced by the count: the dataset is one series.
   PoolLayout short_list = PoolLayoutFor(rules, 120);
-  EXPECT_EQ(short_list.error_code, kCodePoolGroups);
+  EXPECT_EQ(short_list.error_code, 0);
+  EXPECT_FALSE(short_list.pooled());
   EXPECT_EQ(short_list.message, "The group sizes of the pooled cross-section (40 + 40 + 38 = 118) do not add up "
-                                "to the 120 observations of the series.");
+                                "to the 120 observations of the series; it was modelled as one series.");
 
   rules.group_sizes = {58, 2};
   EXPECT_EQ(PoolLayoutFor(rules, 60).error_code, kCodePoolGroups);
@@ -377,12 +381,16 @@ TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
   EXPECT_GT(f_test(sosa, sosb, 3, 180, numpar), 10.0);
 }
 
-TEST(PooledFit, GroupsThatDoNotFitTheDataAreRefused) {
-  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 7, 0);
+TEST(PooledFit, GroupsThatDoNotFitTheDataLeaveItOneSeriesAndRetainedValuesComeOffTheLast) {
+  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 7, 2);
   ModelResult r = FitPooled(p, nullptr);
-  EXPECT_EQ(r.error_code, kCodePoolGroups);
+  EXPECT_EQ(r.error_code, 0);
+  EXPECT_EQ(r.description.find("pooled"), std::string::npos) << r.description;
   ASSERT_FALSE(r.warnings.empty());
   EXPECT_NE(r.warnings[0].find("cannot be divided evenly into 7 groups"), std::string::npos);
+  p.rules.group_sizes = {60, 58, 2};
+  EXPECT_EQ(FitPooled(p, nullptr).error_code, kCodePoolGroups);
+  p.rules.group_sizes.clear();
 
   // Retained values come off the last group.
   p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 3, 2);
