@@ -38,6 +38,7 @@ constexpr int16_t kCodeModelMalformed = 2190;
 constexpr double kTransformGain = 1.92;
 constexpr int kMinForTransform = 30;
 constexpr const char* kHeadPool = "Pooled cross-section";
+constexpr const char* kRedundancyText = " TESSALY HAS IDENTIFIED A LINEAR REDUNDANCY. DELETE REDUNDANT VARIABLES.";
 
 std::string JoinSizes(const std::vector<int>& sizes) {
   std::string text;
@@ -1600,12 +1601,29 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
       notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
     }
 
-    // Differencing: each group tested on its own, the most common choice taken.
-    const FitInput in = MakeFitInput(d, m);
+    // Differencing from the groups together.
+    FitInput in = MakeFitInput(d, m);
     int D = 0, dd = 0;
     std::string story;
     differencing(in.z, D, dd, &story);
     notes.push_back({texts::kHeadDifferencing, story});
+    if (!m.columns.empty()) {
+      // Inputs that make the regression singular (constant within the groups, or copies of
+      // one another) are left out rather than losing the dataset.
+      ArimaSpec white;
+      white.d = dd;
+      white.D = D;
+      white.period = period;
+      white.constant = dd + D <= 1;
+      ConvergenceCriteria quick = crit;
+      quick.polish = false;
+      if (!FitPooledRegressionArima(in.z, in.X, white, quick, false).ok) {
+        m.columns.clear();
+        in = MakeFitInput(d, m);
+        warnings.push_back(std::string(kRedundancyText).substr(1) +
+                           " (2155) The input series were left out of the pooled model.");
+      }
+    }
     SearchOptions so;
     so.criteria = crit;
     if (period > 60) so.max_P = so.max_Q = 0;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -344,6 +345,45 @@ TEST(PooledFit, AnInputHasOneCoefficientForAllGroupsAndItsFutureValuesCarryTheFo
   ASSERT_EQ(r.forecasts.size(), 3u);
   EXPECT_NEAR(r.forecasts[1] - r.forecasts[0], 8.0, 1.5);
   EXPECT_GT(r.forecasts[1], r.upper[0]);
+}
+
+TEST(PooledFit, AnInputConstantInEveryGroupIsLeftOutWithTheRedundancyWarning) {
+  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 30.0, 71), 3, 0);
+  InputSeries flat;
+  flat.name = "FLAT";
+  flat.type = 1;
+  flat.history.assign(120, 10.0);
+  flat.future.assign(5, 10.0);
+  p.inputs = {flat};
+  const ModelResult r = FitPooled(p, nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  EXPECT_TRUE(r.inputs_kept.empty());
+  EXPECT_FALSE(Find(r, "FLAT"));
+  ASSERT_TRUE(Find(r, "AR(1)")) << r.description;
+  EXPECT_NE(std::find(r.warnings.begin(), r.warnings.end(),
+                      "TESSALY HAS IDENTIFIED A LINEAR REDUNDANCY. DELETE REDUNDANT VARIABLES. (2155) The input "
+                      "series were left out of the pooled model."),
+            r.warnings.end());
+}
+
+TEST(PooledFit, AllowedModificationsTuneTheUsersModel) {
+  // The user's AR(2) on AR(1) groups: held fixed it keeps AR(2); with ALLOWMOD.QVX the
+  // term that is not needed goes.
+  ModelingProblem p = PooledProblem(StackedAr1(3, 80, 0.6, 50.0, 81), 3, 99);
+  ModelBlock block;
+  block.name = "SALES";
+  block.has_constant = true;
+  block.first = {Polynomial{{1, 2}, {0.5, 0.0}}};
+  p.start_model = {block};
+  const ModelResult held = FitPooled(p, nullptr);
+  ASSERT_EQ(held.error_code, 0);
+  EXPECT_TRUE(Find(held, "AR(2)"));
+  p.rules.allow_modifications = true;
+  const ModelResult tuned = FitPooled(p, nullptr);
+  ASSERT_EQ(tuned.error_code, 0);
+  EXPECT_FALSE(Find(tuned, "AR(2)")) << tuned.description;
+  ASSERT_TRUE(Find(tuned, "AR(1)"));
+  EXPECT_NEAR(Find(tuned, "AR(1)")->value, 0.6, 0.1);
 }
 
 TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
