@@ -386,6 +386,18 @@ TEST(PooledFit, AllowedModificationsTuneTheUsersModel) {
   EXPECT_NEAR(Find(tuned, "AR(1)")->value, 0.6, 0.1);
 }
 
+TEST(PooledFit, StagesAreReportedAndACancelStopsTheFit) {
+  std::vector<Stage> seen;
+  auto until_estimation = [&](Stage s) {
+    seen.push_back(s);
+    return s != Stage::Estimation;
+  };
+  const ModelResult r = FitPooled(PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 91), 3, 0), until_estimation);
+  EXPECT_TRUE(r.cancelled);
+  EXPECT_TRUE(r.coefficients.empty());
+  EXPECT_EQ(seen, (std::vector<Stage>{Stage::DataPreparation, Stage::Identification, Stage::Estimation}));
+}
+
 TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
   // The front-end's F-test of poolability compares these two figures.
   auto separate_and_pooled = [](const std::vector<double>& y, int groups, int size, double& sosa, double& sosb,
