@@ -1272,6 +1272,290 @@ PooledColumn InputColumn(const PooledData& d, const std::vector<std::vector<doub
   return c;
 }
 
+// The preset's structure in its ARIMA and regression form (trends and seasonal terms counted
+// from each group's start). False, with the code in r, when it does not suit the groups.
+bool PresetStructure(const ModelingProblem& problem, const PooledData& d, PooledModel& m, std::vector<Note>& notes,
+                     ModelResult& r) {
+  const int obj = problem.objective;
+  const int smallest = *std::min_element(d.sizes.begin(), d.sizes.end());
+  m.name = PresetName(obj);
+  ArimaSpec& a = m.noise;
+  const int s = problem.seasonality;
+  a.period = s > 1 ? s : 1;
+  auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
+  switch (obj) {
+    case 1: a.constant = true; break;
+    case 2: a.p = 1; a.constant = true; break;
+    case 3: a.p = 2; a.constant = true; break;
+    case 4: a.d = 1; a.q = 1; break;
+    case 5: a.d = 2; a.q = 2; break;
+    case 6: a.d = 1; break;
+    case 7: a.d = 1; a.constant = true; break;
+    case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues)); break;
+    case 9:
+      a.p = 1;
+      a.constant = true;
+      m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues));
+      break;
+    case 10: {
+      a.constant = true;
+      for (int k = 1; k <= std::min(s / 2, 6); ++k) {
+        auto wave = [&, k](bool cosine) {
+          return [&, k, cosine](int length) {
+            std::vector<double> x(length);
+            for (int t = 0; t < length; ++t) {
+              const double w = 2.0 * M_PI * k * (problem.begin_period - 1 + t) / s;
+              x[t] = cosine ? std::cos(w) : std::sin(w);
+            }
+            return x;
+          };
+        };
+        m.columns.push_back(GroupColumn(d, "COS(" + std::to_string(k) + ")", "fourier", wave(true)));
+        if (2 * k != s) m.columns.push_back(GroupColumn(d, "SIN(" + std::to_string(k) + ")", "fourier", wave(false)));
+      }
+      break;
+    }
+    case 11:
+      a.d = 2;
+      a.q = 2;
+      for (int j = 0; j + 1 < s; ++j)
+        m.columns.push_back(GroupColumn(d, "SEASON " + std::to_string(j + 1), "seasonal", [&, j](int length) {
+          std::vector<double> x(length);
+          for (int t = 0; t < length; ++t) x[t] = minor_of(t) == j ? 1.0 : (minor_of(t) == s - 1 ? -1.0 : 0.0);
+          return x;
+        }));
+      break;
+    case 12: a.p = 1; a.d = 1; a.q = 2; break;
+    case 13: a.D = 1; a.Q = 1; break;
+    case 14:
+      a.d = 1;
+      a.D = 1;
+      a.q = s + 1;
+      a.ma_zero.assign(s + 1, true);
+      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
+      break;
+    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
+    case 51:
+    case 52: {
+      a.constant = true;
+      a.p = obj == 52 ? 1 : 0;
+      std::vector<std::string> found;
+      for (const auto& input : problem.inputs)
+        m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));
+      for (const auto& t : found) notes.push_back({"Inputs", t});
+      break;
+    }
+    default: break;
+  }
+  if ((a.D > 0 || a.P > 0 || a.Q > 0) && smallest < 2 * a.period + 3) {
+    r.error_code = kCodeEstimation;
+    r.warnings.push_back("Too few observations in a group (" + std::to_string(smallest) +
+                         ") for the seasonal preset " + m.name + ".");
+    return false;
+  }
+  notes.push_back({"Model", "Preset model " + std::to_string(obj) + ", " + m.name + ", in its ARIMA form: " +
+                                a.Name() +
+                                (m.columns.empty() ? std::string()
+                                                   : " with " + std::to_string(m.columns.size()) + " regressor(s)") +
+                                ", no power transform."});
+  return true;
+}
+
+// The user's model of STARTMOD.123: its noise and its input terms. False, with 2190 in r,
+// when it cannot be used on the groups.
+bool UserStructure(const ModelingProblem& problem, const PooledData& d, PooledModel& m, std::vector<Note>& notes,
+                   ModelResult& r) {
+  const int smallest = *std::min_element(d.sizes.begin(), d.sizes.end());
+  m.name = "USER MODEL";
+  const ModelBlock& noise = problem.start_model[0];
+  std::string why;
+  auto malformed = [&](const std::string& reason) {
+    r.error_code = kCodeModelMalformed;
+    r.warnings.push_back(" STARTMOD.123 MALFORMED");
+    r.warnings.push_back("The starting model cannot be used: " + reason + ".");
+    return false;
+  };
+  if (!NoiseOrdersFromBlock(noise, problem.seasonality, m.noise, m.start, why)) return malformed(why);
+  m.has_start = true;
+  m.lambda = noise.lambda;
+  if (!(m.lambda >= -1.0 && m.lambda <= 1.0)) return malformed("a lambda of " + Format("%g", noise.lambda));
+  std::vector<std::string> found;
+  for (size_t k = 1; k < problem.start_model.size(); ++k) {
+    const ModelBlock& b = problem.start_model[k];
+    auto input = std::find_if(problem.inputs.begin(), problem.inputs.end(), [&](const InputSeries& s) {
+      return s.name.size() == b.name.size() &&
+             std::equal(s.name.begin(), s.name.end(), b.name.begin(), [](char x, char y) {
+               return std::toupper(static_cast<unsigned char>(x)) == std::toupper(static_cast<unsigned char>(y));
+             });
+    });
+    if (input == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
+    double delta = 0.0;
+    if (!b.first.empty()) {
+      if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
+        return malformed("the denominator of " + b.name + " is of an order above one");
+      delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
+      if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
+    }
+    int max_lead = 0;
+    for (const auto& poly : b.second)
+      for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+    const auto paths = InputPaths(problem, d, *input, max_lead, &found);
+    for (const auto& poly : b.second)
+      for (int pw : poly.powers) {
+        PooledColumn c = InputColumn(d, paths, input->name, pw, delta);
+        if (pw == 0) c.term = input->name + " LAG 0";
+        m.columns.push_back(std::move(c));
+        m.leading = std::max(m.leading, pw);
+      }
+  }
+  for (const auto& t : found) notes.push_back({"Inputs", t});
+  if (m.leading >= smallest - 2) return malformed("its lags reach beyond the observations of a group");
+  notes.push_back({"Model", "The user's model from STARTMOD.123: " + m.noise.Name() +
+                                (m.columns.empty() ? std::string()
+                                                   : " with " + std::to_string(m.columns.size()) + " input term(s)") +
+                                (problem.rules.allow_modifications ? "; ALLOWMOD.QVX: it may be tuned and extended."
+                                                           : "; its structure is held fixed.")});
+  return true;
+}
+
+// Automatic identification on the groups together: inputs at lag 0, the transform, the
+// differencing and the ARMA orders.
+void IdentifyStructure(const ModelingProblem& problem, const PooledData& d, int period, const ConvergenceCriteria& crit,
+                       PooledModel& m, std::vector<Note>& notes, std::vector<std::string>& warnings) {
+  const EngineRules& rules = problem.rules;
+  int total = 0;
+  for (int s : d.sizes) total += s;
+  // Input series enter at lag 0; the necessity test keeps those that matter.
+  std::vector<std::string> found;
+  for (const auto& input : problem.inputs)
+    m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));
+  for (const auto& t : found) notes.push_back({"Inputs", t});
+  if (!problem.inputs.empty())
+    notes.push_back({"Inputs", "In a pooled cross-section each input series enters at lag 0, with one "
+                               "coefficient for all groups."});
+
+  // The power transform from the rules' list by the pooled likelihood (with the
+  // Jacobian of every group), under a fixed ARIMA(1,d,1)(0,D,1).
+  std::vector<double> candidates;
+  for (double l : rules.lambdas) {
+    bool applies = std::isfinite(l) && l >= -1.0 && l <= 1.0;
+    for (const auto& seg : d.y) applies = applies && PowerApplies(seg, l);
+    if (applies) candidates.push_back(l);
+  }
+  const bool only_none = candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
+  auto differencing = [&](const std::vector<std::vector<double>>& groups, int& D, int& dd, std::string* story) {
+    std::vector<int> Ds, ds;
+    for (const auto& seg : groups) Ds.push_back(period > 1 ? SeasonalDifferences(seg, period, nullptr) : 0);
+    double F = 0.0, p_value = 1.0;
+    const bool seasonal = PooledSeasonalityTest(groups, period, F, p_value);
+    D = seasonal ? MostCommon(Ds) : 0;
+    for (const auto& seg : groups) {
+      const std::vector<double> w = Difference(seg, period, D);
+      ds.push_back(RegularDifferences(w, static_cast<int>(seg.size()) - period * D > 10 ? 2 : 1, nullptr));
+    }
+    // The regular differences from the groups together: an augmented Dickey-Fuller
+    // regression pooled over the groups (common coefficients, no lag crossing a
+    // boundary), its unit root rejected at 5 % (t below -2.86) or one more difference.
+    int max_d = 2;
+    for (const auto& seg : groups)
+      if (static_cast<int>(seg.size()) - period * D <= 10) max_d = 1;
+    std::string adf_story;
+    dd = 0;
+    for (; dd < max_d; ++dd) {
+      std::vector<std::vector<double>> w;
+      for (const auto& seg : groups) w.push_back(Difference(Difference(seg, period, D), 1, dd));
+      int lags = 0;
+      const double t = PooledDickeyFuller(w, lags);
+      if (!std::isfinite(t)) break;
+      adf_story += "after " + std::to_string(dd) + " difference(s) t " + Format("%.3f", t) + " with " +
+                   std::to_string(lags) + " lag(s); ";
+      if (t < -2.86) break;
+    }
+    if (story) {
+      std::string per;
+      for (size_t g = 0; g < ds.size(); ++g)
+        per += (g ? ", " : "") + std::to_string(ds[g]) + (period > 1 ? "/" + std::to_string(Ds[g]) : "");
+      *story = (period > 1 ? "Seasonal pattern of the groups together: F " + Format("%.3f", F) + ", p-value " +
+                                 Format("%.4f", p_value) +
+                                 (seasonal ? " (seasonal differencing as the groups ask)" : " (no seasonal differencing)") +
+                                 ". "
+                           : std::string()) +
+               "Differences the groups ask for one by one (regular" + std::string(period > 1 ? "/seasonal" : "") +
+               "): " + per + ". The groups together, pooled Dickey-Fuller (critical -2.86): " + adf_story + std::to_string(dd) +
+               " regular and " + std::to_string(D) + " seasonal difference(s).";
+    }
+  };
+  if (!only_none && total < kMinForTransform) {
+    notes.push_back({texts::kHeadTransform, "Too few observations (" + std::to_string(total) +
+                                                ") to choose a power transform; none is used."});
+  } else if (!only_none) {
+    int D0 = 0, d0 = 0;
+    differencing(d.y, D0, d0, nullptr);
+    ArimaSpec s;
+    s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
+    s.constant = d0 + D0 <= 1;
+    double best = -std::numeric_limits<double>::infinity(), ll_none = best;
+    std::string story;
+    for (double l : candidates) {
+      PooledModel trial = m;
+      trial.noise = s;
+      trial.lambda = l;
+      const FitInput in = MakeFitInput(d, trial);
+      ConvergenceCriteria quick = crit;
+      quick.max_iterations = std::min(std::max(crit.max_iterations, 5), 10);
+      quick.polish = false;
+      const RegressionArimaFit f = FitPooledRegressionArima(in.z, in.X, s, quick, false);
+      if (!f.ok) continue;
+      double ll = f.arima.loglik - f.arima.n * std::log(in.scale);
+      for (const auto& seg : in.y) ll += BoxCoxLogJacobian(seg, l, s.d + s.D * std::max(1, s.period));
+      story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
+      if (std::fabs(l - 1.0) < 1e-12) ll_none = ll;
+      if (ll > best) {
+        best = ll;
+        m.lambda = l;
+      }
+    }
+    if (std::isfinite(ll_none) && best - ll_none < kTransformGain) {
+      if (std::fabs(m.lambda - 1.0) > 1e-12) story += "gain below " + Format("%.2f", kTransformGain) + "; ";
+      m.lambda = 1.0;
+    }
+    notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", m.lambda) + "."});
+  } else {
+    notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
+  }
+
+  // Differencing from the groups together.
+  FitInput in = MakeFitInput(d, m);
+  int D = 0, dd = 0;
+  std::string story;
+  differencing(in.z, D, dd, &story);
+  notes.push_back({texts::kHeadDifferencing, story});
+  if (!m.columns.empty()) {
+    // Inputs that make the regression singular (constant within the groups, or copies of
+    // one another) are left out rather than losing the dataset.
+    ArimaSpec white;
+    white.d = dd;
+    white.D = D;
+    white.period = period;
+    white.constant = dd + D <= 1;
+    ConvergenceCriteria quick = crit;
+    quick.polish = false;
+    if (!FitPooledRegressionArima(in.z, in.X, white, quick, false).ok) {
+      m.columns.clear();
+      in = MakeFitInput(d, m);
+      warnings.push_back(std::string(kRedundancyText).substr(1) +
+                         " (2155) The input series were left out of the pooled model.");
+    }
+  }
+  SearchOptions so;
+  so.criteria = crit;
+  if (period > 60) so.max_P = so.max_Q = 0;
+  else if (period > 24) so.max_P = so.max_Q = 1;
+  std::string trail;
+  m.noise = PooledSearch(in, dd, D, period, so, trail);
+  notes.push_back({texts::kHeadSearch, "On the pooled likelihood: " + trail + "chosen " + m.noise.Name() + "."});
+}
+
 bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
   if (on_stage && !on_stage(s)) {
     r.cancelled = true;
@@ -1338,8 +1622,6 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   }
   d.horizon = std::clamp(d.horizon, 0, 600);
   const int smallest = *std::min_element(d.sizes.begin(), d.sizes.end());
-  int total = 0;
-  for (int s : d.sizes) total += s;
 
   std::vector<Note> notes;
   notes.push_back({kHeadPool,
@@ -1365,272 +1647,14 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   bool identify = false;
   if (!Stage_(on_stage, Stage::Identification, r)) return r;
   if (IsPresetObjective(obj)) {
-    m.name = PresetName(obj);
-    ArimaSpec& a = m.noise;
-    const int s = problem.seasonality;
-    a.period = s > 1 ? s : 1;
-    auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
-    switch (obj) {
-      case 1: a.constant = true; break;
-      case 2: a.p = 1; a.constant = true; break;
-      case 3: a.p = 2; a.constant = true; break;
-      case 4: a.d = 1; a.q = 1; break;
-      case 5: a.d = 2; a.q = 2; break;
-      case 6: a.d = 1; break;
-      case 7: a.d = 1; a.constant = true; break;
-      case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues)); break;
-      case 9:
-        a.p = 1;
-        a.constant = true;
-        m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues));
-        break;
-      case 10: {
-        a.constant = true;
-        for (int k = 1; k <= std::min(s / 2, 6); ++k) {
-          auto wave = [&, k](bool cosine) {
-            return [&, k, cosine](int length) {
-              std::vector<double> x(length);
-              for (int t = 0; t < length; ++t) {
-                const double w = 2.0 * M_PI * k * (problem.begin_period - 1 + t) / s;
-                x[t] = cosine ? std::cos(w) : std::sin(w);
-              }
-              return x;
-            };
-          };
-          m.columns.push_back(GroupColumn(d, "COS(" + std::to_string(k) + ")", "fourier", wave(true)));
-          if (2 * k != s) m.columns.push_back(GroupColumn(d, "SIN(" + std::to_string(k) + ")", "fourier", wave(false)));
-        }
-        break;
-      }
-      case 11:
-        a.d = 2;
-        a.q = 2;
-        for (int j = 0; j + 1 < s; ++j)
-          m.columns.push_back(GroupColumn(d, "SEASON " + std::to_string(j + 1), "seasonal", [&, j](int length) {
-            std::vector<double> x(length);
-            for (int t = 0; t < length; ++t) x[t] = minor_of(t) == j ? 1.0 : (minor_of(t) == s - 1 ? -1.0 : 0.0);
-            return x;
-          }));
-        break;
-      case 12: a.p = 1; a.d = 1; a.q = 2; break;
-      case 13: a.D = 1; a.Q = 1; break;
-      case 14:
-        a.d = 1;
-        a.D = 1;
-        a.q = s + 1;
-        a.ma_zero.assign(s + 1, true);
-        a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
-        break;
-      case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
-      case 51:
-      case 52: {
-        a.constant = true;
-        a.p = obj == 52 ? 1 : 0;
-        std::vector<std::string> found;
-        for (const auto& input : problem.inputs)
-          m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));
-        for (const auto& t : found) notes.push_back({"Inputs", t});
-        break;
-      }
-      default: break;
-    }
-    if ((a.D > 0 || a.P > 0 || a.Q > 0) && smallest < 2 * a.period + 3) {
-      r.error_code = kCodeEstimation;
-      r.warnings.push_back("Too few observations in a group (" + std::to_string(smallest) +
-                           ") for the seasonal preset " + m.name + ".");
-      return r;
-    }
-    notes.push_back({"Model", "Preset model " + std::to_string(obj) + ", " + m.name + ", in its ARIMA form: " +
-                                  a.Name() +
-                                  (m.columns.empty() ? std::string()
-                                                     : " with " + std::to_string(m.columns.size()) + " regressor(s)") +
-                                  ", no power transform."});
+    if (!PresetStructure(problem, d, m, notes, r)) return r;
   } else if (user) {
-    m.name = "USER MODEL";
-    const ModelBlock& noise = problem.start_model[0];
-    std::string why;
-    auto malformed = [&](const std::string& reason) {
-      r.error_code = kCodeModelMalformed;
-      r.warnings.push_back(" STARTMOD.123 MALFORMED");
-      r.warnings.push_back("The starting model cannot be used: " + reason + ".");
-      return r;
-    };
-    if (!NoiseOrdersFromBlock(noise, problem.seasonality, m.noise, m.start, why)) return malformed(why);
-    m.has_start = true;
-    m.lambda = noise.lambda;
-    if (!(m.lambda >= -1.0 && m.lambda <= 1.0)) return malformed("a lambda of " + Format("%g", noise.lambda));
-    std::vector<std::string> found;
-    for (size_t k = 1; k < problem.start_model.size(); ++k) {
-      const ModelBlock& b = problem.start_model[k];
-      auto input = std::find_if(problem.inputs.begin(), problem.inputs.end(), [&](const InputSeries& s) {
-        return s.name.size() == b.name.size() &&
-               std::equal(s.name.begin(), s.name.end(), b.name.begin(), [](char x, char y) {
-                 return std::toupper(static_cast<unsigned char>(x)) == std::toupper(static_cast<unsigned char>(y));
-               });
-      });
-      if (input == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
-      double delta = 0.0;
-      if (!b.first.empty()) {
-        if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
-          return malformed("the denominator of " + b.name + " is of an order above one");
-        delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
-        if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
-      }
-      int max_lead = 0;
-      for (const auto& poly : b.second)
-        for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
-      const auto paths = InputPaths(problem, d, *input, max_lead, &found);
-      for (const auto& poly : b.second)
-        for (int pw : poly.powers) {
-          PooledColumn c = InputColumn(d, paths, input->name, pw, delta);
-          if (pw == 0) c.term = input->name + " LAG 0";
-          m.columns.push_back(std::move(c));
-          m.leading = std::max(m.leading, pw);
-        }
-    }
-    for (const auto& t : found) notes.push_back({"Inputs", t});
-    if (m.leading >= smallest - 2) return malformed("its lags reach beyond the observations of a group");
-    notes.push_back({"Model", "The user's model from STARTMOD.123: " + m.noise.Name() +
-                                  (m.columns.empty() ? std::string()
-                                                     : " with " + std::to_string(m.columns.size()) + " input term(s)") +
-                                  (rules.allow_modifications ? "; ALLOWMOD.QVX: it may be tuned and extended."
-                                                             : "; its structure is held fixed.")});
+    if (!UserStructure(problem, d, m, notes, r)) return r;
   } else {
     identify = true;
     if (obj != 0 && obj != 97 && obj != 99)
       warnings.push_back("Objective " + std::to_string(obj) + " is not available yet; the series was modelled automatically.");
-  }
-
-  if (identify) {
-    // Input series enter at lag 0; the necessity test keeps those that matter.
-    std::vector<std::string> found;
-    for (const auto& input : problem.inputs)
-      m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));
-    for (const auto& t : found) notes.push_back({"Inputs", t});
-    if (!problem.inputs.empty())
-      notes.push_back({"Inputs", "In a pooled cross-section each input series enters at lag 0, with one "
-                                 "coefficient for all groups."});
-
-    // The power transform from the rules' list by the pooled likelihood (with the
-    // Jacobian of every group), under a fixed ARIMA(1,d,1)(0,D,1).
-    std::vector<double> candidates;
-    for (double l : rules.lambdas) {
-      bool applies = std::isfinite(l) && l >= -1.0 && l <= 1.0;
-      for (const auto& seg : d.y) applies = applies && PowerApplies(seg, l);
-      if (applies) candidates.push_back(l);
-    }
-    const bool only_none = candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
-    auto differencing = [&](const std::vector<std::vector<double>>& groups, int& D, int& dd, std::string* story) {
-      std::vector<int> Ds, ds;
-      for (const auto& seg : groups) Ds.push_back(period > 1 ? SeasonalDifferences(seg, period, nullptr) : 0);
-      double F = 0.0, p_value = 1.0;
-      const bool seasonal = PooledSeasonalityTest(groups, period, F, p_value);
-      D = seasonal ? MostCommon(Ds) : 0;
-      for (const auto& seg : groups) {
-        const std::vector<double> w = Difference(seg, period, D);
-        ds.push_back(RegularDifferences(w, static_cast<int>(seg.size()) - period * D > 10 ? 2 : 1, nullptr));
-      }
-      // The regular differences from the groups together: an augmented Dickey-Fuller
-      // regression pooled over the groups (common coefficients, no lag crossing a
-      // boundary), its unit root rejected at 5 % (t below -2.86) or one more difference.
-      int max_d = 2;
-      for (const auto& seg : groups)
-        if (static_cast<int>(seg.size()) - period * D <= 10) max_d = 1;
-      std::string adf_story;
-      dd = 0;
-      for (; dd < max_d; ++dd) {
-        std::vector<std::vector<double>> w;
-        for (const auto& seg : groups) w.push_back(Difference(Difference(seg, period, D), 1, dd));
-        int lags = 0;
-        const double t = PooledDickeyFuller(w, lags);
-        if (!std::isfinite(t)) break;
-        adf_story += "after " + std::to_string(dd) + " difference(s) t " + Format("%.3f", t) + " with " +
-                     std::to_string(lags) + " lag(s); ";
-        if (t < -2.86) break;
-      }
-      if (story) {
-        std::string per;
-        for (size_t g = 0; g < ds.size(); ++g)
-          per += (g ? ", " : "") + std::to_string(ds[g]) + (period > 1 ? "/" + std::to_string(Ds[g]) : "");
-        *story = (period > 1 ? "Seasonal pattern of the groups together: F " + Format("%.3f", F) + ", p-value " +
-                                   Format("%.4f", p_value) +
-                                   (seasonal ? " (seasonal differencing as the groups ask)" : " (no seasonal differencing)") +
-                                   ". "
-                             : std::string()) +
-                 "Differences the groups ask for one by one (regular" + std::string(period > 1 ? "/seasonal" : "") +
-                 "): " + per + ". The groups together, pooled Dickey-Fuller (critical -2.86): " + adf_story + std::to_string(dd) +
-                 " regular and " + std::to_string(D) + " seasonal difference(s).";
-      }
-    };
-    if (!only_none && total < kMinForTransform) {
-      notes.push_back({texts::kHeadTransform, "Too few observations (" + std::to_string(total) +
-                                                  ") to choose a power transform; none is used."});
-    } else if (!only_none) {
-      int D0 = 0, d0 = 0;
-      differencing(d.y, D0, d0, nullptr);
-      ArimaSpec s;
-      s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
-      s.constant = d0 + D0 <= 1;
-      double best = -std::numeric_limits<double>::infinity(), ll_none = best;
-      std::string story;
-      for (double l : candidates) {
-        PooledModel trial = m;
-        trial.noise = s;
-        trial.lambda = l;
-        const FitInput in = MakeFitInput(d, trial);
-        ConvergenceCriteria quick = crit;
-        quick.max_iterations = std::min(std::max(crit.max_iterations, 5), 10);
-        quick.polish = false;
-        const RegressionArimaFit f = FitPooledRegressionArima(in.z, in.X, s, quick, false);
-        if (!f.ok) continue;
-        double ll = f.arima.loglik - f.arima.n * std::log(in.scale);
-        for (const auto& seg : in.y) ll += BoxCoxLogJacobian(seg, l, s.d + s.D * std::max(1, s.period));
-        story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
-        if (std::fabs(l - 1.0) < 1e-12) ll_none = ll;
-        if (ll > best) {
-          best = ll;
-          m.lambda = l;
-        }
-      }
-      if (std::isfinite(ll_none) && best - ll_none < kTransformGain) {
-        if (std::fabs(m.lambda - 1.0) > 1e-12) story += "gain below " + Format("%.2f", kTransformGain) + "; ";
-        m.lambda = 1.0;
-      }
-      notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", m.lambda) + "."});
-    } else {
-      notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
-    }
-
-    // Differencing from the groups together.
-    FitInput in = MakeFitInput(d, m);
-    int D = 0, dd = 0;
-    std::string story;
-    differencing(in.z, D, dd, &story);
-    notes.push_back({texts::kHeadDifferencing, story});
-    if (!m.columns.empty()) {
-      // Inputs that make the regression singular (constant within the groups, or copies of
-      // one another) are left out rather than losing the dataset.
-      ArimaSpec white;
-      white.d = dd;
-      white.D = D;
-      white.period = period;
-      white.constant = dd + D <= 1;
-      ConvergenceCriteria quick = crit;
-      quick.polish = false;
-      if (!FitPooledRegressionArima(in.z, in.X, white, quick, false).ok) {
-        m.columns.clear();
-        in = MakeFitInput(d, m);
-        warnings.push_back(std::string(kRedundancyText).substr(1) +
-                           " (2155) The input series were left out of the pooled model.");
-      }
-    }
-    SearchOptions so;
-    so.criteria = crit;
-    if (period > 60) so.max_P = so.max_Q = 0;
-    else if (period > 24) so.max_P = so.max_Q = 1;
-    std::string trail;
-    m.noise = PooledSearch(in, dd, D, period, so, trail);
-    notes.push_back({texts::kHeadSearch, "On the pooled likelihood: " + trail + "chosen " + m.noise.Name() + "."});
+    IdentifyStructure(problem, d, period, crit, m, notes, warnings);
   }
 
   // 3. Estimation and the tests of the terms.
