@@ -1664,6 +1664,41 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   d.horizon = std::clamp(d.horizon, 0, 600);
   const int smallest = *std::min_element(d.sizes.begin(), d.sizes.end());
 
+  // Groups that are each constant have no likelihood: the forecasts repeat the last
+  // group's value.
+  if (std::all_of(d.y.begin(), d.y.end(), [](const std::vector<double>& seg) {
+        return std::all_of(seg.begin(), seg.end(), [&](double v) { return v == seg.front(); });
+      })) {
+    const double last = d.y.back().back();
+    const std::string why = "Every group of the pooled cross-section is constant; the forecasts repeat the last "
+                            "group's value with no uncertainty.";
+    r.warnings.push_back(why);
+    r.notes.push_back({kHeadPool, "The model is a pooled cross-section of " + PoolDescription(layout.sizes) + "."});
+    r.notes.push_back({texts::kHeadModel, why});
+    r.description = "CONSTANT, pooled over " + std::to_string(d.sizes.size()) + " groups";
+    r.fitted = problem.y;
+    r.residuals.assign(problem.y.size(), 0.0);
+    r.cleansed = problem.y;
+    for (size_t g = 0; g < d.y.size(); ++g)
+      for (size_t t = 0; t < d.y[g].size(); ++t) r.fitted[d.offsets[g] + t] = r.cleansed[d.offsets[g] + t] = d.y[g][t];
+    r.observations = static_cast<int>(problem.y.size());
+    r.has_constant = true;
+    Coefficient c;
+    c.term = "CONSTANT";
+    c.kind = "constant";
+    c.value = last;
+    c.p_value = 0.0;
+    r.coefficients.push_back(c);
+    r.parameters = 1;
+    r.degrees_of_freedom = std::max(0, r.observations - 1);
+    r.equation = (problem.output_name.empty() ? std::string("Y") : problem.output_name) + "(t) = " +
+                 Format("%.6g", last);
+    r.forecasts.assign(d.horizon, last);
+    r.lower.assign(d.horizon, last);
+    r.upper.assign(d.horizon, last);
+    return r;
+  }
+
   std::vector<Note> notes;
   notes.push_back({kHeadPool,
                    "The model is a pooled cross-section of " + PoolDescription(layout.sizes) +

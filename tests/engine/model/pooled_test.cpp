@@ -194,7 +194,10 @@ TEST(PooledReference, EstimatesMatchTheMaximumOfTheSummedLikelihood) {
     ASSERT_TRUE(f.ok);
     EXPECT_NEAR(f.arima.loglik, c.loglik, 0.5);
     size_t at = 0;
-    if (c.constant) EXPECT_NEAR(f.arima.mean, c.params[at++], 0.02 * std::max(1.0, std::fabs(c.params[0])));
+    if (c.constant) {
+      EXPECT_NEAR(f.arima.mean, c.params[0], 0.02 * std::max(1.0, std::fabs(c.params[0])));
+      ++at;
+    }
     auto near = [&](const std::vector<double>& ours) {
       for (double v : ours) EXPECT_NEAR(v, c.params[at++], 0.02);
     };
@@ -384,6 +387,20 @@ TEST(PooledFit, AllowedModificationsTuneTheUsersModel) {
   EXPECT_FALSE(Find(tuned, "AR(2)")) << tuned.description;
   ASSERT_TRUE(Find(tuned, "AR(1)"));
   EXPECT_NEAR(Find(tuned, "AR(1)")->value, 0.6, 0.1);
+}
+
+TEST(PooledFit, ConstantGroupsRepeatTheLastGroupsValue) {
+  std::vector<double> y(40, 7.0);
+  y.insert(y.end(), 40, 9.0);
+  const ModelResult r = FitPooled(PooledProblem(y, 2, 0), nullptr);
+  ASSERT_EQ(r.error_code, 0);
+  EXPECT_EQ(r.forecasts, std::vector<double>(5, 9.0));
+  EXPECT_EQ(r.upper, r.forecasts);
+  EXPECT_EQ(r.sse, 0.0);
+  EXPECT_EQ(r.parameters, 1);
+  ASSERT_FALSE(r.warnings.empty());
+  EXPECT_EQ(r.warnings[0], "Every group of the pooled cross-section is constant; the forecasts repeat the last "
+                           "group's value with no uncertainty.");
 }
 
 TEST(PooledFit, StagesAreReportedAndACancelStopsTheFit) {
