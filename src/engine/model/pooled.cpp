@@ -1758,6 +1758,9 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   if (rules.sufficiency_deterministic)
     notes.push_back({"Interventions", "Intervention detection is not done for a pooled cross-section: an "
                                       "effect would belong to one group, the model to all of them."});
+  if (rules.intermittent)
+    notes.push_back({"Model", "Croston-type modelling of intermittent demand is not done for a pooled "
+                              "cross-section; the groups were modelled as above."});
   if (rules.constancy || rules.variance_change)
     notes.push_back({"Diagnosis", "The tests of the constancy of parameters and of a change of variance are not "
                                   "done for a pooled cross-section: the stacked groups are not one time line."});
