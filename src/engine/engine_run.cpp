@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 
+#include "engine/model/pooled.h"
 #include "engine/model_file.h"
 #include "engine/reports.h"
 #include "engine/request.h"
@@ -127,15 +128,25 @@ RunSummary RunRequest(EngineArrays& arrays, const fs::path& folder, const Fitter
     if (int16_t code = ReadStartModel(folder, objective, rules.rules, notes, start_model))
       return finish(code, code == kStartModelMissing ? " USEMOD.QVX REQUIRES A STARTING MODEL"
                                                      : " STARTMOD.123 MALFORMED");
-    if (rules.rules.groups > 1)
-      notes.push_back("The rules ask for a pooled cross-section of " +
-                      std::to_string(rules.rules.groups) +
-                      " groups; pooled estimation is not available in this version of the "
-                      "engine, so the data were modelled as one series.");
+    // A group list that cannot be read must not turn a pooled run into a fit of the
+    // stacked data as one series.
+    if (rules.rules.group_sizes.empty() && tp::ExistsNoCase(folder, "GROUPLST.QVX"))
+      return finish(kCodePoolGroups,
+                    "GROUPLST.QVX could not be read: its first line must hold the number of groups "
+                    "and each further line the size of one group.");
 
     PreparedRequest request = PrepareRequest(arrays, rules.rules);
     summary.series = request.problem.output_name;
     if (request.error_code != 0) return finish(request.error_code, request.error_detail);
+    {
+      // The rules' groups as they fit this dataset: the reports and the core see the
+      // groups of a pooled run, and none when the dataset is one series.
+      const PoolLayout layout = PoolLayoutFor(rules.rules, request.shape.observations);
+      if (layout.error_code != 0) return finish(layout.error_code, layout.message);
+      if (!layout.message.empty()) request.warnings.push_back(layout.message);
+      request.problem.rules.groups = layout.pooled() ? static_cast<int>(layout.sizes.size()) : 1;
+      request.problem.rules.group_sizes = layout.sizes;
+    }
     if ((objective == 51 || objective == 52) && request.problem.inputs.empty())
       return finish(kRegressionPresetNeedsInputs,
                     " PROBLEMS WITH OLS OR OLSP MODEL. REQUIRES CAUSAL VARIABLES.");

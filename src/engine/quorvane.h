@@ -7,8 +7,8 @@
 
 namespace quorvane {
 
-// RunRequest with the engine's modelling (FitModel: presets, the user's model, transfer
-// functions, and FitAndForecast for automatic univariate modelling).
+// RunRequest with the engine's modelling (FitEngineModel: pooled cross-sections, presets, the
+// user's model, transfer functions, and FitAndForecast for automatic univariate modelling).
 RunSummary RunEngineRequest(EngineArrays& arrays, const std::filesystem::path& work_folder,
                             const std::filesystem::path& output_folder = {});
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/exchange.h"
+#include "engine/model/pooled.h"
 #include "engine/periods.h"
 #include "engine/reports.h"
 
@@ -14,10 +15,35 @@ namespace quorvane::report {
 inline const ModelingProblem& Problem(const ReportInput& in) { return in.request->problem; }
 inline const ModelResult& Result(const ReportInput& in) { return *in.result; }
 
+// The groups of a pooled cross-section, as given (none for one series).
+inline bool IsPooledRun(const ReportInput& in) { return Problem(in).rules.group_sizes.size() > 1; }
+
+// A pooled cross-section stacks groups that each span the dataset's periods from its first
+// one: an observation's period is that of its place within its group (the last group's
+// places run on into the forecasts).
+inline int IndexInGroup(const ReportInput& in, int index) {
+  if (!IsPooledRun(in)) return index;
+  const auto& sizes = Problem(in).rules.group_sizes;
+  int start = 0;
+  for (size_t g = 0; g + 1 < sizes.size(); ++g) {
+    if (index < start + sizes[g]) return index - start;
+    start += sizes[g];
+  }
+  return index - start;
+}
+
+// "The model is a pooled cross-section of 3 groups of 40 observations each ..." or "".
+inline std::string PoolSentence(const ReportInput& in) {
+  if (!IsPooledRun(in)) return "";
+  return "The model is a pooled cross-section of " + PoolDescription(Problem(in).rules.group_sizes) +
+         ", stacked end to end: one model for all groups, with no lag crossing a group boundary. "
+         "The forecasts continue the last group, the most recent cross-section.";
+}
+
 // Label of observation `index` (0-based) of the series as given.
 inline std::string ObservationLabel(const ReportInput& in, int index) {
   const auto& s = in.request->shape;
-  return PeriodLabel(s.begin_year, s.begin_period, s.seasonality, index);
+  return PeriodLabel(s.begin_year, s.begin_period, s.seasonality, IndexInGroup(in, index));
 }
 
 // Label of forecast `h` (0-based): the periods after the estimation sample.

@@ -76,8 +76,9 @@ std::vector<std::string> WriteDatasetReports(const std::filesystem::path& folder
                                              const ReportInput& in);
 
 // Appends this dataset's lines to the run-wide files that have content for it
-// (PULSERPT.CSV, LEVELRPT.CSV, TRENDRPT.CSV, EARLYSIG.CSV; with retained values
-// MAPECOMP.CSV and FORE-MON.CSV), writing a header line into a file that is created, and
+// (PULSERPT.CSV, LEVELRPT.CSV, TRENDRPT.CSV, EARLYSIG.CSV, PARCHRPT.CSV, VARCHRPT.CSV;
+// POOLCOEF.CSV for a pooled cross-section; with retained values MAPECOMP.CSV and
+// FORE-MON.CSV), writing a header line into a file that is created, and
 // brings SUMMAPE.TXT up to date: one line per dataset and the sum over all of them.
 void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput& in);
 

@@ -255,6 +255,7 @@ std::string DetailsHtml(const ReportInput& in) {
   h += Fact("Observations as given", std::to_string(s.observations) + " (" +
                                          Escape(ObservationLabel(in, 0)) + " to " +
                                          Escape(ObservationLabel(in, s.observations - 1)) + ")");
+  if (IsPooledRun(in)) h += Fact("Pooled cross-section", Escape(PoolSentence(in)));
   if (s.retained > 0) h += Fact("Retained for comparison", std::to_string(s.retained));
   h += Fact("Estimation sample", std::to_string(p.y.size()));
   if (r.leading_left_out > 0)

@@ -217,6 +217,7 @@ std::vector<std::string> VerbalText(const ReportInput& in) {
   lines.push_back("The series " + p.output_name + " holds " + std::to_string(s.observations) + " " +
                   FrequencyWord(s.seasonality) + " observations from " + ObservationLabel(in, 0) +
                   " to " + ObservationLabel(in, s.observations - 1) + ".");
+  if (IsPooledRun(in)) lines.push_back(PoolSentence(in));
   if (s.retained > 0)
     lines.push_back("The last " + std::to_string(s.retained) +
                     " observations were held out of the estimation and kept for comparison.");
@@ -498,6 +499,20 @@ void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput
     variances.push_back(Csv(p.output_name) + "," + ObservationLabel(in, c.observation - 1) + "," +
                         std::to_string(c.observation) + "," + FormatNumber(c.before, 6) + "," +
                         FormatNumber(c.after, 6) + "," + FormatNumber(c.statistic, 4));
+  if (IsPooledRun(in)) {
+    // The pooled model's coefficients, with the groups they hold for.
+    const auto& sizes = p.rules.group_sizes;
+    std::string size_text;
+    for (size_t g = 0; g < sizes.size(); ++g) size_text += (g ? "/" : "") + std::to_string(sizes[g]);
+    if (std::all_of(sizes.begin(), sizes.end(), [&](int v) { return v == sizes[0]; }))
+      size_text = std::to_string(sizes[0]);
+    std::vector<std::string> pooled;
+    for (const auto& c : r.coefficients)
+      pooled.push_back(Csv(p.output_name) + "," + Csv(c.term) + "," + FormatNumber(c.value, 8) + "," +
+                       FormatNumber(c.std_error, 8) + "," + FormatNumber(c.t_value, 4) + "," +
+                       std::to_string(sizes.size()) + "," + size_text);
+    AppendRows(folder, "POOLCOEF.CSV", "Series,Term,Coefficient,Std error,t-value,Groups,Group size", pooled);
+  }
   AppendRows(folder, "PARCHRPT.CSV", "Series,Period,Observation,F,Critical F", parameters);
   AppendRows(folder, "VARCHRPT.CSV", "Series,Period,Observation,Variance before,Variance after,Statistic",
              variances);

@@ -892,6 +892,11 @@ void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y,
 
 }  // namespace
 
+bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
+                          std::string& why) {
+  return NoiseFromBlock(block, seasonality, orders, start, why);
+}
+
 ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on_stage) {
   ModelResult r;
   if (!Stage_(on_stage, Stage::DataPreparation, r)) return r;

@@ -73,6 +73,12 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
 // while the residuals stay autocorrelated). Code 2190 when the model does not fit the data.
 ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on_stage);
 
+// The noise block of a model file (STARTMOD.123) as ARIMA orders with its coefficients as
+// start values. False, with the reason in `why`, when the block cannot be expressed
+// (differencing of two seasonal periods, powers out of range).
+bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
+                          std::string& why);
+
 // A transfer-function model of the output series on its inputs, identified from the
 // cross-correlations of the prewhitened series, with the noise's ARIMA identified on what
 // the inputs leave; inputs that are not needed are dropped.
