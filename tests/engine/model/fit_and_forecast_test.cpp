@@ -70,6 +70,20 @@ TEST(FitAndForecast, AirlineSeriesGetsTheAirlineModelOnLogs) {
   EXPECT_NE(r.equation.find("(1 - B**12)"), std::string::npos);
   // Back-transformed limits are asymmetric, as on the original scale they must be.
   EXPECT_GT(r.upper[11] - r.forecasts[11], r.forecasts[11] - r.lower[11]);
+  // The point forecast is the back-transformed median and the limits the back-transformed
+  // quantiles, symmetric on the log scale: lower * upper = forecast^2. Against the model
+  // taken as known (R's forecast of this model: 450.42 [418.89, 484.33] one month ahead,
+  // 477.24 [406.17, 560.75] twelve ahead), the log half-widths are wider by the allowance for
+  // estimation: degrees of freedom, t quantiles, the estimated coefficients (2 to 4 %).
+  EXPECT_NEAR(r.forecasts[0], 450.42, 0.5);
+  EXPECT_NEAR(r.forecasts[11], 477.24, 0.8);
+  for (int h : {0, 11}) {
+    EXPECT_NEAR(r.lower[h] * r.upper[h] / (r.forecasts[h] * r.forecasts[h]), 1.0, 1e-9);
+    const double known = h == 0 ? std::log(484.3289388 / 450.4223703) : std::log(560.7481540 / 477.2425644);
+    const double ours = std::log(r.upper[h] / r.forecasts[h]);
+    EXPECT_GT(ours / known, 1.015) << h;
+    EXPECT_LT(ours / known, 1.045) << h;
+  }
   // July 1961 above January 1961, like every year of the data.
   EXPECT_GT(r.forecasts[6], r.forecasts[0]);
   EXPECT_GT(r.ljung_box_p, 0.05);
