@@ -282,23 +282,14 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   }
 }
 
-// What the forecast limits allow for beyond the model taken as known. The innovation
-// variance is the residual mean square over the degrees of freedom (every estimated
-// coefficient and effect counted), with t quantiles; the estimated ARMA coefficients and
-// constant add their own error; and the interventions found stand for events that may
+// What the forecast limits allow for beyond the model taken as known: the estimation
+// (EstimationAllowances), and the interventions found, which stand for events that may
 // happen again, at the rate and of the size seen: a model that explains the past by a few
 // shifts must not forecast as if the future held none. `sigma2` is the variance the limits
 // start from (the fit's, or the last segment's after a change of variance).
 LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std::vector<DetectedIntervention>& found) {
-  LimitAllowances a;
-  const int m = fit.n;
-  const int k = fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size());
-  const int df = m - k;
-  a.sigma2 = df > 0 ? sigma2 * m / df : sigma2;
-  a.degrees_of_freedom = std::max(df, 1);
-  a.coefficient_share = m > 0 ? static_cast<double>(fit.orders.FreeCount()) / m : 0.0;
-  a.constant_error = true;
-  a.period = fit.orders.period;
+  LimitAllowances a = EstimationAllowances(
+      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()), sigma2);
   const std::pair<int, EventShape> shapes[] = {{kPulse, EventShape::Pulse},
                                                {kLevelShift, EventShape::Step},
                                                {kSeasonalPulse, EventShape::SeasonalPulse},

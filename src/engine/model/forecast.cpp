@@ -120,6 +120,18 @@ double MixtureHalfWidth(double base_variance, double event_count, double event_v
   return t_ratio * hi;
 }
 
+LimitAllowances EstimationAllowances(const ArimaFit& fit, int parameters, double sigma2) {
+  LimitAllowances a;
+  const int m = fit.n;
+  const int df = m - std::max(parameters, 0);
+  a.sigma2 = df > 0 ? sigma2 * m / df : sigma2;
+  a.degrees_of_freedom = std::max(df, 1);
+  a.coefficient_share = m > 0 ? static_cast<double>(fit.orders.FreeCount()) / m : 0.0;
+  a.constant_error = true;
+  a.period = fit.orders.period;
+  return a;
+}
+
 ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, int horizon, double coverage_pct,
                             const LimitAllowances& allow) {
   ArimaForecast out;

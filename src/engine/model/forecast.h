@@ -45,6 +45,12 @@ struct LimitAllowances {
   int period = 1;  // for seasonal pulses
 };
 
+// The allowances for estimation: the innovation variance `sigma2` (a maximum-likelihood one,
+// over the fit's innovations) taken over the degrees of freedom left when `parameters` were
+// estimated in all (coefficients, constant, regressors, effects), t quantiles with those
+// degrees of freedom, the ARMA coefficients' share and the constant's error.
+LimitAllowances EstimationAllowances(const ArimaFit& fit, int parameters, double sigma2);
+
 // Point forecasts for 1..horizon with limits at the given central coverage (percent), the
 // variance from the psi weights of the integrated model with the allowances added.
 // `se` is the standard deviation of the whole forecast error. horizon < 1: empty.

@@ -483,7 +483,8 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   // Forecasts: the noise forecast from its own model plus the columns' future values.
   if (horizon > 0) {
     const std::vector<double> u = RemoveRegressors(z, X, fr.beta);
-    const ArimaForecast fc = ForecastArima(u, f, horizon, problem.rules.forecast_confidence);
+    const ArimaForecast fc = ForecastArima(u, f, horizon, problem.rules.forecast_confidence,
+                                           EstimationAllowances(f, r.parameters, f.sigma2));
     r.forecasts.resize(horizon);
     r.lower.resize(horizon);
     r.upper.resize(horizon);
