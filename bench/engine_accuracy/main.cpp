@@ -9,7 +9,7 @@
 // scale as MASE), which rewards limits that cover without being needlessly wide.
 //
 //   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
-//                         [--no-detection] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
+//                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
 //                         [--only PREFIX]
 // --calibration N runs N series of each of a few known processes instead (see MakeCalibration).
 #include <algorithm>
@@ -334,6 +334,7 @@ int main(int argc, char** argv) {
     else if (a == "--no-lambdas") rules.lambdas = {1.0};
     else if (a == "--no-sufficiency") rules.sufficiency_stochastic = false;
     else if (a == "--no-detection") rules.sufficiency_deterministic = false;
+    else if (a == "--variance-change") rules.variance_change = true;
     else if (a == "--r-cache" && i + 1 < argc) r_cache = argv[++i];
     else if (a == "--calibration" && i + 1 < argc) calibration = std::max(1, std::atoi(argv[++i]));
     else if (a == "--reps" && i + 1 < argc) reps = std::max(1, std::atoi(argv[++i]));
@@ -428,6 +429,7 @@ int main(int argc, char** argv) {
               std::string(rules.necessity ? ", necessity test on" : ", necessity test off")
                   .append(rules.sufficiency_stochastic ? ", sufficiency on" : ", sufficiency off")
                   .append(rules.sufficiency_deterministic ? ", interventions on" : ", interventions off")
+                  .append(rules.variance_change ? ", change of variance on" : "")
                   .c_str(),
               rules.lambdas.size() > 1 ? ", lambdas 1/0.5/0 (shipped rules)" : ", no transform");
   std::printf("  %-14s %-16s %4s  %8s  %8s  %8s  %6s %6s %6s  %8s  %10s\n", "method", "group", "n", "MASE", "sMAPE%",

@@ -350,7 +350,21 @@ void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const ch
 
 }  // namespace
 
+namespace {
+ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage);
+}  // namespace
+
+// Every kind of model ends with the rules' conversions of its forecasts.
 ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r = ModelAndForecast(problem, on_stage);
+  ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
+                        problem.rules.convert_integers);
+  return r;
+}
+
+namespace {
+
+ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
   // Presets, the user's model and problems with input series are models of a given
   // structure or transfer functions (structured.h), which come back here for one series.
   if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
@@ -723,5 +737,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   }
   return r;
 }
+
+}  // namespace
 
 }  // namespace quorvane

@@ -177,6 +177,20 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
   return out;
 }
 
+void ConvertForecastValues(std::vector<double>& forecasts, std::vector<double>& lower, std::vector<double>& upper,
+                           bool positive, bool integers) {
+  auto convert = [&](std::vector<double>& v, double (*round)(double)) {
+    for (double& x : v) {
+      if (!std::isfinite(x)) continue;
+      if (positive && x < 0.0) x = 0.0;
+      if (integers) x = round(x);
+    }
+  };
+  convert(forecasts, [](double x) { return std::round(x); });
+  convert(lower, [](double x) { return std::floor(x); });
+  convert(upper, [](double x) { return std::ceil(x); });
+}
+
 std::vector<double> OneStepPredictions(const std::vector<double>& z, const ArimaFit& fit) {
   std::vector<double> pred(z.size(), std::numeric_limits<double>::quiet_NaN());
   if (!fit.ok) return pred;

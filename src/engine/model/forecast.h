@@ -63,6 +63,13 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
 double MixtureHalfWidth(double base_variance, double event_count, double event_variance, double coverage_pct,
                         int degrees_of_freedom);
 
+// The rules' conversions of the forecasts ("POSITIVE VALUES", "INTEGERS"), applied to the
+// forecasts and their limits alike: negative values become 0; forecasts are rounded to the
+// nearest integer and the limits outwards (lower down, upper up), so the limits still hold
+// the interval they held before.
+void ConvertForecastValues(std::vector<double>& forecasts, std::vector<double>& lower, std::vector<double>& upper,
+                           bool positive, bool integers);
+
 // One-step predictions of z from the exact filter, sized to z; NaN for the first
 // d + D*period observations that start the differencing.
 std::vector<double> OneStepPredictions(const std::vector<double>& z, const ArimaFit& fit);

@@ -278,6 +278,7 @@ std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int 
     own.rules = rules;
     own.rules.forecasting_enabled = true;
     own.rules.forecasts = own.horizon;
+    own.rules.convert_positive = own.rules.convert_integers = false;  // the output's conversions
     const ModelResult f = FitAndForecast(own, nullptr);
     if (f.error_code == 0 && !f.forecasts.empty()) {
       path.insert(path.end(), f.forecasts.begin(), f.forecasts.end());

@@ -261,5 +261,30 @@ TEST(FitAndForecast, RulesSwitchForecastingAndNecessity) {
   EXPECT_FALSE(has_note(r, "Necessity"));
 }
 
+TEST(FitAndForecast, RulesConvertForecastsToPositiveValuesAndIntegers) {
+  // A small count falling towards zero: its lower limits go below zero as they stand.
+  std::vector<double> y = testdata::SimulateArma11(120, 0.0, 0.0, 1.5, 17);
+  for (size_t t = 0; t < y.size(); ++t) y[t] += 4.0 - 0.02 * t;
+  ModelingProblem p = Problem(y, 1, 8);
+  p.rules.sufficiency_deterministic = false;
+  const ModelResult plain = FitAndForecast(p, nullptr);
+  ExpectWellFormed(plain, 120, 8);
+  ASSERT_LT(plain.lower[7], 0.0);
+  p.rules.convert_positive = true;
+  p.rules.convert_integers = true;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 120, 8);
+  for (int h = 0; h < 8; ++h) {
+    EXPECT_EQ(r.forecasts[h], std::round(std::max(plain.forecasts[h], 0.0))) << h;
+    EXPECT_EQ(r.lower[h], std::floor(std::max(plain.lower[h], 0.0))) << h;
+    EXPECT_EQ(r.upper[h], std::ceil(plain.upper[h])) << h;
+  }
+  // Positive only: no rounding.
+  p.rules.convert_integers = false;
+  const ModelResult pos = FitAndForecast(p, nullptr);
+  EXPECT_EQ(pos.lower[7], 0.0);
+  EXPECT_EQ(pos.forecasts[0], plain.forecasts[0]);
+}
+
 }  // namespace
 }  // namespace quorvane
