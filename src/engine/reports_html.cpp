@@ -430,6 +430,32 @@ std::string DetailsHtml(const ReportInput& in) {
     }
   }
 
+  // "PRINT EXCEPTION REPORT": what an analyst of many series should look at in this one.
+  if (rules.exception_report) {
+    std::vector<std::string> items;
+    const int last = static_cast<int>(p.y.size());
+    for (const auto& iv : r.interventions)
+      if (iv.observation > last - kEarlySignalWindow)
+        items.push_back(std::string("Early signal: ") + InterventionName(iv.type) + " at " +
+                        ObservationLabel(in, iv.observation - 1) + " (impact " + Num(iv.impact, 4) + ").");
+    for (const auto& c : r.parameter_changes)
+      items.push_back("The parameters changed at " + ObservationLabel(in, c.observation - 1) + ".");
+    for (const auto& c : r.variance_changes)
+      items.push_back("The residual variance changed at " + ObservationLabel(in, c.observation - 1) + " from " +
+                      Num(c.before, 4) + " to " + Num(c.after, 4) + ".");
+    if (r.ljung_box_lags > 0 && r.ljung_box_p < 0.05)
+      items.push_back("The residuals are autocorrelated (Ljung-Box p-value " + Num(r.ljung_box_p, 4) + ").");
+    int outside = 0;
+    for (const auto& f : in.retained)
+      if (f.actual < f.lower || f.actual > f.upper) ++outside;
+    if (outside > 0)
+      items.push_back(std::to_string(outside) + " of " + std::to_string(in.retained.size()) +
+                      " retained values lie outside the limits.");
+    h += "<h2>Exceptions</h2>\n";
+    if (items.empty()) h += "<p>None.</p>\n";
+    for (const auto& item : items) h += "<div class=\"note\">" + Escape(item) + "</div>\n";
+  }
+
   std::vector<std::string> warnings = in.request->warnings;
   warnings.insert(warnings.end(), r.warnings.begin(), r.warnings.end());
   if (!warnings.empty()) {

@@ -197,6 +197,12 @@ TEST(Reports, DisplayLinesStoreAndRobustAutocorrelationsOfTheRules) {
   // The forecasts on the log scale: ln 500 = 6.214608.
   EXPECT_NE(details.find("<td class=\"num\">6.214608</td>"), std::string::npos);
   EXPECT_NE(details.find("forecasts from the end of the estimation sample"), std::string::npos);
+  EXPECT_EQ(details.find("<h2>Exceptions</h2>"), std::string::npos);
+  // The exception report names the pulse at the last observation as an early signal.
+  req.problem.rules.exception_report = true;
+  const std::string with_exceptions = DetailsHtml(in);
+  EXPECT_NE(with_exceptions.find("<h2>Exceptions</h2>"), std::string::npos);
+  EXPECT_NE(with_exceptions.find("Early signal: Pulse at 1960/12"), std::string::npos);
 
   // Robust autocorrelations: two wild values in a smooth AR(1) series pull the ordinary lag-1
   // autocorrelation far below its value; clipped at 2.5 robust standard deviations they do not.
