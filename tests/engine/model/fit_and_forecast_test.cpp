@@ -286,5 +286,26 @@ TEST(FitAndForecast, RulesConvertForecastsToPositiveValuesAndIntegers) {
   EXPECT_EQ(pos.forecasts[0], plain.forecasts[0]);
 }
 
+TEST(FitAndForecast, LimitsAllowForLevelShiftsLikeTheOneFoundHappeningAgain) {
+  // AR(1) noise around a level that shifts by 6 standard deviations half-way. With the shift
+  // found and held as an effect, the noise alone would give limits that widen only from
+  // 1 to sqrt(1 + 0.25 + ...) = 1.15 times between 1 and 12 months ahead; a shift like it,
+  // once in 150 periods, may happen again within 12 months with a chance near 8 %, which
+  // widens the far limits well beyond that while the first stays almost as it was.
+  std::vector<double> y = testdata::SimulateArma11(150, 0.5, 0.0, 1.0, 31);
+  for (size_t t = 0; t < y.size(); ++t) y[t] += 20.0 + (t >= 75 ? 6.0 : 0.0);
+  ModelingProblem p = Problem(y, 1, 12);
+  p.rules.include_local_trend = false;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 150, 12);
+  bool shift = false;
+  for (const Intervention& iv : r.interventions) shift = shift || (iv.type == 2 && std::abs(iv.observation - 76) <= 2);
+  ASSERT_TRUE(shift);
+  EXPECT_EQ(r.d, 0);
+  const double near = r.upper[0] - r.lower[0], far = r.upper[11] - r.lower[11];
+  EXPECT_LT(near, 2.0 * 1.96 * 1.2);
+  EXPECT_GT(far / near, 1.4);
+}
+
 }  // namespace
 }  // namespace quorvane
