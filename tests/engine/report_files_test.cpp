@@ -185,7 +185,7 @@ TEST(Reports, DisplayLinesStoreAndRobustAutocorrelationsOfTheRules) {
   rules.display_options = {0, 1, 1, 0, 0, 1, 0};
   PreparedRequest req = PrepareRequest(a, rules);
   ModelResult r = testdata::KnownResult(144, 12);
-  ReportInput in{&req, &r, "ENGINE.GO", {}};
+  ReportInput in{&req, &r, "ENGINE.GO", {}, false, {}};
   EXPECT_TRUE(WriteDatasetReports(dir.path(), in).empty());
   EXPECT_TRUE(std::filesystem::exists(dir / "PASSENGERS.MOD"));
   const std::string details = ReadFile(dir / "DETAILS.HTM");
@@ -214,7 +214,7 @@ TEST(Reports, DisplayLinesStoreAndRobustAutocorrelationsOfTheRules) {
   p.y[140] -= 60.0;
   ModelResult plain;
   plain.lambda = 1.0;
-  ReportInput id{&req, &plain, "ENGINE.GO", {}};
+  ReportInput id{&req, &plain, "ENGINE.GO", {}, false, {}};
   const double ordinary = Identify(id).acf[0];
   p.rules.robust_acf = true;
   const IdentificationTable robust = Identify(id);
