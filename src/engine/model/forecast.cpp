@@ -94,6 +94,9 @@ double MixtureHalfWidth(double base_variance, double event_count, double event_v
   }
   base_variance = std::max(base_variance, 0.0);
   if (!(event_count > 0.0) || !(event_variance > 0.0)) return t_ratio * zq * std::sqrt(base_variance);
+  // Many events by the horizon: their sum is near normal (and the Poisson weights would need
+  // hundreds of terms).
+  if (event_count > 50.0) return t_ratio * zq * std::sqrt(base_variance + event_count * event_variance);
   // Poisson weights of 0, 1, 2, ... events, until what is left is negligible.
   std::vector<double> weight;
   double p = std::exp(-event_count), total = 0.0;

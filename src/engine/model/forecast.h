@@ -59,7 +59,8 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
 
 // Half-width of the central interval of coverage `coverage_pct` of the error
 // N(0, base + K * event_variance), K Poisson with mean `event_count` (a normal or, with
-// degrees of freedom above 0, a scaled t in place of the normal).
+// degrees of freedom above 0, a scaled t in place of the normal). Beyond 50 events on
+// average, the normal of the total variance.
 double MixtureHalfWidth(double base_variance, double event_count, double event_variance, double coverage_pct,
                         int degrees_of_freedom);
 

@@ -161,6 +161,8 @@ TEST(ForecastArima, RecurringInterventionsWidenTheTailsByTheirRateAndSize) {
   // Many small events: the mixture is nearly normal with the total variance.
   EXPECT_NEAR(MixtureHalfWidth(1.0, 50.0, 0.02, 95.0, 0), 1.959964 * std::sqrt(2.0), 0.02);
   EXPECT_DOUBLE_EQ(MixtureHalfWidth(4.0, 0.0, 9.0, 95.0, 0), 1.959963984540054 * 2.0);
+  // A horizon of hundreds of periods with frequent events stays finite.
+  EXPECT_NEAR(MixtureHalfWidth(1.0, 400.0, 0.5, 95.0, 0), 1.959964 * std::sqrt(201.0), 1e-4);
 }
 
 }  // namespace
