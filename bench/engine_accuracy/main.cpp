@@ -4,7 +4,14 @@
 // and the time per series. With Rscript and R's forecast package, auto.arima runs on the
 // same series in the same run and is measured the same way.
 //
-//   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas] [--verbose] [--only PREFIX]
+// Coverage is also given by thirds of the horizon (near, middle, far) and as the mean
+// scaled interval score (MSIS: width of the limits plus 40 times any miss, over the same
+// scale as MASE), which rewards limits that cover without being needlessly wide.
+//
+//   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
+//                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
+//                         [--only PREFIX]
+// --calibration N runs N series of each of a few known processes instead (see MakeCalibration).
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -38,7 +45,8 @@ struct Series {
 
 struct Outcome {
   bool ok = false;
-  double mase = 0, smape = 0, coverage = 0, ms = 0;
+  double mase = 0, smape = 0, coverage = 0, msis = 0, ms = 0;
+  double third_cover[3] = {0, 0, 0};  // coverage over the near, middle and far third of the horizon
   std::string model;
 };
 
@@ -130,6 +138,66 @@ std::vector<Series> MakeSynthetic() {
   return out;
 }
 
+// Calibration: many series from each of a few known processes (with the held-out periods
+// simulated too), so that the coverage of the limits is measured where the model family is
+// right and only estimation and identification can make it miss. The processes: airline
+// (0,1,1)(0,1,1)12, ARMA(1,1), random walk with drift (quarterly), AR(1) with one level
+// shift of 4 standard deviations at a random place, and white noise with an occasional pulse.
+std::vector<Series> MakeCalibration(int per_process) {
+  std::vector<Series> out;
+  std::mt19937 gen(777);
+  std::normal_distribution<double> nd(0.0, 1.0);
+  std::uniform_real_distribution<double> unif(0.0, 1.0);
+  for (int k = 0; k < per_process; ++k) {
+    {
+      const int n = 150 + 18, s = 12;
+      std::vector<double> e(n + 13), y(n + 13, 0.0);
+      for (double& v : e) v = nd(gen);
+      for (int t = 0; t < n + 13; ++t) {
+        const double w = e[t] - 0.4 * (t >= 1 ? e[t - 1] : 0) - 0.6 * (t >= s ? e[t - s] : 0) +
+                         0.24 * (t >= s + 1 ? e[t - s - 1] : 0);
+        y[t] = w + (t >= 1 ? y[t - 1] : 0) + (t >= s ? y[t - s] : 0) - (t >= s + 1 ? y[t - s - 1] : 0);
+      }
+      std::vector<double> v(y.begin() + 13, y.end());
+      for (double& x : v) x += 100.0;
+      out.push_back({"cal_airline_" + std::to_string(k), "cal airline", 12, v});
+    }
+    {
+      std::vector<double> v(156);
+      double prev = 0, pe = 0;
+      for (int t = -50; t < 156; ++t) {
+        const double e = nd(gen), x = 0.6 * prev + e + 0.3 * pe;
+        prev = x;
+        pe = e;
+        if (t >= 0) v[t] = 50.0 + x;
+      }
+      out.push_back({"cal_arma11_" + std::to_string(k), "cal arma11", 1, v});
+    }
+    {
+      std::vector<double> v(108);
+      double level = 1000.0;
+      for (double& x : v) x = (level += 2.0 + 5.0 * nd(gen));
+      out.push_back({"cal_rw_drift_" + std::to_string(k), "cal rw drift", 4, v});
+    }
+    {
+      std::vector<double> v(156);
+      const int at = 20 + static_cast<int>(unif(gen) * 130);
+      double prev = 0;
+      for (int t = 0; t < 156; ++t) {
+        prev = 0.5 * prev + nd(gen);
+        v[t] = 20.0 + prev + (t >= at ? 4.0 / std::sqrt(0.75) : 0.0);
+      }
+      out.push_back({"cal_ar1_shift_" + std::to_string(k), "cal ar1 shift", 1, v});
+    }
+    {
+      std::vector<double> v(156);
+      for (double& x : v) x = 10.0 + nd(gen) + (unif(gen) < 0.02 ? 6.0 * (unif(gen) < 0.5 ? -1 : 1) : 0.0);
+      out.push_back({"cal_pulses_" + std::to_string(k), "cal wn pulses", 1, v});
+    }
+  }
+  return out;
+}
+
 Outcome Measure(const Series& s, const std::vector<double>& fc, const std::vector<double>& lo,
                 const std::vector<double>& hi, double ms) {
   Outcome o;
@@ -140,19 +208,27 @@ Outcome Measure(const Series& s, const std::vector<double>& fc, const std::vecto
   double scale = 0.0;
   for (int t = m; t < n; ++t) scale += std::fabs(s.values[t] - s.values[t - m]);
   scale /= (n - m);
-  double ae = 0, sm = 0;
-  int covered = 0;
+  double ae = 0, sm = 0, is = 0;
+  int covered = 0, third_hits[3] = {0, 0, 0}, third_count[3] = {0, 0, 0};
   for (int i = 0; i < h; ++i) {
     const double a = s.values[n + i];
     ae += std::fabs(a - fc[i]);
     const double den = std::fabs(a) + std::fabs(fc[i]);
     sm += den > 0 ? 200.0 * std::fabs(a - fc[i]) / den : 0.0;
-    if (a >= lo[i] && a <= hi[i]) ++covered;
+    const bool in = a >= lo[i] && a <= hi[i];
+    if (in) ++covered;
+    const int third = std::min(2, 3 * i / h);
+    ++third_count[third];
+    if (in) ++third_hits[third];
+    // Interval score at 95 %: width, plus 2 / 0.05 times the distance outside.
+    is += (hi[i] - lo[i]) + 40.0 * std::max(0.0, lo[i] - a) + 40.0 * std::max(0.0, a - hi[i]);
   }
   o.ok = scale > 0;
   o.mase = ae / h / scale;
   o.smape = sm / h;
   o.coverage = 100.0 * covered / h;
+  o.msis = is / h / scale;
+  for (int k = 0; k < 3; ++k) o.third_cover[k] = third_count[k] ? 100.0 * third_hits[k] / third_count[k] : 0.0;
   o.ms = ms;
   return o;
 }
@@ -165,13 +241,17 @@ std::vector<double> Split(const std::string& text) {
   return v;
 }
 
-// auto.arima through Rscript; empty when R or its forecast package is missing.
-std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all) {
+// auto.arima through Rscript; empty when R or its forecast package is missing. With a cache
+// file, R's answers are read from it when it exists and saved into it when it does not (R's
+// own run takes minutes, and its answers do not change while our engine does).
+std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all, const fs::path& cache) {
   std::map<std::string, Outcome> out;
-  if (std::system("Rscript -e 'suppressPackageStartupMessages(library(forecast))' >/dev/null 2>&1") != 0) return out;
+  const bool cached = !cache.empty() && fs::exists(cache);
+  if (!cached && std::system("Rscript -e 'suppressPackageStartupMessages(library(forecast))' >/dev/null 2>&1") != 0)
+    return out;
   const fs::path dir = fs::temp_directory_path() / ("engine_accuracy_" + std::to_string(::getpid()));
   fs::create_directories(dir);
-  {
+  if (!cached) {
     std::ofstream in(dir / "in.txt");
     in.precision(17);
     for (const Series& s : all) {
@@ -181,12 +261,14 @@ std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all) {
       in << "\n";
     }
   }
-  const std::string cmd = std::string("Rscript '") + ENGINE_ACCURACY_DIR + "/auto_arima.R' '" + (dir / "in.txt").string() +
-                          "' '" + (dir / "out.txt").string() + "' >/dev/null 2>&1";
-  if (std::system(cmd.c_str()) == 0) {
+  const std::string cmd = std::string("Rscript '") + ENGINE_ACCURACY_DIR + "/auto_arima.R' '" +
+                          (dir / "in.txt").string() + "' '" + (dir / "out.txt").string() + "' >/dev/null 2>&1";
+  const fs::path answers = cached ? cache : dir / "out.txt";
+  if (cached || std::system(cmd.c_str()) == 0) {
+    if (!cached && !cache.empty()) fs::copy_file(answers, cache, fs::copy_options::overwrite_existing);
     std::map<std::string, const Series*> by_name;
     for (const Series& s : all) by_name[s.name] = &s;
-    std::ifstream res(dir / "out.txt");
+    std::ifstream res(answers);
     std::string line;
     while (std::getline(res, line)) {
       std::vector<std::string> f;
@@ -210,21 +292,25 @@ double Median(std::vector<double> v) {
 
 struct Summary {
   int count = 0;
-  double mase = 0, smape = 0, coverage = 0;
+  double mase = 0, smape = 0, coverage = 0, msis = 0, third[3] = {0, 0, 0};
   std::vector<double> ms;
   void Add(const Outcome& o) {
     ++count;
     mase += o.mase;
     smape += o.smape;
     coverage += o.coverage;
+    msis += o.msis;
+    for (int k = 0; k < 3; ++k) third[k] += o.third_cover[k];
     ms.push_back(o.ms);
   }
 };
 
 void PrintRow(const char* who, const std::string& group, const Summary& s) {
   if (!s.count) return;
-  std::printf("  %-14s %-16s %4d  %8.3f  %8.2f  %8.1f  %10.2f\n", who, group.c_str(), s.count, s.mase / s.count,
-              s.smape / s.count, s.coverage / s.count, Median(s.ms));
+  const double c = s.count;
+  std::printf("  %-14s %-16s %4d  %8.3f  %8.2f  %8.1f  %6.1f %6.1f %6.1f  %8.2f  %10.2f\n", who, group.c_str(),
+              s.count, s.mase / c, s.smape / c, s.coverage / c, s.third[0] / c, s.third[1] / c, s.third[2] / c,
+              s.msis / c, Median(s.ms));
 }
 
 }  // namespace
@@ -232,6 +318,9 @@ void PrintRow(const char* who, const std::string& group, const Summary& s) {
 int main(int argc, char** argv) {
   fs::path data = fs::path(ENGINE_ACCURACY_DIR) / "data";
   bool with_r = true, verbose = false;
+  int reps = 3;
+  int calibration = 0;  // series per known process; 0: the benchmark set
+  fs::path r_cache;
   std::string only;  // run only the series whose name starts with this
   // The shipped rules: lambdas 1, 0.5 and 0 evaluated, necessity at 90 %.
   quorvane::EngineRules rules;
@@ -244,11 +333,22 @@ int main(int argc, char** argv) {
     else if (a == "--no-necessity") rules.necessity = false;
     else if (a == "--no-lambdas") rules.lambdas = {1.0};
     else if (a == "--no-sufficiency") rules.sufficiency_stochastic = false;
+    else if (a == "--no-detection") rules.sufficiency_deterministic = false;
+    else if (a == "--variance-change") rules.variance_change = true;
+    else if (a == "--r-cache" && i + 1 < argc) r_cache = argv[++i];
+    else if (a == "--calibration" && i + 1 < argc) calibration = std::max(1, std::atoi(argv[++i]));
+    else if (a == "--reps" && i + 1 < argc) reps = std::max(1, std::atoi(argv[++i]));
     else if (a == "--verbose") verbose = true;
     else if (a == "--only" && i + 1 < argc) only = argv[++i];
   }
-  std::vector<Series> all = LoadReal(data);
-  for (Series& s : MakeSynthetic()) all.push_back(std::move(s));
+  std::vector<Series> all;
+  if (calibration > 0) {
+    all = MakeCalibration(calibration);
+    with_r = false;
+  } else {
+    all = LoadReal(data);
+    for (Series& s : MakeSynthetic()) all.push_back(std::move(s));
+  }
   if (!only.empty())
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Series& s) { return s.name.rfind(only, 0) != 0; }),
               all.end());
@@ -264,10 +364,10 @@ int main(int argc, char** argv) {
       p.seasonality = s.period;
       p.horizon = h;
       p.rules = rr;
-      // Best of three runs for a steady time.
+      // Best of several runs for a steady time.
       double best_ms = 1e300;
       ModelResult r;
-      for (int rep = 0; rep < 3; ++rep) {
+      for (int rep = 0; rep < reps; ++rep) {
         const double t0 = CpuMs();
         r = FitAndForecast(p, nullptr);
         best_ms = std::min(best_ms, CpuMs() - t0);
@@ -289,18 +389,18 @@ int main(int argc, char** argv) {
     plain = run_ours(rr, nullptr);
   }
   std::map<std::string, Outcome> theirs;
-  if (with_r) theirs = RunAutoArima(all);
+  if (with_r) theirs = RunAutoArima(all, r_cache);
 
   if (verbose) {
-    std::printf("%-22s %4s %5s  %-36s %8s %8s %6s %8s | %8s %8s %6s %8s\n", "series", "per", "n", "our model", "MASE",
-                "sMAPE", "cover", "ms", "R MASE", "R sMAPE", "cover", "R ms");
+    std::printf("%-22s %4s %5s  %-36s %8s %8s %6s %7s %8s | %8s %8s %6s %7s %8s\n", "series", "per", "n", "our model",
+                "MASE", "sMAPE", "cover", "MSIS", "ms", "R MASE", "R sMAPE", "cover", "MSIS", "R ms");
     for (const Series& s : all) {
       const Outcome& o = ours[s.name];
-      std::printf("%-22s %4d %5zu  %-36s %8.3f %8.2f %6.1f %8.2f", s.name.c_str(), s.period, s.values.size(),
-                  o.model.c_str(), o.mase, o.smape, o.coverage, o.ms);
+      std::printf("%-22s %4d %5zu  %-36s %8.3f %8.2f %6.1f %7.2f %8.2f", s.name.c_str(), s.period, s.values.size(),
+                  o.model.c_str(), o.mase, o.smape, o.coverage, o.msis, o.ms);
       if (theirs.count(s.name)) {
         const Outcome& t = theirs[s.name];
-        std::printf(" | %8.3f %8.2f %6.1f %8.2f", t.mase, t.smape, t.coverage, t.ms);
+        std::printf(" | %8.3f %8.2f %6.1f %7.2f %8.2f", t.mase, t.smape, t.coverage, t.msis, t.ms);
       }
       std::printf("\n");
     }
@@ -328,10 +428,12 @@ int main(int argc, char** argv) {
   std::printf("Automatic modelling, last periods held out (18 monthly, 8 quarterly, 6 other)%s%s\n",
               std::string(rules.necessity ? ", necessity test on" : ", necessity test off")
                   .append(rules.sufficiency_stochastic ? ", sufficiency on" : ", sufficiency off")
+                  .append(rules.sufficiency_deterministic ? ", interventions on" : ", interventions off")
+                  .append(rules.variance_change ? ", change of variance on" : "")
                   .c_str(),
               rules.lambdas.size() > 1 ? ", lambdas 1/0.5/0 (shipped rules)" : ", no transform");
-  std::printf("  %-14s %-16s %4s  %8s  %8s  %8s  %10s\n", "method", "group", "n", "MASE", "sMAPE%", "cover95%",
-              "median CPU ms");
+  std::printf("  %-14s %-16s %4s  %8s  %8s  %8s  %6s %6s %6s  %8s  %10s\n", "method", "group", "n", "MASE", "sMAPE%",
+              "cover95%", "near", "middle", "far", "MSIS", "median CPU ms");
   for (const auto& [group, s] : sum_ours) {
     PrintRow("ours", group, s);
     if (sum_plain.count(group)) PrintRow("ours lambda 1", group, sum_plain[group]);

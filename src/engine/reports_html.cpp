@@ -94,6 +94,21 @@ std::string Stars(double p) {
 
 std::string OnOff(bool on) { return on ? "on" : "off"; }
 
+// The rules' display lines, in the file's order: 2098 outlier tests, 2099 constancy test,
+// 2101 forecasting information, 2103 model parameters, 2104 model equation, 2106 table of
+// transformed forecasts, 2107 table of forecasts. A value of 0 leaves that part out of
+// DETAILS.HTM; a line the rules do not hold shows it.
+bool Displayed(const EngineRules& rules, int code) {
+  static const int order[] = {2098, 2099, 2101, 2103, 2104, 2106, 2107};
+  for (size_t i = 0; i < std::size(order); ++i)
+    if (order[i] == code) return i >= rules.display_options.size() || rules.display_options[i] != 0;
+  return true;
+}
+
+std::string NotDisplayed(const char* label) {
+  return "<p class=\"subtitle\">Not displayed: the rules' \"" + std::string(label) + "\" line is 0.</p>\n";
+}
+
 std::string Subtitle(const ReportInput& in) {
   const DatasetShape& s = in.request->shape;
   return std::to_string(s.observations) + " " + FrequencyWord(s.seasonality) +
@@ -229,6 +244,10 @@ IdentificationTable Identify(const ReportInput& in) {
   t.mean = Mean(x);
   t.sd = std::sqrt(Variance(x));
   int lags = std::min(std::max(2 * std::max(p.seasonality, 1), 24), std::max(t.n / 4, 1));
+  if (p.rules.robust_acf) {
+    x = RobustlyClipped(x);
+    t.series_text += " (robust: values held within 2.5 robust standard deviations of the median)";
+  }
   if (t.n > 2) {
     t.acf = Autocorrelations(x, lags);
     t.pacf = PartialAutocorrelations(x, lags);
@@ -316,9 +335,13 @@ std::string DetailsHtml(const ReportInput& in) {
     h += "<p>No steps were recorded.</p>\n";
   } else {
     h += "<ol class=\"steps\">\n";
-    for (const auto& n : r.notes)
+    for (const auto& n : r.notes) {
+      if (!Displayed(rules, 2099) && (n.heading == "Constancy of parameters" || n.heading == "Change of variance"))
+        continue;
+      if (!Displayed(rules, 2098) && n.heading == "Interventions") continue;
       h += "<li><strong>" + Escape(n.heading) + "</strong>" + (n.heading.empty() ? "" : ": ") +
            Escape(n.text) + "</li>\n";
+    }
     h += "</ol>\n";
   }
 
@@ -331,19 +354,26 @@ std::string DetailsHtml(const ReportInput& in) {
   h += "<h2>5. Final model</h2>\n<p><strong>" + Escape(ModelName(r)) + "</strong>";
   if (r.has_constant && ModelName(r).find("constant") == std::string::npos) h += " with a constant";
   h += "</p>\n";
-  if (!r.equation.empty()) h += "<div class=\"equation\">" + Escape(r.equation) + "</div>\n";
-  h += "<table>\n<tr><th>Term</th><th class=\"num\">Coefficient</th><th class=\"num\">Std error</th>"
-       "<th class=\"num\">t-value</th><th class=\"num\">p-value</th><th></th></tr>\n";
-  for (const auto& c : r.coefficients)
-    h += "<tr>" + Cell(c.term) + Cell(Num(c.value, 6), true) + Cell(Num(c.std_error, 6), true) +
-         Cell(Num(c.t_value, 2), true) + Cell(Num(c.p_value, 4), true) + Cell(Stars(c.p_value)) +
-         "</tr>\n";
-  if (r.coefficients.empty()) h += "<tr><td colspan=\"6\">No estimated terms.</td></tr>\n";
-  h += "</table>\n<p class=\"subtitle\">Significance: *** p &lt; 0.001, ** p &lt; 0.01, * p &lt; 0.05.</p>\n";
+  if (!Displayed(rules, 2104)) h += NotDisplayed("DISPLAY FORECAST MODEL EQUATION");
+  else if (!r.equation.empty()) h += "<div class=\"equation\">" + Escape(r.equation) + "</div>\n";
+  if (!Displayed(rules, 2103)) {
+    h += NotDisplayed("DISPLAY FORECAST MODEL PARAMETERS");
+  } else {
+    h += "<table>\n<tr><th>Term</th><th class=\"num\">Coefficient</th><th class=\"num\">Std error</th>"
+         "<th class=\"num\">t-value</th><th class=\"num\">p-value</th><th></th></tr>\n";
+    for (const auto& c : r.coefficients)
+      h += "<tr>" + Cell(c.term) + Cell(Num(c.value, 6), true) + Cell(Num(c.std_error, 6), true) +
+           Cell(Num(c.t_value, 2), true) + Cell(Num(c.p_value, 4), true) + Cell(Stars(c.p_value)) +
+           "</tr>\n";
+    if (r.coefficients.empty()) h += "<tr><td colspan=\"6\">No estimated terms.</td></tr>\n";
+    h += "</table>\n<p class=\"subtitle\">Significance: *** p &lt; 0.001, ** p &lt; 0.01, * p &lt; 0.05.</p>\n";
+  }
 
   // Interventions.
   h += "<h2>6. Interventions</h2>\n";
-  if (r.interventions.empty()) {
+  if (!Displayed(rules, 2098)) {
+    h += NotDisplayed("DISPLAY OUTLIER TEST RESULTS");
+  } else if (r.interventions.empty()) {
     h += "<p>No pulses, level shifts, seasonal pulses or local trends were found.</p>\n";
   } else {
     h += "<table>\n<tr><th>Type</th><th>Period</th><th class=\"num\">Observation</th>"
@@ -365,13 +395,66 @@ std::string DetailsHtml(const ReportInput& in) {
     h += "<p>No forecasts were asked for.</p>\n";
   } else {
     std::string level = PercentText(rules.forecast_confidence);
-    h += "<table>\n<tr><th>Period</th><th class=\"num\">Forecast</th><th class=\"num\">Lower " +
-         level + "</th><th class=\"num\">Upper " + level + "</th></tr>\n";
-    for (size_t k = 0; k < r.forecasts.size(); ++k)
-      h += "<tr>" + Cell(ForecastLabel(in, static_cast<int>(k))) + Cell(Num(r.forecasts[k], 4), true) +
-           Cell(Num(k < r.lower.size() ? r.lower[k] : r.forecasts[k], 4), true) +
-           Cell(Num(k < r.upper.size() ? r.upper[k] : r.forecasts[k], 4), true) + "</tr>\n";
-    h += "</table>\n";
+    if (Displayed(rules, 2101)) {
+      h += "<p>" + std::to_string(r.forecasts.size()) + " forecasts from the end of the estimation sample, with " +
+           level + " limits from the model's psi-weights";
+      if (r.lambda != 1.0) h += ", transformed back from the " + Escape(TransformName(r.lambda)) + " scale (the "
+                                "forecast is the median there, the limits its quantiles)";
+      h += ". The limits allow for the estimation of the model (degrees of freedom, t quantiles, the error of "
+           "the coefficients and of the constant); in automatic modelling also for interventions like those "
+           "found happening again at the rate seen.";
+      if (rules.convert_positive) h += " Negative values are set to 0.";
+      if (rules.convert_integers) h += " Forecasts are rounded to integers, the limits outwards.";
+      h += "</p>\n";
+    }
+    if (r.lambda != 1.0 && Displayed(rules, 2106)) {
+      h += "<p>On the " + Escape(TransformName(r.lambda)) + " scale the model works in:</p>\n<table>\n<tr>"
+           "<th>Period</th><th class=\"num\">Forecast</th><th class=\"num\">Lower " + level +
+           "</th><th class=\"num\">Upper " + level + "</th></tr>\n";
+      auto on_scale = [&](double v) { return v > 0.0 ? Num(BoxCox(v, r.lambda), 6) : std::string("-"); };
+      for (size_t k = 0; k < r.forecasts.size(); ++k)
+        h += "<tr>" + Cell(ForecastLabel(in, static_cast<int>(k))) + Cell(on_scale(r.forecasts[k]), true) +
+             Cell(on_scale(k < r.lower.size() ? r.lower[k] : r.forecasts[k]), true) +
+             Cell(on_scale(k < r.upper.size() ? r.upper[k] : r.forecasts[k]), true) + "</tr>\n";
+      h += "</table>\n";
+    }
+    if (!Displayed(rules, 2107)) {
+      h += NotDisplayed("DISPLAY TABLE OF FORECAST VALUES");
+    } else {
+      h += "<table>\n<tr><th>Period</th><th class=\"num\">Forecast</th><th class=\"num\">Lower " +
+           level + "</th><th class=\"num\">Upper " + level + "</th></tr>\n";
+      for (size_t k = 0; k < r.forecasts.size(); ++k)
+        h += "<tr>" + Cell(ForecastLabel(in, static_cast<int>(k))) + Cell(Num(r.forecasts[k], 4), true) +
+             Cell(Num(k < r.lower.size() ? r.lower[k] : r.forecasts[k], 4), true) +
+             Cell(Num(k < r.upper.size() ? r.upper[k] : r.forecasts[k], 4), true) + "</tr>\n";
+      h += "</table>\n";
+    }
+  }
+
+  // "PRINT EXCEPTION REPORT": what an analyst of many series should look at in this one.
+  if (rules.exception_report) {
+    std::vector<std::string> items;
+    const int last = static_cast<int>(p.y.size());
+    for (const auto& iv : r.interventions)
+      if (iv.observation > last - kEarlySignalWindow)
+        items.push_back(std::string("Early signal: ") + InterventionName(iv.type) + " at " +
+                        ObservationLabel(in, iv.observation - 1) + " (impact " + Num(iv.impact, 4) + ").");
+    for (const auto& c : r.parameter_changes)
+      items.push_back("The parameters changed at " + ObservationLabel(in, c.observation - 1) + ".");
+    for (const auto& c : r.variance_changes)
+      items.push_back("The residual variance changed at " + ObservationLabel(in, c.observation - 1) + " from " +
+                      Num(c.before, 4) + " to " + Num(c.after, 4) + ".");
+    if (r.ljung_box_lags > 0 && r.ljung_box_p < 0.05)
+      items.push_back("The residuals are autocorrelated (Ljung-Box p-value " + Num(r.ljung_box_p, 4) + ").");
+    int outside = 0;
+    for (const auto& f : in.retained)
+      if (f.actual < f.lower || f.actual > f.upper) ++outside;
+    if (outside > 0)
+      items.push_back(std::to_string(outside) + " of " + std::to_string(in.retained.size()) +
+                      " retained values lie outside the limits.");
+    h += "<h2>Exceptions</h2>\n";
+    if (items.empty()) h += "<p>None.</p>\n";
+    for (const auto& item : items) h += "<div class=\"note\">" + Escape(item) + "</div>\n";
   }
 
   std::vector<std::string> warnings = in.request->warnings;

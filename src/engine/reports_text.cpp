@@ -436,7 +436,9 @@ std::vector<std::string> WriteDatasetReports(const std::filesystem::path& folder
 
   ModelFile model = ModelFileFromResult(r, p.output_name, r.inputs_kept, p.rules.difference_inputs);
   if (!WriteModelFile(folder / "PASS2MOD.123", model)) failed.push_back("PASS2MOD.123");
-  if (p.rules.save_model_file && !WriteModelFile(folder / (p.output_name + ".MOD"), model))
+  // SAVEMOD.QVX or the rules' "STORE" ask for the final model under the series' name.
+  if ((p.rules.save_model_file || p.rules.store_model) &&
+      !WriteModelFile(folder / (p.output_name + ".MOD"), model))
     failed.push_back(p.output_name + ".MOD");
 
   std::vector<std::string> fitted = {"Period,Actual,Fitted,Residual,Cleansed"};

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "engine/forecast_file.h"
 #include "engine/model_file.h"
 #include "engine/reports.h"
@@ -171,6 +173,54 @@ TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
   EXPECT_EQ((*acf)[2], "2,-0.210000,-0.166667,0.166667");
   auto eq = tessaly::platform::ReadAllLines(dir / "EQUATION.CSV");
   EXPECT_EQ((*eq)[4], "LEVEL SHIFT 1951/6,intervention,0,25.00000000,5.00000000,5.0000,0.000020");
+}
+
+TEST(Reports, DisplayLinesStoreAndRobustAutocorrelationsOfTheRules) {
+  TempDir dir;
+  EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  EngineRules rules;
+  rules.store_model = true;  // "STORE" alone, without SAVEMOD.QVX, keeps the model
+  // Outlier tests, model parameters and equation, and the forecast table off; forecasting
+  // information, the constancy test and the transformed forecasts on.
+  rules.display_options = {0, 1, 1, 0, 0, 1, 0};
+  PreparedRequest req = PrepareRequest(a, rules);
+  ModelResult r = testdata::KnownResult(144, 12);
+  ReportInput in{&req, &r, "ENGINE.GO", {}, false, {}};
+  EXPECT_TRUE(WriteDatasetReports(dir.path(), in).empty());
+  EXPECT_TRUE(std::filesystem::exists(dir / "PASSENGERS.MOD"));
+  const std::string details = ReadFile(dir / "DETAILS.HTM");
+  for (const char* line : {"DISPLAY OUTLIER TEST RESULTS", "DISPLAY FORECAST MODEL PARAMETERS",
+                           "DISPLAY FORECAST MODEL EQUATION", "DISPLAY TABLE OF FORECAST VALUES"})
+    EXPECT_NE(details.find(std::string("Not displayed: the rules' \"") + line), std::string::npos) << line;
+  EXPECT_EQ(details.find("Level Shift</td><td>1951/6</td>"), std::string::npos);
+  EXPECT_EQ(details.find("LS(1951/6)"), std::string::npos);
+  // The forecasts on the log scale: ln 500 = 6.214608.
+  EXPECT_NE(details.find("<td class=\"num\">6.214608</td>"), std::string::npos);
+  EXPECT_NE(details.find("forecasts from the end of the estimation sample"), std::string::npos);
+  EXPECT_EQ(details.find("<h2>Exceptions</h2>"), std::string::npos);
+  // The exception report names the pulse at the last observation as an early signal.
+  req.problem.rules.exception_report = true;
+  const std::string with_exceptions = DetailsHtml(in);
+  EXPECT_NE(with_exceptions.find("<h2>Exceptions</h2>"), std::string::npos);
+  EXPECT_NE(with_exceptions.find("Early signal: Pulse at 1960/12"), std::string::npos);
+
+  // Robust autocorrelations: two wild values in a smooth AR(1) series pull the ordinary lag-1
+  // autocorrelation far below its value; clipped at 2.5 robust standard deviations they do not.
+  ModelingProblem& p = req.problem;
+  p.y.assign(200, 0.0);
+  double x = 0.0;
+  for (int t = 0; t < 200; ++t) p.y[t] = x = 0.8 * x + std::sin(1.7 * t * t);
+  p.y[60] += 60.0;
+  p.y[140] -= 60.0;
+  ModelResult plain;
+  plain.lambda = 1.0;
+  ReportInput id{&req, &plain, "ENGINE.GO", {}, false, {}};
+  const double ordinary = Identify(id).acf[0];
+  p.rules.robust_acf = true;
+  const IdentificationTable robust = Identify(id);
+  EXPECT_LT(ordinary, 0.3);
+  EXPECT_GT(robust.acf[0], 0.6);
+  EXPECT_NE(robust.series_text.find("robust"), std::string::npos);
 }
 
 TEST(Reports, RunWideFilesGainOneHeaderAndTheRowsOfEachDataset) {

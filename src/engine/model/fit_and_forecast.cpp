@@ -209,7 +209,7 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
 // Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
 void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
             double lambda, double scale, int horizon, double coverage, const std::vector<double>& effects = {},
-            int effect_count = 0) {
+            int effect_count = 0, const LimitAllowances& allow = {}) {
   const int n = static_cast<int>(y.size());
   // With interventions the noise model runs on the series less their effects (n values,
   // then the forecast periods), which are added back to its predictions.
@@ -266,7 +266,7 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   FillResidualDiagnostics(r, model_resid, fit.orders.period, fit.orders.FreeCount(), used);
 
   if (horizon > 0) {
-    ArimaForecast fc = ForecastArima(u, fit, horizon, coverage);
+    ArimaForecast fc = ForecastArima(u, fit, horizon, coverage, allow);
     for (int h = 0; h < horizon && n + h < static_cast<int>(effects.size()); ++h) {
       fc.mean[h] += effects[n + h];
       fc.lower[h] += effects[n + h];
@@ -281,6 +281,32 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
       r.upper[h] = InverseBoxCox(fc.upper[h] * scale, lambda);
     }
   }
+}
+
+// What the forecast limits allow for beyond the model taken as known: the estimation
+// (EstimationAllowances), and the interventions found, which stand for events that may
+// happen again, at the rate and of the size seen: a model that explains the past by a few
+// shifts must not forecast as if the future held none. `sigma2` is the variance the limits
+// start from (the fit's, or the last segment's after a change of variance).
+LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std::vector<DetectedIntervention>& found) {
+  LimitAllowances a = EstimationAllowances(
+      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()), sigma2);
+  const std::pair<int, EventShape> shapes[] = {{kPulse, EventShape::Pulse},
+                                               {kLevelShift, EventShape::Step},
+                                               {kSeasonalPulse, EventShape::SeasonalPulse},
+                                               {kLocalTrend, EventShape::Ramp}};
+  const int span = std::max(1, static_cast<int>(fit.n));
+  for (const auto& [type, shape] : shapes) {
+    int count = 0;
+    double squares = 0.0;
+    for (const DetectedIntervention& d : found)
+      if (d.type == type) {
+        ++count;
+        squares += d.impact * d.impact;
+      }
+    if (count > 0) a.events.push_back({shape, static_cast<double>(count) / span, squares / count});
+  }
+  return a;
 }
 
 // A power of two near the size of the series: fitting on z / scale keeps squares finite
@@ -325,7 +351,21 @@ void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const ch
 
 }  // namespace
 
+namespace {
+ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage);
+}  // namespace
+
+// Every kind of model ends with the rules' conversions of its forecasts.
 ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
+  ModelResult r = ModelAndForecast(problem, on_stage);
+  ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
+                        problem.rules.convert_integers);
+  return r;
+}
+
+namespace {
+
+ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
   // Presets, the user's model and problems with input series are models of a given
   // structure or transfer functions (structured.h), which come back here for one series.
   if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
@@ -633,10 +673,22 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
       r.notes.push_back({kHeadVarianceChange, "No change of the residual variance at " +
                                                   Format("%.1f", rules.variance_level) + " %."});
     } else {
-      fit.sigma2 = LastSegmentVariance(e, first, changes);
+      // Each one-step error weighted by the inverse of its segment's standard deviation: the
+      // noisy stretch no longer outweighs the quiet one, and the innovation variance that
+      // comes out is the last segment's, on which the limits rest.
+      std::vector<double> u = z;
+      for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) u[t] -= effects[t];
+      const ArimaFit weighted = FitArimaWeighted(u, fit, SegmentScales(n, changes), crit);
+      const bool reweighted = weighted.ok;
+      if (reweighted) fit = weighted;
+      else fit.sigma2 = LastSegmentVariance(e, first, changes);
       const std::string since = ObservationPeriodText(changes.back().index, problem.seasonality, problem.begin_year,
                                                       problem.begin_period);
       r.notes.push_back({kHeadVarianceChange, "The residual variance changed " + text +
+                                                  (reweighted ? "the model was estimated again with each observation "
+                                                                "weighted by the inverse of its segment's standard "
+                                                                "deviation; "
+                                                              : std::string()) +
                                                   "the forecast limits use the variance since " + since + "."});
       r.warnings.push_back("The residual variance changed; the forecast limits use the variance since " + since + ".");
     }
@@ -668,7 +720,8 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
 
   // 4. Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
-  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()));
+  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()),
+         ForecastAllowances(fit, fit.sigma2, found));
   {
     std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
                        Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
@@ -687,5 +740,7 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   }
   return r;
 }
+
+}  // namespace
 
 }  // namespace quorvane

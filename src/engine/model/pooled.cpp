@@ -1787,8 +1787,12 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
 ModelResult FitEngineModel(const ModelingProblem& problem, const StageCallback& on_stage) {
   const int observations = static_cast<int>(problem.y.size() + problem.retained.size());
   const PoolLayout layout = PoolLayoutFor(problem.rules, observations);
-  if (layout.error_code != 0 || layout.pooled()) return FitPooled(problem, on_stage);
-  return FitModel(problem, on_stage);
+  if (layout.error_code == 0 && !layout.pooled()) return FitAndForecast(problem, on_stage);
+  // A pooled model ends, as every other kind does, with the rules' conversions of its forecasts.
+  ModelResult r = FitPooled(problem, on_stage);
+  ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
+                        problem.rules.convert_integers);
+  return r;
 }
 
 }  // namespace quorvane

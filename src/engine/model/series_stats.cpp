@@ -40,6 +40,25 @@ std::vector<double> Autocorrelations(const std::vector<double>& x, int max_lag) 
   return r;
 }
 
+std::vector<double> RobustlyClipped(const std::vector<double>& x, double k) {
+  if (x.size() < 3) return x;
+  auto median = [](std::vector<double> v) {
+    const size_t h = v.size() / 2;
+    std::nth_element(v.begin(), v.begin() + h, v.end());
+    const double upper = v[h];
+    if (v.size() % 2) return upper;
+    return 0.5 * (upper + *std::max_element(v.begin(), v.begin() + h));
+  };
+  const double med = median(x);
+  std::vector<double> dev(x.size());
+  for (size_t i = 0; i < x.size(); ++i) dev[i] = std::fabs(x[i] - med);
+  const double sd = 1.4826 * median(dev);
+  if (!(sd > 0.0)) return x;
+  std::vector<double> out(x);
+  for (double& v : out) v = std::clamp(v, med - k * sd, med + k * sd);
+  return out;
+}
+
 std::vector<double> PartialAutocorrelations(const std::vector<double>& x, int max_lag) {
   const std::vector<double> r = Autocorrelations(x, max_lag);
   std::vector<double> pacf(r.size(), 0.0);

@@ -20,6 +20,11 @@ std::vector<double> Autocorrelations(const std::vector<double>& x, int max_lag);
 // Partial autocorrelations 1..max_lag from the autocorrelations (Durbin-Levinson).
 std::vector<double> PartialAutocorrelations(const std::vector<double>& x, int max_lag);
 
+// The series with each value held within k robust standard deviations (1.4826 times the
+// median absolute deviation) of its median: autocorrelations of it are robust to a few
+// outliers, which otherwise pull every correlation towards zero.
+std::vector<double> RobustlyClipped(const std::vector<double>& x, double k = 2.5);
+
 // Applies (1 - B^lag) `times` times. The result is shorter by lag*times (empty when the
 // series is not longer than that). lag < 1 or times < 0 give the series unchanged.
 std::vector<double> Difference(const std::vector<double>& x, int lag, int times = 1);

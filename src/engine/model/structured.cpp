@@ -279,6 +279,7 @@ std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int 
     own.rules = rules;
     own.rules.forecasting_enabled = true;
     own.rules.forecasts = own.horizon;
+    own.rules.convert_positive = own.rules.convert_integers = false;  // the output's conversions
     const ModelResult f = FitAndForecast(own, nullptr);
     if (f.error_code == 0 && !f.forecasts.empty()) {
       path.insert(path.end(), f.forecasts.begin(), f.forecasts.end());
@@ -484,7 +485,8 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   // Forecasts: the noise forecast from its own model plus the columns' future values.
   if (horizon > 0) {
     const std::vector<double> u = RemoveRegressors(z, X, fr.beta);
-    const ArimaForecast fc = ForecastArima(u, f, horizon, problem.rules.forecast_confidence);
+    const ArimaForecast fc = ForecastArima(u, f, horizon, problem.rules.forecast_confidence,
+                                           EstimationAllowances(f, r.parameters, f.sigma2));
     r.forecasts.resize(horizon);
     r.lower.resize(horizon);
     r.upper.resize(horizon);

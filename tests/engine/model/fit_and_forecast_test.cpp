@@ -70,6 +70,20 @@ TEST(FitAndForecast, AirlineSeriesGetsTheAirlineModelOnLogs) {
   EXPECT_NE(r.equation.find("(1 - B**12)"), std::string::npos);
   // Back-transformed limits are asymmetric, as on the original scale they must be.
   EXPECT_GT(r.upper[11] - r.forecasts[11], r.forecasts[11] - r.lower[11]);
+  // The point forecast is the back-transformed median and the limits the back-transformed
+  // quantiles, symmetric on the log scale: lower * upper = forecast^2. Against the model
+  // taken as known (R's forecast of this model: 450.42 [418.89, 484.33] one month ahead,
+  // 477.24 [406.17, 560.75] twelve ahead), the log half-widths are wider by the allowance for
+  // estimation: degrees of freedom, t quantiles, the estimated coefficients (2 to 4 %).
+  EXPECT_NEAR(r.forecasts[0], 450.42, 0.5);
+  EXPECT_NEAR(r.forecasts[11], 477.24, 0.8);
+  for (int h : {0, 11}) {
+    EXPECT_NEAR(r.lower[h] * r.upper[h] / (r.forecasts[h] * r.forecasts[h]), 1.0, 1e-9);
+    const double known = h == 0 ? std::log(484.3289388 / 450.4223703) : std::log(560.7481540 / 477.2425644);
+    const double ours = std::log(r.upper[h] / r.forecasts[h]);
+    EXPECT_GT(ours / known, 1.015) << h;
+    EXPECT_LT(ours / known, 1.045) << h;
+  }
   // July 1961 above January 1961, like every year of the data.
   EXPECT_GT(r.forecasts[6], r.forecasts[0]);
   EXPECT_GT(r.ljung_box_p, 0.05);
@@ -245,6 +259,52 @@ TEST(FitAndForecast, RulesSwitchForecastingAndNecessity) {
   r = FitAndForecast(p, nullptr);
   EXPECT_FALSE(has_note(r, "Sufficiency"));
   EXPECT_FALSE(has_note(r, "Necessity"));
+}
+
+TEST(FitAndForecast, RulesConvertForecastsToPositiveValuesAndIntegers) {
+  // A small count falling towards zero: its lower limits go below zero as they stand.
+  std::vector<double> y = testdata::SimulateArma11(120, 0.0, 0.0, 1.5, 17);
+  for (size_t t = 0; t < y.size(); ++t) y[t] += 4.0 - 0.02 * t;
+  ModelingProblem p = Problem(y, 1, 8);
+  p.rules.sufficiency_deterministic = false;
+  const ModelResult plain = FitAndForecast(p, nullptr);
+  ExpectWellFormed(plain, 120, 8);
+  ASSERT_LT(plain.lower[7], 0.0);
+  p.rules.convert_positive = true;
+  p.rules.convert_integers = true;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 120, 8);
+  for (int h = 0; h < 8; ++h) {
+    EXPECT_EQ(r.forecasts[h], std::round(std::max(plain.forecasts[h], 0.0))) << h;
+    EXPECT_EQ(r.lower[h], std::floor(std::max(plain.lower[h], 0.0))) << h;
+    EXPECT_EQ(r.upper[h], std::ceil(plain.upper[h])) << h;
+  }
+  // Positive only: no rounding.
+  p.rules.convert_integers = false;
+  const ModelResult pos = FitAndForecast(p, nullptr);
+  EXPECT_EQ(pos.lower[7], 0.0);
+  EXPECT_EQ(pos.forecasts[0], plain.forecasts[0]);
+}
+
+TEST(FitAndForecast, LimitsAllowForLevelShiftsLikeTheOneFoundHappeningAgain) {
+  // AR(1) noise around a level that shifts by 6 standard deviations half-way. With the shift
+  // found and held as an effect, the noise alone would give limits that widen only from
+  // 1 to sqrt(1 + 0.25 + ...) = 1.15 times between 1 and 12 months ahead; a shift like it,
+  // once in 150 periods, may happen again within 12 months with a chance near 8 %, which
+  // widens the far limits well beyond that while the first stays almost as it was.
+  std::vector<double> y = testdata::SimulateArma11(150, 0.5, 0.0, 1.0, 31);
+  for (size_t t = 0; t < y.size(); ++t) y[t] += 20.0 + (t >= 75 ? 6.0 : 0.0);
+  ModelingProblem p = Problem(y, 1, 12);
+  p.rules.include_local_trend = false;
+  const ModelResult r = FitAndForecast(p, nullptr);
+  ExpectWellFormed(r, 150, 12);
+  bool shift = false;
+  for (const Intervention& iv : r.interventions) shift = shift || (iv.type == 2 && std::abs(iv.observation - 76) <= 2);
+  ASSERT_TRUE(shift);
+  EXPECT_EQ(r.d, 0);
+  const double near = r.upper[0] - r.lower[0], far = r.upper[11] - r.lower[11];
+  EXPECT_LT(near, 2.0 * 1.96 * 1.2);
+  EXPECT_GT(far / near, 1.4);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The stepwise search finds the process that made a series, and the forecasts of a fixed
 // model follow the closed forms of its point forecasts and error variances.
 #include <cmath>
+#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -90,6 +91,78 @@ TEST(ForecastArima, FollowsTheClosedFormsOfKnownModels) {
   EXPECT_TRUE(std::isnan(pred[3]));
   EXPECT_NEAR(pred[7], 4.0, 1e-9);
   EXPECT_TRUE(ForecastArima(y, ar, 0, 95.0).mean.empty());
+}
+
+TEST(ForecastArima, AllowancesWidenTheLimitsByTheirKnownAmounts) {
+  // Random walk with drift on 41 values: 40 differences. The drift is their mean, whose
+  // variance under white noise is sigma2 / 40; its error grows with the horizon, so the
+  // h-step variance is sigma2 (h + h^2 / 40).
+  std::vector<double> z{100.0};
+  std::mt19937 gen(5);
+  std::normal_distribution<double> N(0.3, 1.0);
+  for (int t = 0; t < 40; ++t) z.push_back(z.back() + N(gen));
+  ArimaFit rw;
+  rw.ok = true;
+  rw.orders.d = 1;
+  rw.orders.constant = true;
+  rw.mean = (z.back() - z.front()) / 40.0;
+  rw.sigma2 = 1.0;
+  LimitAllowances a;
+  a.constant_error = true;
+  a.sigma2 = 2.0;
+  ArimaForecast fc = ForecastArima(z, rw, 12, 95.0, a);
+  for (int h : {1, 6, 12})
+    EXPECT_NEAR(fc.se[h - 1], std::sqrt(2.0 * (h + h * h / 40.0)), 1e-6) << h;
+  EXPECT_NEAR(fc.mean[11], z.back() + 12 * rw.mean, 1e-9);
+  // Student's t with 10 degrees of freedom: 2.228 in place of 1.960.
+  a.degrees_of_freedom = 10;
+  fc = ForecastArima(z, rw, 12, 95.0, a);
+  EXPECT_NEAR((fc.upper[5] - fc.mean[5]) / fc.se[5], 2.228139, 1e-5);
+  // The estimated coefficients' share scales the innovation part: AR(1), 4 coefficients
+  // over 40 innovations, 1.1 times the variance.
+  ArimaFit ar;
+  ar.ok = true;
+  ar.orders.p = 1;
+  ar.coef.ar = {0.5};
+  ar.sigma2 = 1.0;
+  LimitAllowances k;
+  k.coefficient_share = 0.1;
+  fc = ForecastArima(z, ar, 3, 95.0, k);
+  EXPECT_NEAR(fc.se[2], std::sqrt(1.1 * (1 + 0.25 + 0.0625)), 1e-12);
+}
+
+TEST(ForecastArima, RecurringInterventionsWidenTheTailsByTheirRateAndSize) {
+  ArimaFit wn;
+  wn.ok = true;
+  wn.sigma2 = 1.0;
+  const std::vector<double> z(50, 0.0);
+  // Level shifts of size 5 once in 100 periods: by horizon h, 0.01 h of them on average,
+  // each of variance 25: the error variance is 1 + 0.25 h.
+  LimitAllowances a;
+  a.events.push_back({EventShape::Step, 0.01, 25.0});
+  ArimaForecast fc = ForecastArima(z, wn, 20, 95.0, a);
+  EXPECT_NEAR(fc.se[9], std::sqrt(1.0 + 2.5), 1e-12);
+  EXPECT_NEAR(fc.se[19], std::sqrt(1.0 + 5.0), 1e-12);
+  // A pulse only hits its own period: the same variance at every horizon.
+  a.events = {{EventShape::Pulse, 0.02, 16.0}};
+  fc = ForecastArima(z, wn, 20, 95.0, a);
+  EXPECT_NEAR(fc.se[0], std::sqrt(1.0 + 0.32), 1e-12);
+  EXPECT_NEAR(fc.se[19], std::sqrt(1.0 + 0.32), 1e-12);
+  // The limits are the quantiles of the mixture: a 2 % chance of a pulse of size 4 moves the
+  // 97.5 % point only a little, far less than a normal of the same total variance would.
+  const double half = fc.upper[0] - fc.mean[0];
+  EXPECT_GT(half, 1.959964);
+  EXPECT_LT(half, 1.959964 * std::sqrt(1.32));
+  // Checked against the mixture's tail probability: 0.98 P(|N(0,1)| > x) + 0.0198 P(|N(0,17)| > x)
+  // + the rest at 2 and more pulses, which together make 5 %.
+  double tail = 0.0, w = std::exp(-0.02);
+  for (int j = 0; j < 10; ++j, w *= 0.02 / j) tail += w * std::erfc(half / std::sqrt(2.0 * (1.0 + 16.0 * j)));
+  EXPECT_NEAR(tail, 0.05, 1e-6);
+  // Many small events: the mixture is nearly normal with the total variance.
+  EXPECT_NEAR(MixtureHalfWidth(1.0, 50.0, 0.02, 95.0, 0), 1.959964 * std::sqrt(2.0), 0.02);
+  EXPECT_DOUBLE_EQ(MixtureHalfWidth(4.0, 0.0, 9.0, 95.0, 0), 1.959963984540054 * 2.0);
+  // A horizon of hundreds of periods with frequent events stays finite.
+  EXPECT_NEAR(MixtureHalfWidth(1.0, 400.0, 0.5, 95.0, 0), 1.959964 * std::sqrt(201.0), 1e-4);
 }
 
 }  // namespace
