@@ -14,6 +14,7 @@
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
+#include "engine/model/simulation.h"
 #include "engine/model/structured.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/texts.h"
@@ -358,6 +359,9 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
 // Every kind of model ends with the rules' conversions of its forecasts.
 ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
   ModelResult r = ModelAndForecast(problem, on_stage);
+  // Simulation replaces the limits of any kind of model (automatic, preset, the user's)
+  // before the conversions, which then act on the simulated figures.
+  ApplySimulation(problem, r);
   ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
                         problem.rules.convert_integers);
   return r;
