@@ -139,5 +139,30 @@ TEST(Simulation, FitAndForecastTakesTheRulesVarianceAndSeed) {
   EXPECT_NEAR(clock.simulation.noise_variance, TransformedInnovationVariance(plain), 1e-9);
 }
 
+// Where there is nothing to simulate, the forecasts stay the model's own and a warning says why.
+TEST(Simulation, RefusedWithAReasonWhenThereIsNothingToSimulate) {
+  ModelingProblem spares = Airline(true, 1.0, 5);
+  spares.output_name = "SPARES";
+  spares.seasonality = 1;
+  spares.y = {0, 6, 5, 0, 0, 6, 0, 0, 0, 6, 0, 0, 4, 0, 3, 0, 0, 0, 0, 0, 0, 0, 4, 0, 7, 0, 0, 0, 0, 0,
+              7, 0, 0, 4, 0, 4, 9, 0, 6, 0, 0, 0, 6, 4, 3, 0, 0, 0, 6, 0, 0, 0, 0, 0, 4, 0, 3, 0, 0, 0};
+  spares.rules.intermittent = true;
+  const ModelResult croston = FitAndForecast(spares, {});
+  ASSERT_EQ(croston.error_code, 0);
+  ASSERT_EQ(croston.description.rfind("CROSTON", 0), 0u) << croston.description;
+  EXPECT_FALSE(croston.simulation.done);
+  ASSERT_FALSE(croston.warnings.empty());
+  EXPECT_EQ(croston.warnings.back().rfind("No simulation: the model (CROSTON", 0), 0u) << croston.warnings.back();
+  EXPECT_EQ(croston.forecasts.size(), 12u);
+
+  ModelingProblem off = Airline(true, 1.0, 5);
+  off.rules.forecasting_enabled = false;
+  const ModelResult none = FitAndForecast(off, {});
+  EXPECT_FALSE(none.simulation.done);
+  EXPECT_TRUE(none.forecasts.empty());
+  EXPECT_EQ(none.warnings.back(),
+            "Simulation was asked for, but no forecast periods were computed: nothing was simulated.");
+}
+
 }  // namespace
 }  // namespace quorvane
