@@ -139,6 +139,25 @@ TEST(Simulation, FitAndForecastTakesTheRulesVarianceAndSeed) {
   EXPECT_NEAR(clock.simulation.noise_variance, TransformedInnovationVariance(plain), 1e-9);
 }
 
+// Presets go through the same hook with their own structure: a random walk's paths spread
+// as the square root of the horizon; Holt-Winters is simulated in its ARIMA form.
+TEST(Simulation, PresetsAreSimulatedWithTheirOwnStructure) {
+  ModelingProblem walk = Airline(true, 16.0, 99);
+  walk.objective = 6;
+  const ModelResult rw = FitAndForecast(walk, {});
+  ASSERT_EQ(rw.error_code, 0);
+  ASSERT_TRUE(rw.simulation.done);
+  for (int h : {1, 4, 12}) EXPECT_NEAR(rw.simulation.sd[h - 1], 4.0 * std::sqrt(h), 0.1 * 4.0 * std::sqrt(h)) << h;
+
+  ModelingProblem hw = Airline(true, 16.0, 99);
+  hw.objective = 11;
+  const ModelResult smoothing = FitAndForecast(hw, {});
+  ASSERT_EQ(smoothing.error_code, 0);
+  ASSERT_TRUE(smoothing.simulation.done);
+  EXPECT_NEAR(smoothing.simulation.sd[0], 4.0, 0.4);
+  EXPECT_GT(smoothing.simulation.sd[11], smoothing.simulation.sd[0]);
+}
+
 // Where there is nothing to simulate, the forecasts stay the model's own and a warning says why.
 TEST(Simulation, RefusedWithAReasonWhenThereIsNothingToSimulate) {
   ModelingProblem spares = Airline(true, 1.0, 5);
