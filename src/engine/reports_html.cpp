@@ -407,9 +407,13 @@ std::string DetailsHtml(const ReportInput& in) {
       h += " from the model's psi-weights";
       if (r.lambda != 1.0) h += ", transformed back from the " + Escape(TransformName(r.lambda)) + " scale (the "
                                 "forecast is the median there, the limits its quantiles)";
-      h += ". The limits allow for the estimation of the model (degrees of freedom, t quantiles, the error of "
-           "the coefficients and of the constant); in automatic modelling also for interventions like those "
-           "found happening again at the rate seen.";
+      if (r.simulation.done)
+        h += ". The simulated limits are those of the model taken as known: unlike the model's own, they make no "
+             "allowance for the estimation of the model or for interventions happening again.";
+      else
+        h += ". The limits allow for the estimation of the model (degrees of freedom, t quantiles, the error of "
+             "the coefficients and of the constant); in automatic modelling also for interventions like those "
+             "found happening again at the rate seen.";
       if (rules.convert_positive) h += " Negative values are set to 0.";
       if (rules.convert_integers) h += " Forecasts are rounded to integers, the limits outwards.";
       h += "</p>\n";

@@ -63,6 +63,7 @@ TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   EXPECT_NE(details.find("<td>Noise variance</td><td>25"), std::string::npos);
   EXPECT_NE(details.find("<th class=\"num\">Sample path</th>"), std::string::npos);
   EXPECT_NE(details.find("medians of 1000 simulated futures"), std::string::npos);
+  EXPECT_NE(details.find("The simulated limits are those of the model taken as known"), std::string::npos);
   EXPECT_EQ(ReadFile(plain_dir / "DETAILS.HTM").find("Simulation</h2>"), std::string::npos);
   EXPECT_NE(ReadFile(sim_dir / "OUTCAST.TXT")
                 .find("Forecasts are the medians of 1000 simulated paths (seed 77, noise variance 25"),
