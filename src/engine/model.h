@@ -100,6 +100,20 @@ struct Note {
   std::string text;
 };
 
+// Monte Carlo simulation of the fitted model over the forecast periods ("SIMULATION
+// ENABLED"): what was drawn and what the paths gave, by horizon, on the series' own scale.
+struct SimulationSummary {
+  bool done = false;
+  int paths = 0;
+  uint64_t seed = 0;              // the seed used
+  bool seed_from_clock = false;   // the rules gave 0: the seed was taken from the clock
+  double noise_variance = 0.0;    // innovation variance on the model's (transformed) scale
+  bool variance_estimated = false;// the rules gave none: the fit's estimated variance
+  double coverage = 95.0;         // percent, of the limits
+  std::vector<double> mean, median, sd, lower, upper;
+  std::vector<double> sample_path;// one simulated future, as an example
+};
+
 // A finished model with everything the reports need.
 struct ModelResult {
   int16_t error_code = 0;       // 0 success; else a code of the catalogue
@@ -148,6 +162,8 @@ struct ModelResult {
 
   std::vector<Note> notes;                // identification and diagnosis steps, in order
   std::vector<std::string> warnings;
+
+  SimulationSummary simulation;           // filled when the rules ask for simulation
 };
 
 // Automatic modelling (and, as they arrive, the presets and the user's model) of one problem.

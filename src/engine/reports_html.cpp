@@ -396,13 +396,24 @@ std::string DetailsHtml(const ReportInput& in) {
   } else {
     std::string level = PercentText(rules.forecast_confidence);
     if (Displayed(rules, 2101)) {
-      h += "<p>" + std::to_string(r.forecasts.size()) + " forecasts from the end of the estimation sample, with " +
-           level + " limits from the model's psi-weights";
+      if (r.simulation.done)
+        h += "<p>" + std::to_string(r.forecasts.size()) + " forecasts from the end of the estimation sample: the "
+             "medians of " + std::to_string(r.simulation.paths) + " simulated futures of the model, with " + level +
+             " limits from their quantiles (see Simulation below). Before the simulation the model's own forecasts "
+             "had limits";
+      else
+        h += "<p>" + std::to_string(r.forecasts.size()) + " forecasts from the end of the estimation sample, with " +
+             level + " limits";
+      h += " from the model's psi-weights";
       if (r.lambda != 1.0) h += ", transformed back from the " + Escape(TransformName(r.lambda)) + " scale (the "
                                 "forecast is the median there, the limits its quantiles)";
-      h += ". The limits allow for the estimation of the model (degrees of freedom, t quantiles, the error of "
-           "the coefficients and of the constant); in automatic modelling also for interventions like those "
-           "found happening again at the rate seen.";
+      if (r.simulation.done)
+        h += ". The simulated limits are those of the model taken as known: unlike the model's own, they make no "
+             "allowance for the estimation of the model or for interventions happening again.";
+      else
+        h += ". The limits allow for the estimation of the model (degrees of freedom, t quantiles, the error of "
+             "the coefficients and of the constant); in automatic modelling also for interventions like those "
+             "found happening again at the rate seen.";
       if (rules.convert_positive) h += " Negative values are set to 0.";
       if (rules.convert_integers) h += " Forecasts are rounded to integers, the limits outwards.";
       h += "</p>\n";
@@ -429,6 +440,31 @@ std::string DetailsHtml(const ReportInput& in) {
              Cell(Num(k < r.upper.size() ? r.upper[k] : r.forecasts[k], 4), true) + "</tr>\n";
       h += "</table>\n";
     }
+  }
+
+  // Simulation: the paths behind the forecasts and limits when the rules asked for it.
+  if (r.simulation.done) {
+    const SimulationSummary& sim = r.simulation;
+    const std::string level = PercentText(sim.coverage);
+    h += "<h2>9. Simulation</h2>\n<table class=\"facts\">\n";
+    h += Fact("Simulated paths", std::to_string(sim.paths));
+    h += Fact("Seed used", std::to_string(sim.seed) + (sim.seed_from_clock ? " (from the clock)" : ""));
+    h += Fact("Noise variance", Num(sim.noise_variance, 6) +
+                                    (sim.variance_estimated ? " (the model's estimate; the rules gave none)" : ""));
+    h += "</table>\n<p>Each path runs the model's difference equation forward from the end of the sample with "
+         "normal innovations of that variance on the " +
+         Escape(r.lambda != 1.0 ? TransformName(r.lambda) + " scale" : std::string("series' scale")) +
+         "; inputs take their given future values. The forecasts above are the simulated medians, the limits the "
+         "simulated quantiles.</p>\n";
+    h += "<table>\n<tr><th>Period</th><th class=\"num\">Mean</th><th class=\"num\">Median</th>"
+         "<th class=\"num\">Std deviation</th><th class=\"num\">Lower " + level + "</th><th class=\"num\">Upper " +
+         level + "</th><th class=\"num\">Sample path</th></tr>\n";
+    for (size_t k = 0; k < sim.median.size(); ++k)
+      h += "<tr>" + Cell(ForecastLabel(in, static_cast<int>(k))) + Cell(Num(sim.mean[k], 4), true) +
+           Cell(Num(sim.median[k], 4), true) + Cell(Num(sim.sd[k], 4), true) + Cell(Num(sim.lower[k], 4), true) +
+           Cell(Num(sim.upper[k], 4), true) +
+           Cell(k < sim.sample_path.size() ? Num(sim.sample_path[k], 4) : std::string("-"), true) + "</tr>\n";
+    h += "</table>\n";
   }
 
   // "PRINT EXCEPTION REPORT": what an analyst of many series should look at in this one.

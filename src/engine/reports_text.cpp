@@ -304,6 +304,10 @@ std::vector<std::string> OutcastText(const ReportInput& in) {
   lines.push_back("Model " + ModelName(r) + ", forecast origin " +
                   ObservationLabel(in, static_cast<int>(p.y.size()) - 1) + ", limits at " +
                   PercentText(p.rules.forecast_confidence) + ".");
+  if (r.simulation.done)
+    lines.push_back("Forecasts are the medians of " + std::to_string(r.simulation.paths) +
+                    " simulated paths (seed " + std::to_string(r.simulation.seed) + ", noise variance " +
+                    FormatNumber(r.simulation.noise_variance, 4) + "), the limits their quantiles.");
   lines.push_back("");
   const std::vector<int> widths = {10, 16, 16, 16};
   lines.push_back(Row({"PERIOD", "FORECAST", "LOWER LIMIT", "UPPER LIMIT"}, widths));

@@ -14,6 +14,8 @@
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
+#include "engine/model/seasonal_fixup.h"
+#include "engine/model/simulation.h"
 #include "engine/model/structured.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/texts.h"
@@ -358,6 +360,9 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
 // Every kind of model ends with the rules' conversions of its forecasts.
 ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
   ModelResult r = ModelAndForecast(problem, on_stage);
+  // Simulation replaces the limits of any kind of model (automatic, preset, the user's)
+  // before the conversions, which then act on the simulated figures.
+  ApplySimulation(problem, r);
   ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
                         problem.rules.convert_integers);
   return r;
@@ -643,6 +648,23 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     }
     r.notes.push_back({kHeadInterventions, InterventionStory(det)});
   }
+  // Seasonal pulses at several periods of the cycle: a full set of seasonal dummies tried in
+  // their place. Not with the change-of-variance test, which weighs the interventions alone.
+  SeasonalFixup fixup;
+  const int first_position = ((problem.begin_period - 1) % period + period) % period;
+  if (rules.fixup_seasonal_dummies && !found.empty() && !rules.variance_change) {
+    fixup = TrySeasonalDummies(z, found, with_effects, period, first_position, horizon, crit);
+    if (fixup.applied) {
+      fit = fixup.fit.arima;
+      found = fixup.found;
+      with_effects = fixup.fit;
+      effects = InterventionEffects(found, period, n, horizon, rules.last_pulse_to_step, rules.pulse_to_seasonal);
+      effects.resize(fixup.effects.size(), 0.0);
+      for (size_t t = 0; t < effects.size(); ++t) effects[t] += fixup.effects[t];
+    }
+    if (fixup.tried) r.notes.push_back({kHeadInterventions, fixup.note});
+  }
+  const int dummy_count = static_cast<int>(fixup.dummies.size());
 
   // Discrete change of variance: the forecast limits rest on the variance of the last
   // segment of the residuals.
@@ -709,18 +731,27 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   r.coefficients = Coefficients(shown, nullptr);
   DescribeInterventions(found, scale, problem.seasonality, problem.begin_year, problem.begin_period,
                         std::max(1, fit.n - fit.orders.FreeCount() - (fit.orders.constant ? 1 : 0) -
-                                        static_cast<int>(found.size())),
+                                        static_cast<int>(found.size()) - dummy_count),
                         r.interventions, r.coefficients);
+  DescribeSeasonalDummies(fixup, scale, period, first_position,
+                          fit.n - fit.orders.FreeCount() - (fit.orders.constant ? 1 : 0) -
+                              static_cast<int>(found.size()) - dummy_count,
+                          r.coefficients);
   r.description = fit.orders.Name();
   r.equation = Equation(shown, lambda, problem.output_name.empty() ? "Y" : problem.output_name);
-  if (!found.empty())
-    r.equation = InterventionEquation(r.coefficients,
+  if (!found.empty() || fixup.applied) {
+    // Seasonal dummies are terms of the equation as the interventions are.
+    std::vector<Coefficient> terms = r.coefficients;
+    for (Coefficient& c : terms)
+      if (c.kind == "dummy") c.kind = "intervention";
+    r.equation = InterventionEquation(terms,
                                       TransformName(lambda, problem.output_name.empty() ? "Y" : problem.output_name)) +
                  "\n" + Equation(shown, 1.0, "N");
+  }
 
   // 4. Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
-  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()),
+  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()) + dummy_count,
          ForecastAllowances(fit, fit.sigma2, found));
   {
     std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +

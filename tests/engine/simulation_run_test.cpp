@@ -1,0 +1,75 @@
+// "SIMULATION ENABLED" through a whole engine call: the rules file switches simulation on
+// with its noise variance and seed, the limits returned are the simulated ones and
+// DETAILS.HTM tells how they were made.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "engine/engine_run.h"
+#include "engine/model.h"
+#include "engine_test_data.h"
+#include "support/program_folder.h"
+
+namespace quorvane {
+namespace {
+
+using tessaly::testing::ReadFile;
+using tessaly::testing::TempDir;
+using tessaly::testing::WriteFile;
+
+std::string WithValue(std::string text, const std::string& key, const std::string& value) {
+  const size_t at = text.find(key);
+  const size_t bar = text.find('|', at);
+  const size_t end = text.find_first_of("\r\n", bar);
+  return text.substr(0, bar + 1) + value + text.substr(end);
+}
+
+TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
+  TempDir plain_dir, sim_dir;
+  std::string rules = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
+  // No power transform, so that the noise variance is on the passengers' own scale.
+  rules = WithValue(rules, "EVALUATE IN EST", "   1");
+  rules = WithValue(rules, "(4F4.0)", "1.00");
+  WriteFile(plain_dir / "ENGINE.GO", rules);
+  EngineArrays plain = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  ASSERT_EQ(RunRequest(plain, plain_dir.path(), &FitAndForecast).error_code, 0);
+
+  rules = WithValue(rules, "SIMULATION ENABLED", "   1");
+  rules = WithValue(rules, "NOISE SERIES", "25.0");
+  rules = WithValue(rules, "SEED VALUE", "  77");
+  WriteFile(sim_dir / "ENGINE.GO", rules);
+  EngineArrays sim = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
+  ASSERT_EQ(RunRequest(sim, sim_dir.path(), &FitAndForecast).error_code, 0);
+
+  ASSERT_EQ(sim.property_values[7], 12);
+  const auto& f = sim.forecast_values;
+  const auto& g = plain.forecast_values;
+  // One period ahead the paths spread by the noise's standard deviation, 5: the 95 % interval
+  // is about 2 x 1.96 x 5 wide, whatever the fit's own variance.
+  EXPECT_NEAR(f[1200] - f[600], 19.6, 3.0);
+  bool moved = false;
+  for (int h = 0; h < 12; ++h) {
+    EXPECT_LT(f[600 + h], f[h]) << h;
+    EXPECT_GT(f[1200 + h], f[h]) << h;
+    EXPECT_NEAR(f[h], g[h], 0.25 * (f[1200 + h] - f[600 + h])) << h;
+    if (f[600 + h] != g[600 + h] || f[1200 + h] != g[1200 + h]) moved = true;
+  }
+  EXPECT_TRUE(moved);
+
+  const std::string details = ReadFile(sim_dir / "DETAILS.HTM");
+  EXPECT_NE(details.find("<h2>9. Simulation</h2>"), std::string::npos);
+  EXPECT_NE(details.find("<td>Simulated paths</td><td>1000</td>"), std::string::npos) << details;
+  EXPECT_NE(details.find("<td>Seed used</td><td>77</td>"), std::string::npos);
+  EXPECT_NE(details.find("<td>Noise variance</td><td>25"), std::string::npos);
+  EXPECT_NE(details.find("<th class=\"num\">Sample path</th>"), std::string::npos);
+  EXPECT_NE(details.find("medians of 1000 simulated futures"), std::string::npos);
+  EXPECT_NE(details.find("The simulated limits are those of the model taken as known"), std::string::npos);
+  EXPECT_EQ(ReadFile(plain_dir / "DETAILS.HTM").find("Simulation</h2>"), std::string::npos);
+  EXPECT_NE(ReadFile(sim_dir / "OUTCAST.TXT")
+                .find("Forecasts are the medians of 1000 simulated paths (seed 77, noise variance 25"),
+            std::string::npos);
+  EXPECT_EQ(ReadFile(plain_dir / "OUTCAST.TXT").find("simulated"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quorvane
