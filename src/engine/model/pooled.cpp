@@ -20,6 +20,7 @@
 #include "engine/model/forecast.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
+#include "engine/model/simulation.h"
 #include "engine/model/structured.h"
 #include "engine/model/texts.h"
 #include "engine/model/transform.h"
@@ -1788,8 +1789,10 @@ ModelResult FitEngineModel(const ModelingProblem& problem, const StageCallback& 
   const int observations = static_cast<int>(problem.y.size() + problem.retained.size());
   const PoolLayout layout = PoolLayoutFor(problem.rules, observations);
   if (layout.error_code == 0 && !layout.pooled()) return FitAndForecast(problem, on_stage);
-  // A pooled model ends, as every other kind does, with the rules' conversions of its forecasts.
+  // A pooled model ends as every other kind does: simulated when the rules ask, then the
+  // rules' conversions of its forecasts.
   ModelResult r = FitPooled(problem, on_stage);
+  ApplySimulation(problem, r);
   ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
                         problem.rules.convert_integers);
   return r;
