@@ -228,7 +228,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
   if (!std::isfinite(now)) return false;
   bool any = false;
   bool moved = true;
-  for (int round = 0; round < 3 && moved; ++round) {
+  for (int round = 0; round < 10 && moved; ++round) {
     moved = false;
     for (int j = 0; j < k; ++j) {
       DetectedIntervention best = found[j];
@@ -259,6 +259,61 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
         found[j] = best;
         A.col(j) = best_col;
         X[j] = InterventionRegressor(best.type, best.index, opt.period, n);
+        now = best_ssr;
+        moved = any = true;
+      }
+    }
+    // Some places are reached only by moving two effects at once: a ramp begun two
+    // observations early and ended one late fits worse than the true one, but better than
+    // either end moved alone. Pairs move within two observations each, keeping their types.
+    for (int i = 0; i < k; ++i) {
+      for (int j = i + 1; j < k; ++j) {
+        if (std::abs(found[i].index - found[j].index) > 60) continue;
+        const auto [loi, hii] = CandidateRange(found[i].type, n, orders, opt);
+        const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
+        int bi = found[i].index, bj = found[j].index;
+        double best_ssr = now;
+        Eigen::MatrixXd trial = A;
+        for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
+          if (Ti == found[i].index) continue;
+          if (!Whiten(DifferenceSeries(InterventionRegressor(found[i].type, Ti, opt.period, n), orders), phi,
+                      theta, col, true))
+            continue;
+          trial.col(i) = col;
+          for (int Tj = std::max(loj, found[j].index - 2); Tj <= std::min(hij, found[j].index + 2); ++Tj) {
+            if (Tj == found[j].index) continue;
+            Eigen::VectorXd colj;
+            if (!Whiten(DifferenceSeries(InterventionRegressor(found[j].type, Tj, opt.period, n), orders), phi,
+                        theta, colj, true))
+              continue;
+            trial.col(j) = colj;
+            const double v = ssr(trial);
+            if (v < best_ssr * (1.0 - 1e-9)) {
+              best_ssr = v;
+              bi = Ti;
+              bj = Tj;
+            }
+          }
+          trial.col(j) = A.col(j);
+        }
+        if (bi == found[i].index) continue;
+        bool clash = false;
+        for (int o = 0; o < k; ++o)
+          clash = clash || (o != i && o != j &&
+                            ((found[o].type == found[i].type && found[o].index == bi) ||
+                             (found[o].type == found[j].type && found[o].index == bj)));
+        if (clash) continue;
+        trail.push_back("moved " + Place(found[i].type, found[i].index) + " and " +
+                        Place(found[j].type, found[j].index) + " together to observations " +
+                        std::to_string(bi + 1) + " and " + std::to_string(bj + 1));
+        found[i].index = bi;
+        found[j].index = bj;
+        X[i] = InterventionRegressor(found[i].type, bi, opt.period, n);
+        X[j] = InterventionRegressor(found[j].type, bj, opt.period, n);
+        Whiten(DifferenceSeries(X[i], orders), phi, theta, col, true);
+        A.col(i) = col;
+        Whiten(DifferenceSeries(X[j], orders), phi, theta, col, true);
+        A.col(j) = col;
         now = best_ssr;
         moved = any = true;
       }
@@ -468,27 +523,76 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
 
   ConvergenceCriteria quick = opt.criteria;
   quick.polish = false;
-  std::vector<std::vector<double>> X;
-  std::vector<DetectedIntervention> found;
-  std::vector<std::pair<int, int>> refused;  // candidates whose joint fit failed
-  RegressionArimaFit fit = res.fit;
+  const std::vector<double> w = DifferenceSeries(z, orders);
 
-  auto taken = [&](int type, int index) {
-    for (const auto& f : found)
-      if (f.type == type && f.index == index) return true;
-    for (const auto& r : refused)
-      if (r.first == type && r.second == index) return true;
-    return false;
+  // Each effect in turn is taken out and put back where, with the others in the model, it
+  // explains most: anywhere in the series and of any type. A search that took a step in the
+  // middle of a ramp first finds the ramp's true beginning this way, which moving a little
+  // at a time would not reach. Until nothing moves (six passes at most); true when something
+  // did.
+  auto Relocate = [&](std::vector<DetectedIntervention>& found, std::vector<std::vector<double>>& X,
+                      const ArimaFit& noise, std::vector<std::string>& trail) {
+    bool any = false;
+    const int k = static_cast<int>(found.size());
+    for (int pass = 0; pass < 6; ++pass) {
+      bool moved = false;
+      for (int j = 0; j < k; ++j) {
+        std::vector<std::vector<double>> others, othersw;
+        for (int i = 0; i < k; ++i)
+          if (i != j) {
+            others.push_back(X[i]);
+            othersw.push_back(DifferenceSeries(X[i], orders));
+          }
+        const GlsOutcome g = Gls(w, othersw, noise.coef, orders.constant);
+        if (!g.ok) continue;
+        RegressionArimaFit partial;
+        partial.ok = true;
+        partial.arima = noise;
+        partial.beta = g.beta;
+        const std::vector<CandidateStatistic> stats = CandidateStatistics(z, others, partial, opt);
+        const CandidateStatistic* best = nullptr;
+        double current = 0.0;
+        for (const auto& st : stats) {
+          if (st.type == found[j].type && st.index == found[j].index) current = std::fabs(st.tau);
+          bool clash = false;
+          for (int i = 0; i < k; ++i)
+            clash = clash || (i != j && found[i].type == st.type && found[i].index == st.index);
+          if (!clash && (!best || std::fabs(st.tau) > std::fabs(best->tau))) best = &st;
+        }
+        if (!best || (best->type == found[j].type && best->index == found[j].index) ||
+            !(std::fabs(best->tau) > current * (1.0 + 1e-6)))
+          continue;
+        trail.push_back("moved " + Place(found[j].type, found[j].index) + " to " + Place(best->type, best->index));
+        found[j].type = best->type;
+        found[j].index = best->index;
+        X[j] = InterventionRegressor(best->type, best->index, opt.period, n);
+        moved = any = true;
+      }
+      if (!moved) break;
+    }
+    return any;
   };
 
-  // Chen and Liu's two loops: within a round the ARMA coefficients are held and only the
-  // effects' sizes are estimated again after each addition (generalised least squares);
-  // between rounds the whole model is estimated again.
-  const std::vector<double> w = DifferenceSeries(z, orders);
-  for (int round = 0; round < 4 && static_cast<int>(found.size()) < opt.max_count; ++round) {
-    int added = 0, attempts = 0;
-    while (static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count) {
-      ++attempts;
+  // One search with the ARMA coefficients held: the candidate with the largest statistic
+  // joins while it passes the critical value, the effects' sizes estimated again after
+  // each addition (generalised least squares) and their places settled together.
+  auto forward = [&](const ArimaFit& noise, std::vector<DetectedIntervention>& found,
+                     std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
+    found.clear();
+    X.clear();
+    RegressionArimaFit fit;
+    fit.ok = true;
+    fit.arima = noise;
+    std::vector<std::pair<int, int>> refused;  // candidates whose joint fit failed
+    auto taken = [&](int type, int index) {
+      for (const auto& f : found)
+        if (f.type == type && f.index == index) return true;
+      for (const auto& r : refused)
+        if (r.first == type && r.second == index) return true;
+      return false;
+    };
+    for (int attempts = 0; static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count;
+         ++attempts) {
       const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, opt);
       const CandidateStatistic* best = nullptr;
       for (const auto& s : stats)
@@ -498,7 +602,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
       std::vector<std::vector<double>> Xw;
       for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, orders));
-      const GlsOutcome g = Gls(w, Xw, fit.arima.coef, orders.constant);
+      const GlsOutcome g = Gls(w, Xw, noise.coef, orders.constant);
       if (!g.ok) {
         refused.push_back({best->type, best->index});
         continue;
@@ -507,31 +611,68 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       d.type = best->type;
       d.index = best->index;
       found.push_back(d);
-      res.trail.push_back("added " + Label(best->type, best->index, best->tau));
+      trail.push_back("added " + Label(best->type, best->index, best->tau));
       X = std::move(X2);
       fit.beta = g.beta;
-      ++added;
-      if (found.size() > 1 && SettlePlaces(z, orders, fit.arima.coef, opt, found, X, res.trail)) {
+      if (found.size() > 1 && SettlePlaces(z, orders, noise.coef, opt, found, X, trail)) {
         Xw.clear();
         for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-        const GlsOutcome g2 = Gls(w, Xw, fit.arima.coef, orders.constant);
+        const GlsOutcome g2 = Gls(w, Xw, noise.coef, orders.constant);
         if (g2.ok) fit.beta = g2.beta;
       }
     }
-    if (added == 0) break;
-    const RegressionArimaFit next = FitRegressionArima(z, X, orders, quick, false, &fit.arima.coef);
+  };
+  auto same_set = [](const std::vector<DetectedIntervention>& a, const std::vector<DetectedIntervention>& b) {
+    if (a.size() != b.size()) return false;
+    for (const auto& f : a) {
+      bool in = false;
+      for (const auto& g : b) in = in || (f.type == g.type && f.index == g.index);
+      if (!in) return false;
+    }
+    return true;
+  };
+
+  // Chen and Liu's first stage: the effects mislead the estimates of the noise model that
+  // looks for them (a level shift makes an AR coefficient creep towards one, and then hides
+  // itself, or the first effect found sits off its place). So after each search the noise
+  // model is estimated again together with what was found, and the search starts over with
+  // those coefficients, until it finds the same effects again.
+  std::vector<std::vector<double>> X;
+  std::vector<DetectedIntervention> found;
+  RegressionArimaFit fit = res.fit;
+  ArimaFit noise = initial;
+  for (int round = 0; round < 4; ++round) {
+    std::vector<DetectedIntervention> f;
+    std::vector<std::vector<double>> Xr;
+    std::vector<std::string> trail;
+    forward(noise, f, Xr, trail);
+    if (round > 0 && same_set(f, found)) {
+      res.trail.push_back("the same effects found again");
+      break;
+    }
+    for (auto& line : trail) res.trail.push_back(line);
+    if (f.empty()) break;
+    const RegressionArimaFit next = FitRegressionArima(z, Xr, orders, quick, false, &noise.coef);
     if (!next.ok) {
       res.trail.push_back("the model with the effects found could not be estimated; none are kept");
-      return res;
+      if (found.empty()) return res;
+      break;
     }
+    found = std::move(f);
+    X = std::move(Xr);
     fit = next;
+    noise = next.arima;
+    if (round < 3) res.trail.push_back("noise model estimated again with the effects; search made again");
   }
-  if (found.empty()) {
-    return res;
+  res.fit = fit;
+  if (found.empty()) return res;
+  // Each effect may then still move anywhere, or change its type, under the noise model
+  // estimated with all of them: the later additions are what show where the first belong.
+  if (found.size() > 1 && Relocate(found, X, fit.arima, res.trail)) {
+    SettlePlaces(z, orders, fit.arima.coef, opt, found, X, res.trail);
+    const RegressionArimaFit next = FitRegressionArima(z, X, orders, quick, false, &fit.arima.coef);
+    if (next.ok) fit = next;
   }
-
-  if (SettlePlaces(z, orders, fit.arima.coef, opt, found, X, res.trail))
-    fit = FitRegressionArima(z, X, orders, quick, false, &fit.arima.coef);
 
   // In order of time, estimated together with standard errors; effects that are no longer
   // significant beside the others leave one at a time, the weakest first.

@@ -220,6 +220,75 @@ TEST(DetectInterventions, FindsALocalTrendAndASeasonalPulse) {
   EXPECT_TRUE(Has(rs, kSeasonalPulse, 50));
 }
 
+// Detection with the noise model's orders given, as after identification.
+DetectionResult DetectWithOrders(const std::vector<double>& y, int p) {
+  ArimaSpec orders;
+  orders.p = p;
+  orders.constant = true;
+  DetectionOptions opt;
+  opt.confidence = 90.0;
+  return DetectInterventions(y, FitArima(y, orders, ConvergenceCriteria{}, true), opt);
+}
+
+bool Near(const DetectionResult& r, int type, int index, int within) {
+  for (const auto& f : r.found)
+    if (f.type == type && std::abs(f.index - index) <= within) return true;
+  return false;
+}
+
+// A ramp that stops (up from 40, flat again from 75) is two local trends. Taken one at a
+// time, the largest single statistic is a step in the middle of the ramp, and steps then
+// pile up around it; each effect found must be free to move anywhere once the others are in.
+TEST(DetectInterventions, ARampThatStopsIsTwoTrendsNotAStaircase) {
+  int right = 0;
+  for (uint32_t seed = 1; seed <= 12; ++seed) {
+    std::vector<double> y = WhiteNoise(120, 50.0, seed);
+    Plant(y, kLocalTrend, 40, 0.6);
+    Plant(y, kLocalTrend, 75, -0.6);
+    const DetectionResult r = DetectWithOrders(y, 0);
+    bool steps = false;
+    for (const auto& f : r.found) steps = steps || (f.type == kLevelShift && f.index > 30 && f.index < 80);
+    right += Near(r, kLocalTrend, 40, 1) && Near(r, kLocalTrend, 75, 1) && !steps;
+  }
+  EXPECT_GE(right, 8) << "of 12 series";
+}
+
+// A local trend in an AR(1) series is a trend at its place, not a step beside it nor a
+// second trend: the AR coefficient estimated on the series as it stands is near one and
+// blurs the place until the noise model is estimated again with the effect.
+TEST(DetectInterventions, ATrendInAnAr1SeriesIsATrendAtItsPlace) {
+  int right = 0;
+  for (uint32_t seed = 1; seed <= 12; ++seed) {
+    std::vector<double> y = testdata::SimulateArma11(120, 0.6, 0.0, 1.0, seed + 60);
+    for (double& v : y) v += 50.0;
+    Plant(y, kLocalTrend, 60, 0.5);
+    const DetectionResult r = DetectWithOrders(y, 1);
+    bool other = false;
+    for (const auto& f : r.found)
+      other = other || (f.type != kPulse && std::abs(f.index - 60) <= 12 && !(f.type == kLocalTrend &&
+                                                                             std::abs(f.index - 60) <= 1));
+    right += Near(r, kLocalTrend, 60, 1) && !other;
+  }
+  EXPECT_GE(right, 8) << "of 12 series";
+}
+
+// Steps up and down in an AR(1) series, through identification: each at its own
+// observation and as a step (not a pulse, not the differencing taking them for a wander).
+TEST(DetectInterventions, StepsInAnAr1SeriesAtTheirObservations) {
+  int right = 0;
+  DetectionOptions opt;
+  opt.confidence = 90.0;
+  for (uint32_t seed = 1; seed <= 12; ++seed) {
+    std::vector<double> y = testdata::SimulateArma11(120, 0.6, 0.0, 1.0, seed + 40);
+    for (double& v : y) v += 50.0;
+    Plant(y, kLevelShift, 35, 5.0);
+    Plant(y, kLevelShift, 85, -5.0);
+    const DetectionResult r = Detect(y, 1, opt);
+    right += Has(r, kLevelShift, 35) && Has(r, kLevelShift, 85);
+  }
+  EXPECT_GE(right, 9) << "of 12 series";
+}
+
 TEST(DetectInterventions, RareFalseAlarmsOnCleanSeries) {
   int alarms = 0, observations = 0;
   DetectionOptions opt;
