@@ -14,8 +14,8 @@
 namespace quorvane {
 namespace {
 
-ArimaFit Fit(const std::vector<double>& z, ArimaSpec spec) {
-  ArimaFit f = FitArima(z, spec, ConvergenceCriteria{}, false);
+ArimaFit Fit(const std::vector<double>& z, ArimaSpec orders) {
+  ArimaFit f = FitArima(z, orders, ConvergenceCriteria{}, false);
   EXPECT_TRUE(f.ok);
   return f;
 }
