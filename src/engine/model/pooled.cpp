@@ -18,6 +18,7 @@
 #include "engine/model/arma.h"
 #include "engine/model/equation_text.h"
 #include "engine/model/forecast.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/simulation.h"
@@ -674,42 +675,6 @@ struct PooledData {
   int horizon = 0;
 };
 
-double ScaleOf(const std::vector<std::vector<double>>& z) {
-  double m = 0.0;
-  for (const auto& seg : z)
-    for (double v : seg)
-      if (std::isfinite(v)) m = std::max(m, std::fabs(v));
-  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
-  return std::ldexp(1.0, std::ilogb(m));
-}
-
-int FillMissing(std::vector<double>& y) {
-  int filled = 0;
-  const int n = static_cast<int>(y.size());
-  auto missing = [](double v) { return v == kMissing || !std::isfinite(v); };
-  for (int t = 0; t < n; ++t) {
-    if (!missing(y[t])) continue;
-    int a = t - 1, b = t + 1;
-    while (b < n && missing(y[b])) ++b;
-    for (int k = t; k < b; ++k) {
-      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
-      else if (a >= 0) y[k] = y[a];
-      else if (b < n) y[k] = y[b];
-      ++filled;
-    }
-    t = b - 1;
-  }
-  return filled;
-}
-
-ConvergenceCriteria CriteriaOf(const EngineRules& rules) {
-  ConvergenceCriteria c;
-  c.sse_change_pct = rules.sse_change_pct;
-  c.parameter_change_pct = rules.parameter_change_pct;
-  c.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
-  return c;
-}
-
 // The transformed, scaled groups and columns the model is fitted on (each group from its
 // `leading` observation on).
 struct FitInput {
@@ -751,41 +716,6 @@ FitInput MakeFitInput(const PooledData& d, const PooledModel& m) {
     }
   }
   return in;
-}
-
-void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
-  size_t se_index = 0;
-  auto add = [&](const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix, const char* kind,
-                 int step) {
-    for (size_t i = 0; i < v.size(); ++i) {
-      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
-      ++se_index;
-      if (i < zero.size() && zero[i]) continue;
-      Coefficient c;
-      c.lag = static_cast<int>(i + 1) * step;
-      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
-      c.kind = kind;
-      c.value = v[i];
-      c.std_error = se;
-      c.t_value = se > 0.0 ? v[i] / se : 0.0;
-      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-      out.push_back(c);
-    }
-  };
-  add(f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
-  add(f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
-  add(f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
-  add(f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
-  if (f.orders.constant) {
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = f.mean * scale;
-    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-    out.insert(out.begin(), c);
-  }
 }
 
 std::string Equation(const ModelingProblem& problem, const PooledModel& m, const RegressionArimaFit& fr,
@@ -1260,12 +1190,6 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
   return best_spec;
 }
 
-std::vector<double> TrendValues(int length) {
-  std::vector<double> x(length);
-  for (int t = 0; t < length; ++t) x[t] = t + 1.0;
-  return x;
-}
-
 // A column over each group: `make(length)` for the group's own observations (and the
 // forecast periods after the last group), each group counted from its own start.
 PooledColumn GroupColumn(const PooledData& d, std::string term, std::string kind,
@@ -1333,11 +1257,11 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
     case 5: a.d = 2; a.q = 2; break;
     case 6: a.d = 1; break;
     case 7: a.d = 1; a.constant = true; break;
-    case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues)); break;
+    case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn)); break;
     case 9:
       a.p = 1;
       a.constant = true;
-      m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues));
+      m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn));
       break;
     case 10: {
       a.constant = true;
@@ -1596,14 +1520,6 @@ void IdentifyStructure(const ModelingProblem& problem, const PooledData& d, int 
   std::string trail;
   m.noise = PooledSearch(in, dd, D, period, so, trail);
   notes.push_back({texts::kHeadSearch, "On the pooled likelihood: " + trail + "chosen " + m.noise.Name() + "."});
-}
-
-bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
-  if (on_stage && !on_stage(s)) {
-    r.cancelled = true;
-    return false;
-  }
-  return true;
 }
 
 }  // namespace

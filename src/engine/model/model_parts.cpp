@@ -1,0 +1,113 @@
+#include "engine/model/model_parts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "engine/model/series_stats.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr double kMissing = 99999999999.0;
+
+double PowerOfTwoNear(double largest) {
+  if (!(largest > 0.0) || !std::isfinite(largest)) return 1.0;
+  return std::ldexp(1.0, std::ilogb(largest));
+}
+
+double LargestMagnitude(const std::vector<double>& z, double m) {
+  for (double v : z)
+    if (std::isfinite(v)) m = std::max(m, std::fabs(v));
+  return m;
+}
+
+}  // namespace
+
+int FillMissing(std::vector<double>& y) {
+  int filled = 0;
+  const int n = static_cast<int>(y.size());
+  auto missing = [](double v) { return v == kMissing || !std::isfinite(v); };
+  for (int t = 0; t < n; ++t) {
+    if (!missing(y[t])) continue;
+    int a = t - 1, b = t + 1;
+    while (b < n && missing(y[b])) ++b;
+    for (int k = t; k < b; ++k) {
+      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
+      else if (a >= 0) y[k] = y[a];
+      else if (b < n) y[k] = y[b];
+      else y[k] = 0.0;
+      ++filled;
+    }
+    t = b - 1;
+  }
+  return filled;
+}
+
+double ScaleOf(const std::vector<double>& z) { return PowerOfTwoNear(LargestMagnitude(z, 0.0)); }
+
+double ScaleOf(const std::vector<std::vector<double>>& groups) {
+  double m = 0.0;
+  for (const auto& g : groups) m = LargestMagnitude(g, m);
+  return PowerOfTwoNear(m);
+}
+
+ConvergenceCriteria CriteriaOf(const EngineRules& rules) {
+  ConvergenceCriteria c;
+  c.sse_change_pct = rules.sse_change_pct;
+  c.parameter_change_pct = rules.parameter_change_pct;
+  c.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
+  return c;
+}
+
+void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
+  size_t se_index = 0;
+  auto add = [&](const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix, const char* kind,
+                 int step) {
+    for (size_t i = 0; i < v.size(); ++i) {
+      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
+      ++se_index;
+      if (i < zero.size() && zero[i]) continue;
+      Coefficient c;
+      c.lag = static_cast<int>(i + 1) * step;
+      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
+      c.kind = kind;
+      c.value = v[i];
+      c.std_error = se;
+      c.t_value = se > 0.0 ? v[i] / se : 0.0;
+      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+      out.push_back(c);
+    }
+  };
+  add(f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
+  add(f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
+  add(f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
+  add(f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
+  if (f.orders.constant) {
+    Coefficient c;
+    c.term = "CONSTANT";
+    c.kind = "constant";
+    c.value = f.mean * scale;
+    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] * scale : 0.0;
+    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
+    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    out.insert(out.begin(), c);
+  }
+}
+
+std::vector<double> TrendColumn(int length) {
+  std::vector<double> x(length);
+  for (int t = 0; t < length; ++t) x[t] = t + 1.0;
+  return x;
+}
+
+bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
+  if (on_stage && !on_stage(s)) {
+    r.cancelled = true;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,38 @@
+#pragma once
+// Small pieces shared by the models of a given structure and the pooled cross-sections:
+// the filling of missing values, the working scale, the estimator's limits from the rules,
+// the ARMA rows of the coefficient table, the trend column and the stage checkpoints.
+// Internal to the modelling core: included by its .cpp files only.
+#include <vector>
+
+#include "engine/model.h"
+#include "engine/model/estimate.h"
+#include "engine/rules.h"
+
+namespace quorvane {
+
+// Missing values (the engine's mark, or not a number) filled by linear interpolation, the
+// nearest value at the ends (0 where nothing is known). Returns how many were filled.
+int FillMissing(std::vector<double>& y);
+
+// A power of two near the largest finite magnitude of the values: fitting on z / scale
+// keeps squares finite for huge values and costs no precision. 1 when nothing is nonzero.
+double ScaleOf(const std::vector<double>& z);
+// The same over all the groups of a pooled cross-section together.
+double ScaleOf(const std::vector<std::vector<double>>& groups);
+
+// The estimator's stopping rules as the rules set them (no iterations when estimation is off).
+ConvergenceCriteria CriteriaOf(const EngineRules& rules);
+
+// Appends the fit's AR, MA, SAR and SMA rows to the coefficient table (terms held at zero
+// left out), and puts the constant first, on the scale of the data (`scale` undoes the
+// working scale). t and p values with `df` degrees of freedom.
+void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out);
+
+// The time trend 1, 2, ..., length.
+std::vector<double> TrendColumn(int length);
+
+// Reports reaching stage `s`; false (and r marked cancelled) when the caller asks to stop.
+bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r);
+
+}  // namespace quorvane
