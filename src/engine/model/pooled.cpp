@@ -17,6 +17,7 @@
 
 #include "engine/model/arma.h"
 #include "engine/model/equation_text.h"
+#include "engine/model/estimate_parts.h"
 #include "engine/model/forecast.h"
 #include "engine/model/model_parts.h"
 #include "engine/model/search.h"
@@ -214,135 +215,6 @@ PooledLikelihood PooledArmaLikelihood(const std::vector<std::vector<double>>& w,
 }
 
 namespace {
-
-// Free coefficients of the orders: (group, index), group 0 ar, 1 ma, 2 sar, 3 sma.
-std::vector<std::pair<int, int>> Slots(const ArimaSpec& s) {
-  std::vector<std::pair<int, int>> slots;
-  auto add = [&](int group, int n, const std::vector<bool>& zero) {
-    for (int i = 0; i < n; ++i)
-      if (i >= static_cast<int>(zero.size()) || !zero[i]) slots.push_back({group, i});
-  };
-  add(0, s.p, s.ar_zero);
-  add(1, s.q, s.ma_zero);
-  add(2, s.P, s.sar_zero);
-  add(3, s.Q, s.sma_zero);
-  return slots;
-}
-
-ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
-  ArmaCoefficients c;
-  c.period = s.period;
-  c.ar.assign(s.p, 0.0);
-  c.ma.assign(s.q, 0.0);
-  c.sar.assign(s.P, 0.0);
-  c.sma.assign(s.Q, 0.0);
-  return c;
-}
-
-ArmaCoefficients Unpack(const ArimaSpec& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
-  ArmaCoefficients c = ZeroCoefficients(s);
-  for (size_t k = 0; k < slots.size(); ++k) {
-    auto [g, i] = slots[k];
-    std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
-    v[i] = x(static_cast<int>(k));
-  }
-  return c;
-}
-
-Eigen::VectorXd Pack(const ArmaCoefficients& c, const std::vector<std::pair<int, int>>& slots) {
-  Eigen::VectorXd x = Eigen::VectorXd::Zero(static_cast<int>(slots.size()));
-  for (size_t k = 0; k < slots.size(); ++k) {
-    auto [g, i] = slots[k];
-    const std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
-    x(static_cast<int>(k)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
-  }
-  return x;
-}
-
-bool Admissible(const ArmaCoefficients& c, double margin) {
-  return IsStationary(c.ar, margin) && IsStationary(c.sar, margin) && IsInvertible(c.ma, margin) &&
-         IsInvertible(c.sma, margin);
-}
-
-using ResidualFn = std::function<bool(const Eigen::VectorXd&, Eigen::VectorXd&)>;
-
-// Levenberg-Marquardt on a sum of squares with a forward-difference Jacobian; a step to
-// an inadmissible point counts as a failed step.
-struct LmOutcome {
-  int iterations = 0;
-  bool converged = false;
-  Eigen::MatrixXd jtj;
-};
-
-LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol) {
-  LmOutcome out;
-  const int k = static_cast<int>(x.size());
-  Eigen::VectorXd r;
-  if (!f(x, r)) return out;
-  double sse = r.squaredNorm();
-  if (k == 0) {
-    out.converged = true;
-    return out;
-  }
-  const int m = static_cast<int>(r.size());
-  Eigen::MatrixXd J(m, k);
-  Eigen::VectorXd rp, xt;
-  double mu = 1e-3;
-  auto jacobian = [&]() {
-    for (int j = 0; j < k; ++j) {
-      const double h = 1e-6 * std::max(1.0, std::fabs(x(j)));
-      xt = x;
-      xt(j) += h;
-      if (!f(xt, rp) || rp.size() != m) {
-        xt(j) = x(j) - h;
-        if (!f(xt, rp) || rp.size() != m) return false;
-        J.col(j) = (r - rp) / h;
-      } else {
-        J.col(j) = (rp - r) / h;
-      }
-    }
-    return true;
-  };
-  for (int it = 0; it < max_iterations; ++it) {
-    if (!jacobian()) break;
-    out.iterations = it + 1;
-    const Eigen::MatrixXd A = J.transpose() * J;
-    const Eigen::VectorXd g = J.transpose() * r;
-    bool improved = false;
-    for (int tries = 0; tries < 12; ++tries) {
-      Eigen::MatrixXd Ad = A;
-      for (int j = 0; j < k; ++j) Ad(j, j) += mu * std::max(A(j, j), 1e-12);
-      const Eigen::VectorXd step = Ad.ldlt().solve(-g);
-      if (!step.allFinite()) {
-        mu *= 10.0;
-        continue;
-      }
-      xt = x + step;
-      if (f(xt, rp) && rp.squaredNorm() <= sse) {
-        const double new_sse = rp.squaredNorm();
-        const double sse_change = sse > 0.0 ? (sse - new_sse) / sse * 100.0 : 0.0;
-        double par_change = 0.0;
-        for (int j = 0; j < k; ++j)
-          par_change = std::max(par_change, std::fabs(step(j)) / std::max(std::fabs(x(j)), 0.1) * 100.0);
-        x = xt;
-        r = rp;
-        sse = new_sse;
-        mu = std::max(mu / 10.0, 1e-12);
-        improved = true;
-        if (sse_change < sse_tol && par_change < par_tol) out.converged = true;
-        break;
-      }
-      mu *= 10.0;
-    }
-    if (!improved) {
-      out.converged = true;
-      break;
-    }
-    if (out.converged) break;
-  }
-  if (jacobian()) out.jtj = J.transpose() * J;
-  return out;
-}
 
 std::vector<std::vector<double>> Differenced(const std::vector<std::vector<double>>& z, const ArimaSpec& orders) {
   std::vector<std::vector<double>> w;
