@@ -990,51 +990,14 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
     limits.max_P = std::min(o.max_P, cap);
     limits.max_Q = std::min(o.max_Q, cap);
   }
-  using Key = std::tuple<int, int, int, int, bool>;
-  std::map<Key, bool> tried;
-  ArimaFit best;
-  ArimaSpec best_spec;
-  double best_ic = std::numeric_limits<double>::infinity();
-  int models = 0;
-  ConvergenceCriteria quick = o.criteria;
-  quick.polish = false;
-  auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
-    if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
-    if (p > limits.max_p || q > limits.max_q || P > limits.max_P || Q > limits.max_Q) return false;
-    if (p + q + P + Q > limits.max_order) return false;
-    if (!seasonal && (P || Q)) return false;
-    if (c && !constant_ok) return false;
-    const Key key{p, q, P, Q, c};
-    if (tried.count(key) || models >= o.max_models) return false;
-    tried[key] = true;
-    ++models;
-    ArimaSpec s;
-    s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
-    s.period = seasonal ? period : 1;
-    s.constant = c;
-    const RegressionArimaFit f = FitPooledRegressionArima(in.z, in.X, s, quick, false, best.ok ? &best.coef : nullptr);
-    const bool usable = f.ok && std::isfinite(f.arima.aicc) && RootsClearOfUnitCircle(f.arima);
-    story += s.Name() + (usable ? ": AICc " + Format("%.3f", f.arima.aicc) : std::string(": not usable")) + "; ";
-    if (usable && f.arima.aicc < best_ic - 1e-9) {
-      best_ic = f.arima.aicc;
-      best = f.arima;
-      best_spec = s;
-      return true;
-    }
-    return false;
-  };
-  if (seasonal) {
-    consider(2, 2, 1, 1, constant_ok);
-    consider(0, 0, 0, 0, constant_ok);
-    consider(1, 0, 1, 0, constant_ok);
-    consider(0, 1, 0, 1, constant_ok);
-  } else {
-    consider(2, 2, 0, 0, constant_ok);
-    consider(0, 0, 0, 0, constant_ok);
-    consider(1, 0, 0, 0, constant_ok);
-    consider(0, 1, 0, 0, constant_ok);
-  }
-  if (constant_ok) consider(0, 0, 0, 0, false);
+  const ArimaFit best = StepwiseWalk(
+      d, D, period, limits,
+      [&](const ArimaSpec& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
+        return FitPooledRegressionArima(in.z, in.X, s, quick, false, start).arima;
+      },
+      [&](const ArimaSpec& s, const ArimaFit& f, bool usable) {
+        story += s.Name() + (usable ? ": AICc " + Format("%.3f", f.aicc) : std::string(": not usable")) + "; ";
+      });
   if (!best.ok) {
     ArimaSpec s;
     s.d = d;
@@ -1044,22 +1007,7 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
     story += "no model of the search could be estimated; ";
     return s;
   }
-  bool moved = true;
-  while (moved && models < o.max_models) {
-    moved = false;
-    const int p = best_spec.p, q = best_spec.q, P = best_spec.P, Q = best_spec.Q;
-    const bool c = best_spec.constant;
-    const int moves[][4] = {{0, 0, -1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}, {0, 0, 0, 1},  {0, 0, -1, -1},
-                            {0, 0, 1, 1},  {-1, 0, 0, 0}, {1, 0, 0, 0}, {0, -1, 0, 0}, {0, 1, 0, 0},
-                            {-1, -1, 0, 0}, {1, 1, 0, 0}, {-1, 1, 0, 0}, {1, -1, 0, 0}};
-    for (const auto& mv : moves)
-      if (consider(p + mv[0], q + mv[1], P + mv[2], Q + mv[3], c)) {
-        moved = true;
-        break;
-      }
-    if (!moved && constant_ok && consider(p, q, P, Q, !c)) moved = true;
-  }
-  return best_spec;
+  return best.orders;
 }
 
 // A column over each group: `make(length)` for the group's own observations (and the
