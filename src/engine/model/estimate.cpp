@@ -169,6 +169,69 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations,
   return out;
 }
 
+bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se) {
+  const int k = static_cast<int>(x.size());
+  Eigen::MatrixXd H(k, k);
+  Eigen::VectorXd h(k);
+  for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
+  bool okh = true;
+  for (int i = 0; i < k && okh; ++i) {
+    for (int j = i; j < k && okh; ++j) {
+      double fpp, fpm, fmp, fmm;
+      Eigen::VectorXd xs = x;
+      if (i == j) {
+        xs(i) = x(i) + h(i);
+        okh = ll(xs, fpp);
+        xs(i) = x(i) - h(i);
+        okh = okh && ll(xs, fmm);
+        if (okh) H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
+      } else {
+        xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
+        xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
+        xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
+        xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
+        if (okh) H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
+      }
+    }
+  }
+  if (!okh) return false;
+  Eigen::LLT<Eigen::MatrixXd> llt(-H);
+  if (llt.info() != Eigen::Success) return false;
+  const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
+  for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
+  return se.allFinite();
+}
+
+std::vector<double> LaidOutStdErrors(const ArimaSpec& orders, const std::vector<std::pair<int, int>>& slots,
+                                     const Eigen::VectorXd& se, double mean_variance) {
+  std::vector<double> all;
+  size_t slot = 0;
+  auto push = [&](int group, int count) {
+    for (int i = 0; i < count; ++i) {
+      if (slot < slots.size() && slots[slot] == std::make_pair(group, i)) {
+        all.push_back(se(static_cast<int>(slot)));
+        ++slot;
+      } else {
+        all.push_back(0.0);
+      }
+    }
+  };
+  push(0, orders.p);
+  push(1, orders.q);
+  push(2, orders.P);
+  push(3, orders.Q);
+  if (orders.constant) all.push_back(std::sqrt(std::max(mean_variance, 0.0)));
+  return all;
+}
+
+void SetInformationCriteria(ArimaFit& fit, int kk) {
+  const int n = fit.n;
+  fit.aic = -2.0 * fit.loglik + 2.0 * kk;
+  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
+                              : std::numeric_limits<double>::infinity();
+  fit.bic = -2.0 * fit.loglik + std::log(static_cast<double>(n)) * kk;
+}
+
 namespace {
 // A small margin keeps the filter away from the unit circle, where it degenerates.
 constexpr double kMargin = 1e-6;
@@ -244,11 +307,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
   fit.loglik = L.loglik;
   fit.sigma2 = L.sigma2;
   fit.n = n;
-  const int kk = nparams + 1;  // + sigma2
-  fit.aic = -2.0 * L.loglik + 2.0 * kk;
-  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
-                              : std::numeric_limits<double>::infinity();
-  fit.bic = -2.0 * L.loglik + std::log(static_cast<double>(n)) * kk;
+  SetInformationCriteria(fit, nparams + 1);  // + sigma2
   fit.ok = std::isfinite(fit.loglik);
 
   if (with_errors && fit.ok) {
@@ -267,39 +326,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
         out = l.loglik;
         return std::isfinite(out);
       };
-      Eigen::MatrixXd H(k, k);
-      Eigen::VectorXd h(k);
-      for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
-      bool okh = true;
-      const double f0 = L.loglik;
-      for (int i = 0; i < k && okh; ++i) {
-        for (int j = i; j < k && okh; ++j) {
-          double fpp, fpm, fmp, fmm;
-          Eigen::VectorXd xs = x;
-          if (i == j) {
-            xs(i) = x(i) + h(i);
-            okh = ll(xs, fpp);
-            xs(i) = x(i) - h(i);
-            okh = okh && ll(xs, fmm);
-            H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
-          } else {
-            xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
-            xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
-            xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
-            xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
-            H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
-          }
-        }
-      }
-      if (okh) {
-        const Eigen::MatrixXd info = -H;
-        Eigen::LLT<Eigen::MatrixXd> llt(info);
-        if (llt.info() == Eigen::Success) {
-          const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
-          for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
-          have = se.allFinite();
-        }
-      }
+      have = HessianStdErrors(ll, x, L.loglik, se);
       if (!have && lm.jtj.rows() == k) {
         // Gauss-Newton approximation: cov = (S*/n) (J'J)^-1.
         Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);
@@ -311,25 +338,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
       have = true;
     }
     fit.hessian_ok = have;
-    // Expand to the full layout (held-at-zero terms get 0).
-    std::vector<double> all;
-    size_t slot = 0;
-    auto push = [&](int group, int count) {
-      for (int i = 0; i < count; ++i) {
-        if (slot < slots.size() && slots[slot] == std::make_pair(group, i)) {
-          all.push_back(se(static_cast<int>(slot)));
-          ++slot;
-        } else {
-          all.push_back(0.0);
-        }
-      }
-    };
-    push(0, orders.p);
-    push(1, orders.q);
-    push(2, orders.P);
-    push(3, orders.Q);
-    if (orders.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
-    fit.std_errors = all;
+    fit.std_errors = LaidOutStdErrors(orders, slots, se, L.mean_variance);
   }
   return fit;
 }

@@ -41,4 +41,22 @@ struct LmOutcome {
 // squares and of the parameters are both below their limits, or after max_iterations.
 LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol);
 
+// Log-likelihood at a point; false where it cannot be evaluated.
+using LogLikelihoodFn = std::function<bool(const Eigen::VectorXd&, double&)>;
+
+// Standard errors of the free coefficients from the numerical Hessian of the
+// log-likelihood at the maximum x (value f0), by central differences. False (se left as it
+// was, or not finite) when the likelihood fails near x or the information is not positive
+// definite; se must hold x.size() values.
+bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se);
+
+// The standard errors of the free coefficients laid out as ArimaFit::std_errors: ar, ma,
+// sar, sma (held-at-zero terms 0), then the constant's from the variance of the mean.
+std::vector<double> LaidOutStdErrors(const ArimaSpec& orders, const std::vector<std::pair<int, int>>& slots,
+                                     const Eigen::VectorXd& se, double mean_variance);
+
+// AIC, AICc (infinite when too few observations) and BIC from fit.loglik and fit.n with
+// kk parameters.
+void SetInformationCriteria(ArimaFit& fit, int kk);
+
 }  // namespace quorvane

@@ -290,11 +290,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
   fit.loglik = L.loglik;
   fit.sigma2 = L.sigma2;
   fit.n = n;
-  const int kk = nparams + 1;
-  fit.aic = -2.0 * L.loglik + 2.0 * kk;
-  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
-                              : std::numeric_limits<double>::infinity();
-  fit.bic = -2.0 * L.loglik + std::log(static_cast<double>(n)) * kk;
+  SetInformationCriteria(fit, nparams + 1);
   fit.ok = std::isfinite(fit.loglik);
 
   if (with_errors && fit.ok) {
@@ -308,38 +304,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
         value = l.loglik;
         return std::isfinite(value);
       };
-      Eigen::MatrixXd H(k, k);
-      Eigen::VectorXd h(k);
-      for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
-      bool okh = true;
-      const double f0 = L.loglik;
-      for (int i = 0; i < k && okh; ++i) {
-        for (int j = i; j < k && okh; ++j) {
-          double fpp, fpm, fmp, fmm;
-          Eigen::VectorXd xs = x;
-          if (i == j) {
-            xs(i) = x(i) + h(i);
-            okh = ll(xs, fpp);
-            xs(i) = x(i) - h(i);
-            okh = okh && ll(xs, fmm);
-            if (okh) H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
-          } else {
-            xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
-            xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
-            xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
-            xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
-            if (okh) H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
-          }
-        }
-      }
-      if (okh) {
-        Eigen::LLT<Eigen::MatrixXd> llt(-H);
-        if (llt.info() == Eigen::Success) {
-          const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
-          for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
-          have = se.allFinite();
-        }
-      }
+      have = HessianStdErrors(ll, x, L.loglik, se);
       if (!have && lm.jtj.rows() == k) {
         Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);
         const double s2 = L.ssq * std::exp(L.sum_log_f / L.n) / L.n;
@@ -348,24 +313,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
       }
     }
     fit.hessian_ok = have;
-    std::vector<double> all;
-    size_t slot = 0;
-    auto push = [&](int group, int count) {
-      for (int i = 0; i < count; ++i) {
-        if (slot < slots.size() && slots[slot] == std::make_pair(group, i)) {
-          all.push_back(se(static_cast<int>(slot)));
-          ++slot;
-        } else {
-          all.push_back(0.0);
-        }
-      }
-    };
-    push(0, orders.p);
-    push(1, orders.q);
-    push(2, orders.P);
-    push(3, orders.Q);
-    if (orders.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
-    fit.std_errors = all;
+    fit.std_errors = LaidOutStdErrors(orders, slots, se, L.mean_variance);
   }
   return fit;
 }
