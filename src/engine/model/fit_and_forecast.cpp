@@ -11,6 +11,7 @@
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
 #include "engine/model/intermittent.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
@@ -26,8 +27,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr double kMissing = 99999999999.0;
-constexpr int kMaxForecasts = 600;
 constexpr int16_t kCodeObservations = 2180;
 constexpr int16_t kCodeCuriousValue = 2189;
 // Half the 95 % point of a chi-square with one degree of freedom.
@@ -38,25 +37,6 @@ std::string FormatInt(const char* fmt, int v) {
   char buf[256];
   std::snprintf(buf, sizeof buf, fmt, v);
   return buf;
-}
-
-// Fills MissingValue entries by linear interpolation (the nearest value at the ends).
-int FillMissing(std::vector<double>& y) {
-  int filled = 0;
-  const int n = static_cast<int>(y.size());
-  for (int t = 0; t < n; ++t) {
-    if (y[t] != kMissing) continue;
-    int a = t - 1, b = t + 1;
-    while (b < n && y[b] == kMissing) ++b;
-    for (int k = t; k < b; ++k) {
-      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
-      else if (a >= 0) y[k] = y[a];
-      else if (b < n) y[k] = y[b];
-      ++filled;
-    }
-    t = b - 1;
-  }
-  return filled;
 }
 
 std::string Equation(const ArimaFit& f, double lambda, const std::string& name) {
@@ -311,15 +291,6 @@ LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std
   return a;
 }
 
-// A power of two near the size of the series: fitting on z / scale keeps squares finite
-// for huge values and costs no precision.
-double ScaleOf(const std::vector<double>& z) {
-  double m = 0.0;
-  for (double v : z) m = std::max(m, std::fabs(v));
-  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
-  return std::ldexp(1.0, std::ilogb(m));
-}
-
 std::vector<double> Scaled(const std::vector<double>& z, double scale) {
   std::vector<double> out(z.size());
   for (size_t i = 0; i < z.size(); ++i) out[i] = z[i] / scale;
@@ -380,13 +351,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
   ModelResult r;
   const EngineRules& rules = problem.rules;
-  auto stage = [&](Stage s) {
-    if (on_stage && !on_stage(s)) {
-      r.cancelled = true;
-      return false;
-    }
-    return true;
-  };
+  auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
 
   // 1. Data preparation.
   if (!stage(Stage::DataPreparation)) return r;
@@ -410,16 +375,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   }
   if (filled > 0) r.warnings.push_back(FormatInt(texts::kMissingInterpolated, filled));
 
-  int horizon = problem.horizon > 0 ? problem.horizon : rules.forecasts;
-  if (!rules.forecasting_enabled) {
-    horizon = 0;
-    r.warnings.push_back(texts::kForecastingDisabled);
-  }
-  if (horizon > kMaxForecasts) {
-    horizon = kMaxForecasts;
-    r.warnings.push_back(texts::kHorizonTooLong);
-  }
-  horizon = std::max(horizon, 0);
+  const int horizon = ForecastHorizon(problem, r.warnings);
   const double coverage = rules.forecast_confidence;
   int period = problem.seasonality > 1 ? problem.seasonality : 1;
   {

@@ -5,12 +5,14 @@
 #include <string>
 
 #include "engine/model/series_stats.h"
+#include "engine/model/texts.h"
 
 namespace quorvane {
 
 namespace {
 
 constexpr double kMissing = 99999999999.0;
+constexpr int kMaxForecasts = 600;
 
 double PowerOfTwoNear(double largest) {
   if (!(largest > 0.0) || !std::isfinite(largest)) return 1.0;
@@ -100,6 +102,20 @@ std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;
   return x;
+}
+
+int ForecastHorizon(const ModelingProblem& problem, std::vector<std::string>& warnings) {
+  const EngineRules& rules = problem.rules;
+  int horizon = problem.horizon > 0 ? problem.horizon : rules.forecasts;
+  if (!rules.forecasting_enabled) {
+    horizon = 0;
+    warnings.push_back(texts::kForecastingDisabled);
+  }
+  if (horizon > kMaxForecasts) {
+    horizon = kMaxForecasts;
+    warnings.push_back(texts::kHorizonTooLong);
+  }
+  return std::max(horizon, 0);
 }
 
 bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {

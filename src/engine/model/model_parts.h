@@ -1,8 +1,10 @@
 #pragma once
-// Small pieces shared by the models of a given structure and the pooled cross-sections:
-// the filling of missing values, the working scale, the estimator's limits from the rules,
-// the ARMA rows of the coefficient table, the trend column and the stage checkpoints.
+// Small pieces shared by the kinds of model (automatic, given structure, pooled,
+// intermittent): the filling of missing values, the working scale, the estimator's limits
+// from the rules, the ARMA rows of the coefficient table, the trend column, the forecast
+// horizon and the stage checkpoints.
 // Internal to the modelling core: included by its .cpp files only.
+#include <string>
 #include <vector>
 
 #include "engine/model.h"
@@ -31,6 +33,10 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
 
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
+
+// How many periods to forecast: the problem's own horizon or the rules', none when the
+// rules disable forecasting, at most 600; each adjustment is explained in `warnings`.
+int ForecastHorizon(const ModelingProblem& problem, std::vector<std::string>& warnings);
 
 // Reports reaching stage `s`; false (and r marked cancelled) when the caller asks to stop.
 bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r);
