@@ -201,10 +201,7 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) pred[t] += effects[t];
   r.fitted.assign(n, 0.0);
   r.residuals.assign(n, 0.0);
-  std::vector<double> model_resid;
-  double sse = 0.0, ape = 0.0, sst = 0.0;
-  int ape_n = 0, used = 0;
-  std::vector<double> used_z;
+  InSampleTally tally;
   for (int t = 0; t < n; ++t) {
     if (std::isnan(pred[t])) {
       r.fitted[t] = y[t];
@@ -213,39 +210,13 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
     }
     const double fz = InverseBoxCox(pred[t] * scale, lambda);
     r.fitted[t] = fz;
-    r.residuals[t] = y[t] - fz;
-    model_resid.push_back((z[t] - pred[t]) * scale);
-    used_z.push_back(z[t] * scale);
-    sse += r.residuals[t] * r.residuals[t];
-    if (y[t] != 0.0) {
-      ape += std::fabs(r.residuals[t] / y[t]);
-      ++ape_n;
-    }
-    ++used;
-  }
-  const double zbar = Mean(used_z);
-  double mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
+    r.residuals[t] = tally.Add(y[t], fz, (z[t] - pred[t]) * scale, z[t] * scale);
   }
   r.cleansed = y;
   if (!effects.empty())
     for (int t = 0; t < n; ++t) r.cleansed[t] = InverseBoxCox(u[t] * scale, lambda);
-  r.observations = used;
   r.parameters = fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + effect_count;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  const double log_scale = std::log(scale);
-  r.loglik = fit.loglik - fit.n * log_scale;
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, fit.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-
-  FillResidualDiagnostics(r, model_resid, fit.orders.period, fit.orders.FreeCount(), used);
+  tally.Finish(r, fit.loglik - fit.n * std::log(scale), fit);
 
   if (horizon > 0) {
     ArimaForecast fc = ForecastArima(u, fit, horizon, coverage, allow);

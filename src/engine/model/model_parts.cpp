@@ -5,6 +5,7 @@
 #include <string>
 
 #include "engine/model/series_stats.h"
+#include "engine/model/structured.h"
 #include "engine/model/texts.h"
 
 namespace quorvane {
@@ -102,6 +103,39 @@ std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;
   return x;
+}
+
+double InSampleTally::Add(double actual, double fitted, double innovation, double z) {
+  const double residual = actual - fitted;
+  model_resid.push_back(innovation);
+  used_z.push_back(z);
+  sse += residual * residual;
+  if (actual != 0.0) {
+    ape += std::fabs(residual / actual);
+    ++ape_n;
+  }
+  ++used;
+  return residual;
+}
+
+void InSampleTally::Finish(ModelResult& r, double loglik, const ArimaFit& f) const {
+  const double zbar = Mean(used_z);
+  double sst = 0.0, mss = 0.0;
+  for (size_t i = 0; i < used_z.size(); ++i) {
+    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
+    mss += model_resid[i] * model_resid[i];
+  }
+  r.observations = used;
+  r.degrees_of_freedom = std::max(0, used - r.parameters);
+  r.sse = sse;
+  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
+  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
+  r.loglik = loglik;
+  const int kk = r.parameters + 1;
+  r.aic = -2.0 * r.loglik + 2.0 * kk;
+  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
+  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
+  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
 }
 
 int ForecastHorizon(const ModelingProblem& problem, std::vector<std::string>& warnings) {

@@ -34,6 +34,24 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
 
+// The in-sample figures of a fitted model, gathered one observation at a time.
+struct InSampleTally {
+  std::vector<double> model_resid;  // innovations, on the transformed scale of the data
+  std::vector<double> used_z;       // the transformed values they belong to
+  double sse = 0.0;                 // of the residuals on the scale of the data
+  double ape = 0.0;                 // sum of absolute percentage errors (nonzero actuals)
+  int ape_n = 0;
+  int used = 0;
+
+  // One observation: the actual value and its fitted value on the scale of the data, its
+  // innovation and transformed value on the transformed scale. Returns the residual.
+  double Add(double actual, double fitted, double innovation, double z);
+  // Sets r's observations, degrees of freedom (r.parameters already set), SSE, variance,
+  // R-squared (of the model on the transformed scale), log-likelihood `loglik` (on the
+  // scale of the data), AIC, BIC, MAPE and residual diagnostics.
+  void Finish(ModelResult& r, double loglik, const ArimaFit& f) const;
+};
+
 // How many periods to forecast: the problem's own horizon or the rules', none when the
 // rules disable forecasting, at most 600; each adjustment is explained in `warnings`.
 int ForecastHorizon(const ModelingProblem& problem, std::vector<std::string>& warnings);

@@ -671,9 +671,8 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
   for (size_t g = 0; g < d.y.size(); ++g)
     for (size_t t = 0; t < d.y[g].size(); ++t) r.cleansed[d.offsets[g] + t] = d.y[g][t];
   const std::vector<std::vector<double>> innov = PooledInnovations(in.z, in.X, fr);
-  std::vector<double> model_resid, used_z;
-  double sse = 0.0, ape = 0.0, jacobian = 0.0;
-  int ape_n = 0, used = 0;
+  InSampleTally tally;
+  double jacobian = 0.0;
   const int burn = f.orders.d + f.orders.D * std::max(1, f.orders.period);
   for (size_t g = 0; g < in.z.size(); ++g) {
     if (lambda != 1.0) jacobian += BoxCoxLogJacobian(in.y[g], lambda, burn);
@@ -682,37 +681,12 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
       const double pred = in.z[g][t] - innov[g][t];
       const double fit = InverseBoxCox(pred * scale, lambda);
       const size_t at = static_cast<size_t>(d.offsets[g] + in.leading) + t;
-      const double actual = in.y[g][t];
       r.fitted[at] = fit;
-      r.residuals[at] = actual - fit;
-      model_resid.push_back(innov[g][t] * scale);
-      used_z.push_back(in.z[g][t] * scale);
-      sse += r.residuals[at] * r.residuals[at];
-      if (actual != 0.0) {
-        ape += std::fabs(r.residuals[at] / actual);
-        ++ape_n;
-      }
-      ++used;
+      r.residuals[at] = tally.Add(in.y[g][t], fit, innov[g][t] * scale, in.z[g][t] * scale);
     }
   }
-  const double zbar = Mean(used_z);
-  double sst = 0.0, mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
-  }
-  r.observations = used;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  r.loglik = f.loglik - f.n * std::log(scale) + jacobian;
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
-  PooledResidualChecks(r, innov, scale, f.orders.FreeCount(), used);
+  tally.Finish(r, f.loglik - f.n * std::log(scale) + jacobian, f);
+  PooledResidualChecks(r, innov, scale, f.orders.FreeCount(), tally.used);
 
   // Forecasts continue the last group: its noise from the common model, its columns'
   // future values.

@@ -368,41 +368,16 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   const std::vector<double> innov = RegressionInnovations(z, X, fr);
   r.fitted.assign(n, kMissing);
   r.residuals.assign(n, kMissing);
-  std::vector<double> model_resid, used_z;
-  double sse = 0.0, ape = 0.0;
-  int ape_n = 0, used = 0;
+  InSampleTally tally;
   for (int t = 0; t < m; ++t) {
     if (!std::isfinite(innov[t])) continue;
     const double pred = z[t] - innov[t];
     const double fit = InverseBoxCox(pred * scale, lambda);
     r.fitted[t + L] = fit;
-    r.residuals[t + L] = y[t] - fit;
-    model_resid.push_back(innov[t] * scale);
-    used_z.push_back(z[t] * scale);
-    sse += r.residuals[t + L] * r.residuals[t + L];
-    if (y[t] != 0.0) {
-      ape += std::fabs(r.residuals[t + L] / y[t]);
-      ++ape_n;
-    }
-    ++used;
+    r.residuals[t + L] = tally.Add(y[t], fit, innov[t] * scale, z[t] * scale);
   }
-  const double zbar = Mean(used_z);
-  double sst = 0.0, mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
-  }
-  r.observations = used;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  r.loglik = f.loglik - f.n * std::log(scale) + (lambda != 1.0 ? BoxCoxLogJacobian(y, lambda, m - f.n) : 0.0);
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
+  tally.Finish(r, f.loglik - f.n * std::log(scale) + (lambda != 1.0 ? BoxCoxLogJacobian(y, lambda, m - f.n) : 0.0),
+               f);
 
   // Forecasts: the noise forecast from its own model plus the columns' future values.
   if (horizon > 0) {
