@@ -647,14 +647,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   ArimaFit shown = fit;
   shown.mean = fit.mean * scale;
   if (!shown.std_errors.empty() && fit.orders.constant) shown.std_errors.back() *= scale;
-  r.d = fit.orders.d;
-  r.D = fit.orders.D;
-  r.p = fit.orders.p;
-  r.q = fit.orders.q;
-  r.P = fit.orders.P;
-  r.Q = fit.orders.Q;
-  r.period = fit.orders.period;
-  r.has_constant = fit.orders.constant;
+  SetOrders(r, fit.orders);
   r.coefficients = Coefficients(shown, nullptr);
   DescribeInterventions(found, scale, problem.seasonality, problem.begin_year, problem.begin_period,
                         std::max(1, fit.n - fit.orders.FreeCount() - (fit.orders.constant ? 1 : 0) -

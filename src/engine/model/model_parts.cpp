@@ -99,6 +99,39 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
   }
 }
 
+void SetOrders(ModelResult& r, const ArimaSpec& orders) {
+  r.d = orders.d;
+  r.D = orders.D;
+  r.p = orders.p;
+  r.q = orders.q;
+  r.P = orders.P;
+  r.Q = orders.Q;
+  r.period = orders.period;
+  r.has_constant = orders.constant;
+}
+
+Coefficient ColumnCoefficient(const std::string& term, const std::string& kind, int lag,
+                              const RegressionArimaFit& fr, size_t j, double scale, int df) {
+  Coefficient c;
+  c.term = term;
+  c.kind = kind;
+  c.lag = lag;
+  c.value = fr.beta[j] * scale;
+  c.std_error = j < fr.beta_se.size() ? fr.beta_se[j] * scale : 0.0;
+  c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
+  c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+  return c;
+}
+
+Coefficient DenominatorCoefficient(const std::string& input, double delta) {
+  Coefficient den;
+  den.term = input + " DENOMINATOR(1)";
+  den.kind = "denominator";
+  den.lag = 1;
+  den.value = delta;
+  return den;
+}
+
 std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;

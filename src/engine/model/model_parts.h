@@ -9,6 +9,7 @@
 
 #include "engine/model.h"
 #include "engine/model/estimate.h"
+#include "engine/model/interventions.h"
 #include "engine/rules.h"
 
 namespace quorvane {
@@ -30,6 +31,15 @@ ConvergenceCriteria CriteriaOf(const EngineRules& rules);
 // left out), and puts the constant first, on the scale of the data (`scale` undoes the
 // working scale). t and p values with `df` degrees of freedom.
 void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out);
+
+// The model's orders into the result.
+void SetOrders(ModelResult& r, const ArimaSpec& orders);
+
+// The coefficient-table row of regression column j of fr, on the scale of the data.
+Coefficient ColumnCoefficient(const std::string& term, const std::string& kind, int lag,
+                              const RegressionArimaFit& fr, size_t j, double scale, int df);
+// The row of an input's first-order denominator (a fixed value, without a test).
+Coefficient DenominatorCoefficient(const std::string& input, double delta);
 
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);

@@ -622,36 +622,15 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
   const double scale = in.scale;
   const double lambda = in.lambda;
   r.lambda = lambda;
-  r.d = f.orders.d;
-  r.D = f.orders.D;
-  r.p = f.orders.p;
-  r.q = f.orders.q;
-  r.P = f.orders.P;
-  r.Q = f.orders.Q;
-  r.period = f.orders.period;
-  r.has_constant = f.orders.constant;
+  SetOrders(r, f.orders);
   r.parameters = f.orders.FreeCount() + (f.orders.constant ? 1 : 0) + static_cast<int>(m.columns.size());
   const int df = std::max(1, f.n - r.parameters);
   AddArmaCoefficients(f, scale, df, r.coefficients);
   for (size_t j = 0; j < m.columns.size(); ++j) {
     const PooledColumn& col = m.columns[j];
-    Coefficient c;
-    c.term = col.term;
-    c.kind = col.kind;
-    c.lag = col.lag;
-    c.value = fr.beta[j] * scale;
-    c.std_error = j < fr.beta_se.size() ? fr.beta_se[j] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    const Coefficient c = ColumnCoefficient(col.term, col.kind, col.lag, fr, j, scale, df);
     r.coefficients.push_back(c);
-    if (col.denominator != 0.0) {
-      Coefficient den;
-      den.term = col.input + " DENOMINATOR(1)";
-      den.kind = "denominator";
-      den.lag = 1;
-      den.value = col.denominator;
-      r.coefficients.push_back(den);
-    }
+    if (col.denominator != 0.0) r.coefficients.push_back(DenominatorCoefficient(col.input, col.denominator));
   }
   for (const auto& input : problem.inputs)
     for (const auto& col : m.columns)
