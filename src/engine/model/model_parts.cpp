@@ -132,6 +132,38 @@ Coefficient DenominatorCoefficient(const std::string& input, double delta) {
   return den;
 }
 
+int LeastSignificant(const std::vector<Coefficient>& coefficients, bool columns_only, double& p) {
+  int worst = -1;
+  for (size_t i = 0; i < coefficients.size(); ++i) {
+    const Coefficient& c = coefficients[i];
+    const bool column = c.kind == "input" || c.kind == "trend" || c.kind == "fourier" || c.kind == "seasonal";
+    if (columns_only && !column) continue;
+    if (c.kind == "denominator") continue;
+    if (c.std_error > 0.0 && c.p_value > p) {
+      p = c.p_value;
+      worst = static_cast<int>(i);
+    }
+  }
+  return worst;
+}
+
+std::string InputDenominator(const ModelBlock& b, double& delta) {
+  delta = 0.0;
+  if (b.first.empty()) return "";
+  if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
+    return "the denominator of " + b.name + " is of an order above one";
+  delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
+  if (!(std::fabs(delta) < 1.0)) return "the denominator of " + b.name + " is not stable";
+  return "";
+}
+
+int MaxLead(const ModelBlock& b) {
+  int max_lead = 0;
+  for (const auto& poly : b.second)
+    for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+  return max_lead;
+}
+
 std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;

@@ -41,6 +41,17 @@ Coefficient ColumnCoefficient(const std::string& term, const std::string& kind, 
 // The row of an input's first-order denominator (a fixed value, without a test).
 Coefficient DenominatorCoefficient(const std::string& input, double delta);
 
+// The row of the coefficient table least significant at level `p` (its p-value above
+// `p`, and then the largest), denominators never, with `columns_only` regression columns
+// only; -1 when none. `p` becomes its p-value.
+int LeastSignificant(const std::vector<Coefficient>& coefficients, bool columns_only, double& p);
+
+// The first-order denominator of an input block of the user's model (0 without one), or
+// what is wrong with it ("" when nothing).
+std::string InputDenominator(const ModelBlock& b, double& delta);
+// The longest lead (negative power) of an input block's numerator; 0 without leads.
+int MaxLead(const ModelBlock& b);
+
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
 

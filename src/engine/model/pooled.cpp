@@ -733,16 +733,8 @@ std::string Necessity(const ModelingProblem& problem, const PooledData& d, Poole
                       const ConvergenceCriteria& crit, double alpha, ModelResult& r) {
   std::string text;
   for (int round = 0; round < 30; ++round) {
-    int worst = -1;
     double worst_p = alpha;
-    for (size_t i = 0; i < r.coefficients.size(); ++i) {
-      const Coefficient& c = r.coefficients[i];
-      if (c.kind == "denominator") continue;
-      if (c.std_error > 0.0 && c.p_value > worst_p) {
-        worst_p = c.p_value;
-        worst = static_cast<int>(i);
-      }
-    }
+    const int worst = LeastSignificant(r.coefficients, false, worst_p);
     if (worst < 0) break;
     PooledModel next = m;
     if (!DropTerm(next, r.coefficients[worst])) break;
@@ -1077,15 +1069,9 @@ bool UserStructure(const ModelingProblem& problem, const PooledData& d, PooledMo
     });
     if (input == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
     double delta = 0.0;
-    if (!b.first.empty()) {
-      if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
-        return malformed("the denominator of " + b.name + " is of an order above one");
-      delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
-      if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
-    }
-    int max_lead = 0;
-    for (const auto& poly : b.second)
-      for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+    const std::string bad = InputDenominator(b, delta);
+    if (!bad.empty()) return malformed(bad);
+    const int max_lead = MaxLead(b);
     const auto paths = InputPaths(problem, d, *input, max_lead, &found);
     for (const auto& poly : b.second)
       for (int pw : poly.powers) {
