@@ -164,6 +164,38 @@ int MaxLead(const ModelBlock& b) {
   return max_lead;
 }
 
+void PresetNoise(int objective, int seasonality, ArimaSpec& a) {
+  const int s = seasonality;
+  a.period = s > 1 ? s : 1;
+  switch (objective) {
+    case 1: a.constant = true; break;
+    case 2: a.p = 1; a.constant = true; break;
+    case 3: a.p = 2; a.constant = true; break;
+    case 4: a.d = 1; a.q = 1; break;
+    case 5: a.d = 2; a.q = 2; break;
+    case 6: a.d = 1; break;
+    case 7: a.d = 1; a.constant = true; break;
+    case 8: a.constant = true; break;             // with a trend
+    case 9: a.p = 1; a.constant = true; break;    // with a trend
+    case 10: a.constant = true; break;            // with the harmonics of the cycle
+    case 12: a.p = 1; a.d = 1; a.q = 2; break;
+    case 13: a.D = 1; a.Q = 1; break;
+    case 14:
+      // The ARIMA form of additive Holt-Winters: (1-B)(1-B**s) y = MA(s+1) noise, with the
+      // terms at lags 1, s and s+1 (the others of the form are small and held at zero).
+      a.d = 1;
+      a.D = 1;
+      a.q = s + 1;
+      a.ma_zero.assign(s + 1, true);
+      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
+      break;
+    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
+    case 51: a.constant = true; break;                   // with the inputs
+    case 52: a.p = 1; a.constant = true; break;          // with the inputs
+    default: break;
+  }
+}
+
 std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;

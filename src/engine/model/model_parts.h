@@ -52,6 +52,10 @@ std::string InputDenominator(const ModelBlock& b, double& delta);
 // The longest lead (negative power) of an input block's numerator; 0 without leads.
 int MaxLead(const ModelBlock& b);
 
+// The ARIMA noise of a preset objective (its orders, constant and period `seasonality`);
+// the preset's regression columns are the caller's. Objective 11 has no ARIMA form here.
+void PresetNoise(int objective, int seasonality, ArimaSpec& a);
+
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
 

@@ -960,24 +960,12 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
   m.name = PresetName(obj);
   ArimaSpec& a = m.noise;
   const int s = problem.seasonality;
-  a.period = s > 1 ? s : 1;
+  PresetNoise(obj, s, a);
   auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
   switch (obj) {
-    case 1: a.constant = true; break;
-    case 2: a.p = 1; a.constant = true; break;
-    case 3: a.p = 2; a.constant = true; break;
-    case 4: a.d = 1; a.q = 1; break;
-    case 5: a.d = 2; a.q = 2; break;
-    case 6: a.d = 1; break;
-    case 7: a.d = 1; a.constant = true; break;
-    case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn)); break;
-    case 9:
-      a.p = 1;
-      a.constant = true;
-      m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn));
-      break;
+    case 8:
+    case 9: m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn)); break;
     case 10: {
-      a.constant = true;
       for (int k = 1; k <= std::min(s / 2, 6); ++k) {
         auto wave = [&, k](bool cosine) {
           return [&, k, cosine](int length) {
@@ -1004,20 +992,8 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
           return x;
         }));
       break;
-    case 12: a.p = 1; a.d = 1; a.q = 2; break;
-    case 13: a.D = 1; a.Q = 1; break;
-    case 14:
-      a.d = 1;
-      a.D = 1;
-      a.q = s + 1;
-      a.ma_zero.assign(s + 1, true);
-      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
-      break;
-    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
     case 51:
     case 52: {
-      a.constant = true;
-      a.p = obj == 52 ? 1 : 0;
       std::vector<std::string> found;
       for (const auto& input : problem.inputs)
         m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));

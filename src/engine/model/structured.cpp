@@ -446,7 +446,7 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     return r;
   }
   ArimaSpec& a = m.noise;
-  a.period = s > 1 ? s : 1;
+  PresetNoise(obj, s, a);
   auto add_column = [&](std::string term, std::string kind, std::vector<double> values) {
     RegressorColumn c;
     c.term = std::move(term);
@@ -455,18 +455,10 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     m.columns.push_back(std::move(c));
   };
   switch (obj) {
-    case 1: a.constant = true; break;
-    case 2: a.p = 1; a.constant = true; break;
-    case 3: a.p = 2; a.constant = true; break;
-    case 4: a.d = 1; a.q = 1; break;
-    case 5: a.d = 2; a.q = 2; break;
-    case 6: a.d = 1; break;
-    case 7: a.d = 1; a.constant = true; break;
-    case 8: a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
-    case 9: a.p = 1; a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
+    case 8:
+    case 9: add_column("TREND", "trend", TrendColumn(total)); break;
     case 10: {
       // A constant and the harmonics of the seasonal cycle (at most six pairs).
-      a.constant = true;
       const int K = std::min(s / 2, 6);
       for (int k = 1; k <= K; ++k) {
         std::vector<double> c(total), sn(total);
@@ -480,22 +472,8 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
       }
       break;
     }
-    case 12: a.p = 1; a.d = 1; a.q = 2; break;
-    case 13: a.D = 1; a.Q = 1; break;
-    case 14:
-      // The ARIMA form of additive Holt-Winters: (1-B)(1-B**s) y = MA(s+1) noise, with the
-      // terms at lags 1, s and s+1 (the others of the form are small and held at zero).
-      a.d = 1;
-      a.D = 1;
-      a.q = s + 1;
-      a.ma_zero.assign(s + 1, true);
-      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
-      break;
-    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
     case 51:
     case 52: {
-      a.constant = true;
-      a.p = obj == 52 ? 1 : 0;
       for (const auto& in : problem.inputs) {
         RegressorColumn c;
         c.term = in.name;
