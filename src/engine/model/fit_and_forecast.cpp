@@ -278,19 +278,8 @@ void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const ch
   r.residuals.assign(n, 0.0);
   r.cleansed = y;
   r.observations = n;
-  r.has_constant = true;
-  Coefficient c;
-  c.term = "CONSTANT";
-  c.kind = "constant";
-  c.value = last;
-  c.p_value = 0.0;
-  r.coefficients.push_back(c);
-  r.parameters = 1;
-  r.degrees_of_freedom = std::max(0, n - 1);
+  SetConstantModel(r, last, horizon);
   r.equation = "Y(t) = " + Format("%.6g", last);
-  r.forecasts.assign(horizon, last);
-  r.lower.assign(horizon, last);
-  r.upper.assign(horizon, last);
 }
 
 }  // namespace

@@ -196,6 +196,21 @@ void PresetNoise(int objective, int seasonality, ArimaSpec& a) {
   }
 }
 
+void SetConstantModel(ModelResult& r, double value, int horizon) {
+  r.has_constant = true;
+  Coefficient c;
+  c.term = "CONSTANT";
+  c.kind = "constant";
+  c.value = value;
+  c.p_value = 0.0;
+  r.coefficients.push_back(c);
+  r.parameters = 1;
+  r.degrees_of_freedom = std::max(0, r.observations - 1);
+  r.forecasts.assign(horizon, value);
+  r.lower.assign(horizon, value);
+  r.upper.assign(horizon, value);
+}
+
 std::vector<double> TrendColumn(int length) {
   std::vector<double> x(length);
   for (int t = 0; t < length; ++t) x[t] = t + 1.0;

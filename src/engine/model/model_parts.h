@@ -56,6 +56,10 @@ int MaxLead(const ModelBlock& b);
 // the preset's regression columns are the caller's. Objective 11 has no ARIMA form here.
 void PresetNoise(int objective, int seasonality, ArimaSpec& a);
 
+// A constant model at `value` (a series with no variation): its one coefficient, its
+// degrees of freedom from r.observations, and flat forecasts and limits.
+void SetConstantModel(ModelResult& r, double value, int horizon);
+
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
 

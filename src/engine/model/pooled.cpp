@@ -1282,20 +1282,9 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     for (size_t g = 0; g < d.y.size(); ++g)
       for (size_t t = 0; t < d.y[g].size(); ++t) r.fitted[d.offsets[g] + t] = r.cleansed[d.offsets[g] + t] = d.y[g][t];
     r.observations = static_cast<int>(problem.y.size());
-    r.has_constant = true;
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = last;
-    c.p_value = 0.0;
-    r.coefficients.push_back(c);
-    r.parameters = 1;
-    r.degrees_of_freedom = std::max(0, r.observations - 1);
+    SetConstantModel(r, last, d.horizon);
     r.equation = (problem.output_name.empty() ? std::string("Y") : problem.output_name) + "(t) = " +
                  Format("%.6g", last);
-    r.forecasts.assign(d.horizon, last);
-    r.lower.assign(d.horizon, last);
-    r.upper.assign(d.horizon, last);
     return r;
   }
 
