@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "engine/model/equation_text.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/structured.h"
 #include "engine/model/texts.h"
@@ -209,6 +210,12 @@ void SetConstantModel(ModelResult& r, double value, int horizon) {
   r.forecasts.assign(horizon, value);
   r.lower.assign(horizon, value);
   r.upper.assign(horizon, value);
+}
+
+Note DiagnosisNote(const ModelResult& r) {
+  return {"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " + std::to_string(r.ljung_box_lags) +
+                           " lags, p-value " + Format("%.4f", r.ljung_box_p) + "; R-squared " +
+                           Format("%.4f", r.r_squared) + "; in-sample MAPE " + Format("%.3f", r.mape) + " %."};
 }
 
 std::vector<double> TrendColumn(int length) {

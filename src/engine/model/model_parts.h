@@ -60,6 +60,9 @@ void PresetNoise(int objective, int seasonality, ArimaSpec& a);
 // degrees of freedom from r.observations, and flat forecasts and limits.
 void SetConstantModel(ModelResult& r, double value, int horizon);
 
+// The diagnosis note of a fitted model: Ljung-Box, R-squared and MAPE.
+Note DiagnosisNote(const ModelResult& r);
+
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);
 

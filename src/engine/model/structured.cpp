@@ -382,10 +382,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   r.notes.push_back({"Final model", r.description + ", " + std::to_string(r.parameters) +
                                         " parameter(s), log-likelihood " + Format("%.3f", r.loglik) + ", AIC " +
                                         Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + "."});
-  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " +
-                                      std::to_string(r.ljung_box_lags) + " lags, p-value " +
-                                      Format("%.4f", r.ljung_box_p) + "; R-squared " + Format("%.4f", r.r_squared) +
-                                      "; in-sample MAPE " + Format("%.3f", r.mape) + " %."});
+  r.notes.push_back(DiagnosisNote(r));
   if (!f.converged && crit.max_iterations > 0)
     r.warnings.push_back("Estimation stopped at the maximum number of iterations before the convergence criteria were met.");
   return r;
