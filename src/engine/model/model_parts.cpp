@@ -7,6 +7,7 @@
 #include "engine/model/equation_text.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/structured.h"
+#include "engine/model/transform.h"
 #include "engine/model/texts.h"
 
 namespace quorvane {
@@ -216,6 +217,29 @@ Note DiagnosisNote(const ModelResult& r) {
   return {"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " + std::to_string(r.ljung_box_lags) +
                            " lags, p-value " + Format("%.4f", r.ljung_box_p) + "; R-squared " +
                            Format("%.4f", r.r_squared) + "; in-sample MAPE " + Format("%.3f", r.mape) + " %."};
+}
+
+void AddArmaOrder(ArimaSpec& s, ArmaCoefficients& start, bool ar) {
+  if (ar) {
+    ++s.p;
+    s.ar_zero.resize(s.p, false);
+    start.ar.resize(s.p, 0.0);
+  } else {
+    ++s.q;
+    s.ma_zero.resize(s.q, false);
+    start.ma.resize(s.q, 0.0);
+  }
+}
+
+double FutureValue(const std::vector<double>& v, size_t at) {
+  const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
+  return std::isfinite(x) ? x : 0.0;
+}
+
+void SetForecast(ModelResult& r, int h, const ArimaForecast& fc, double xb, double scale, double lambda) {
+  r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
+  r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
+  r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
 }
 
 std::vector<double> TrendColumn(int length) {

@@ -9,6 +9,7 @@
 
 #include "engine/model.h"
 #include "engine/model/estimate.h"
+#include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
 #include "engine/rules.h"
 
@@ -62,6 +63,16 @@ void SetConstantModel(ModelResult& r, double value, int horizon);
 
 // The diagnosis note of a fitted model: Ljung-Box, R-squared and MAPE.
 Note DiagnosisNote(const ModelResult& r);
+
+// One more AR order (`ar`) or MA order for the model, its start value at zero.
+void AddArmaOrder(ArimaSpec& s, ArmaCoefficients& start, bool ar);
+
+// A column's value at period `at`: the last value where the column ends or is missing
+// there, 0 for an empty column.
+double FutureValue(const std::vector<double>& v, size_t at);
+// Forecast h (and its limits) on the scale of the data: the noise forecast plus the
+// columns' effect xb, on the working scale of the transformed series.
+void SetForecast(ModelResult& r, int h, const ArimaForecast& fc, double xb, double scale, double lambda);
 
 // The time trend 1, 2, ..., length.
 std::vector<double> TrendColumn(int length);

@@ -681,14 +681,9 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
     for (int h = 0; h < horizon; ++h) {
       double xb = 0.0;
       for (size_t j = 0; j < m.columns.size(); ++j) {
-        const auto& v = m.columns[j].values[last];
-        const size_t at = end + static_cast<size_t>(h);
-        const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
-        xb += fr.beta[j] * (std::isfinite(x) ? x : 0.0);
+        xb += fr.beta[j] * FutureValue(m.columns[j].values[last], end + static_cast<size_t>(h));
       }
-      r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
-      r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
-      r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
+      SetForecast(r, h, fc, xb, scale, lambda);
     }
   }
   if (!f.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
@@ -758,15 +753,7 @@ std::string Sufficiency(const ModelingProblem& problem, const PooledData& d, Poo
     bool found = false;
     for (int which = 0; which < 2; ++which) {
       PooledModel next = m;
-      if (which == 0) {
-        ++next.noise.p;
-        next.noise.ar_zero.resize(next.noise.p, false);
-        next.start.ar.resize(next.noise.p, 0.0);
-      } else {
-        ++next.noise.q;
-        next.noise.ma_zero.resize(next.noise.q, false);
-        next.start.ma.resize(next.noise.q, 0.0);
-      }
+      AddArmaOrder(next.noise, next.start, which == 0);
       ModelResult nr = FitPooledModel(problem, d, next, crit, d.horizon);
       if (nr.error_code == 0 && nr.aic < r.aic && (!found || nr.aic < best.aic)) {
         best = nr;

@@ -369,14 +369,9 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     for (int h = 0; h < horizon; ++h) {
       double xb = 0.0;
       for (size_t j = 0; j < model.columns.size(); ++j) {
-        const auto& v = model.columns[j].values;
-        const size_t at = static_cast<size_t>(n + h);
-        const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
-        xb += fr.beta[j] * (std::isfinite(x) ? x : 0.0);
+        xb += fr.beta[j] * FutureValue(model.columns[j].values, static_cast<size_t>(n + h));
       }
-      r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
-      r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
-      r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
+      SetForecast(r, h, fc, xb, scale, lambda);
     }
   }
   r.notes.push_back({"Final model", r.description + ", " + std::to_string(r.parameters) +
@@ -700,15 +695,7 @@ void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y,
       StructuredModel best_model;
       for (int which = 0; which < 2; ++which) {
         StructuredModel next = m;
-        if (which == 0) {
-          ++next.noise.p;
-          next.noise.ar_zero.resize(next.noise.p, false);
-          next.start.ar.resize(next.noise.p, 0.0);
-        } else {
-          ++next.noise.q;
-          next.noise.ma_zero.resize(next.noise.q, false);
-          next.start.ma.resize(next.noise.q, 0.0);
-        }
+        AddArmaOrder(next.noise, next.start, which == 0);
         ModelResult nr = FitStructured(problem, y, next, crit, horizon);
         if (nr.error_code == 0 && nr.aic < r.aic && (best.coefficients.empty() || nr.aic < best.aic)) {
           best = nr;
