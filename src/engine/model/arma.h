@@ -18,6 +18,10 @@ struct ArmaCoefficients {
 // (1 + sum ma B^i)(1 + sum sma B^{s j}).
 void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector<double>& theta);
 
+// The product (1 - sum a B^k)(1 - sum b B^k) as 1 - sum c B^k: returns c (e.g. an AR
+// polynomial times the differencing polynomial).
+std::vector<double> MultiplyRegression(const std::vector<double>& a, const std::vector<double>& b);
+
 // True when 1 - sum a_k z^k has every root outside the unit circle by the margin
 // (all partial autocorrelations of the step-down recursion below 1 - margin in size).
 // Empty polynomial: true. Non-finite coefficients: false.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <limits>
 
+#include "engine/model/estimate_parts.h"
 #include "engine/model/series_stats.h"
 
 namespace quorvane {
@@ -50,60 +51,55 @@ std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSp
   return Difference(w, 1, orders.d);
 }
 
-namespace {
-
-struct Layout {
-  // Positions of free coefficients: (group, index). group 0 ar, 1 ma, 2 sar, 3 sma.
+std::vector<std::pair<int, int>> Slots(const ArimaSpec& s) {
   std::vector<std::pair<int, int>> slots;
-};
-
-Layout MakeLayout(const ArimaSpec& s) {
-  Layout l;
   auto add = [&](int group, int n, const std::vector<bool>& zero) {
     for (int i = 0; i < n; ++i)
-      if (i >= static_cast<int>(zero.size()) || !zero[i]) l.slots.push_back({group, i});
+      if (i >= static_cast<int>(zero.size()) || !zero[i]) slots.push_back({group, i});
   };
   add(0, s.p, s.ar_zero);
   add(1, s.q, s.ma_zero);
   add(2, s.P, s.sar_zero);
   add(3, s.Q, s.sma_zero);
-  return l;
+  return slots;
 }
 
-ArmaCoefficients Unpack(const ArimaSpec& s, const Layout& l, const Eigen::VectorXd& x) {
+ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
   ArmaCoefficients c;
   c.period = s.period;
   c.ar.assign(s.p, 0.0);
   c.ma.assign(s.q, 0.0);
   c.sar.assign(s.P, 0.0);
   c.sma.assign(s.Q, 0.0);
-  for (size_t k = 0; k < l.slots.size(); ++k) {
-    auto [g, i] = l.slots[k];
+  return c;
+}
+
+ArmaCoefficients Unpack(const ArimaSpec& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
+  ArmaCoefficients c = ZeroCoefficients(s);
+  for (size_t k = 0; k < slots.size(); ++k) {
+    auto [g, i] = slots[k];
     std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
     v[i] = x(static_cast<int>(k));
   }
   return c;
 }
 
-bool Admissible(const ArmaCoefficients& c) {
-  // A small margin keeps the filter away from the unit circle, where it degenerates.
-  return IsStationary(c.ar, 1e-6) && IsStationary(c.sar, 1e-6) && IsInvertible(c.ma, 1e-6) &&
-         IsInvertible(c.sma, 1e-6);
+Eigen::VectorXd Pack(const ArmaCoefficients& c, const std::vector<std::pair<int, int>>& slots) {
+  Eigen::VectorXd x = Eigen::VectorXd::Zero(static_cast<int>(slots.size()));
+  for (size_t k = 0; k < slots.size(); ++k) {
+    auto [g, i] = slots[k];
+    const std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
+    x(static_cast<int>(k)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
+  }
+  return x;
 }
 
-using ResidualFn = std::function<bool(const Eigen::VectorXd&, Eigen::VectorXd&)>;
+bool Admissible(const ArmaCoefficients& c, double margin) {
+  return IsStationary(c.ar, margin) && IsStationary(c.sar, margin) && IsInvertible(c.ma, margin) &&
+         IsInvertible(c.sma, margin);
+}
 
-// Levenberg-Marquardt on a sum of squares with a forward-difference Jacobian. A step to an
-// inadmissible point counts as a failed step. Stops when the relative changes of the sum of
-// squares and of the parameters are both below their limits.
-struct LmOutcome {
-  int iterations = 0;
-  bool converged = false;
-  Eigen::MatrixXd jtj;   // at the solution
-};
-
-LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCriteria& crit, double sse_tol,
-                    double par_tol) {
+LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol) {
   LmOutcome out;
   const int k = static_cast<int>(x.size());
   Eigen::VectorXd r;
@@ -132,7 +128,7 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCr
     }
     return true;
   };
-  for (int it = 0; it < crit.max_iterations; ++it) {
+  for (int it = 0; it < max_iterations; ++it) {
     if (!jacobian()) break;
     out.iterations = it + 1;
     const Eigen::MatrixXd A = J.transpose() * J;
@@ -173,6 +169,72 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, const ConvergenceCr
   return out;
 }
 
+bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se) {
+  const int k = static_cast<int>(x.size());
+  Eigen::MatrixXd H(k, k);
+  Eigen::VectorXd h(k);
+  for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
+  bool okh = true;
+  for (int i = 0; i < k && okh; ++i) {
+    for (int j = i; j < k && okh; ++j) {
+      double fpp, fpm, fmp, fmm;
+      Eigen::VectorXd xs = x;
+      if (i == j) {
+        xs(i) = x(i) + h(i);
+        okh = ll(xs, fpp);
+        xs(i) = x(i) - h(i);
+        okh = okh && ll(xs, fmm);
+        if (okh) H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
+      } else {
+        xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
+        xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
+        xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
+        xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
+        if (okh) H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
+      }
+    }
+  }
+  if (!okh) return false;
+  Eigen::LLT<Eigen::MatrixXd> llt(-H);
+  if (llt.info() != Eigen::Success) return false;
+  const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
+  for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
+  return se.allFinite();
+}
+
+std::vector<double> LaidOutStdErrors(const ArimaSpec& orders, const std::vector<std::pair<int, int>>& slots,
+                                     const Eigen::VectorXd& se, double mean_variance) {
+  std::vector<double> all;
+  size_t slot = 0;
+  auto push = [&](int group, int count) {
+    for (int i = 0; i < count; ++i) {
+      if (slot < slots.size() && slots[slot] == std::make_pair(group, i)) {
+        all.push_back(se(static_cast<int>(slot)));
+        ++slot;
+      } else {
+        all.push_back(0.0);
+      }
+    }
+  };
+  push(0, orders.p);
+  push(1, orders.q);
+  push(2, orders.P);
+  push(3, orders.Q);
+  if (orders.constant) all.push_back(std::sqrt(std::max(mean_variance, 0.0)));
+  return all;
+}
+
+void SetInformationCriteria(ArimaFit& fit, int kk) {
+  const int n = fit.n;
+  fit.aic = -2.0 * fit.loglik + 2.0 * kk;
+  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
+                              : std::numeric_limits<double>::infinity();
+  fit.bic = -2.0 * fit.loglik + std::log(static_cast<double>(n)) * kk;
+}
+
+namespace {
+// A small margin keeps the filter away from the unit circle, where it degenerates.
+constexpr double kMargin = 1e-6;
 }  // namespace
 
 ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
@@ -180,8 +242,8 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
   ArimaFit fit;
   fit.orders = orders;
   const std::vector<double> w = DifferenceSeries(z, orders);
-  const Layout layout = MakeLayout(orders);
-  const int k = static_cast<int>(layout.slots.size());
+  const auto slots = Slots(orders);
+  const int k = static_cast<int>(slots.size());
   const int n = static_cast<int>(w.size());
   const int nparams = k + (orders.constant ? 1 : 0);
   if (n < nparams + 2 || n < 2) return fit;
@@ -195,18 +257,14 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
   const int pfull = orders.p + orders.period * orders.P;
   bool started = false;
   if (start && k > 0) {
-    for (size_t slot = 0; slot < layout.slots.size(); ++slot) {
-      auto [g, i] = layout.slots[slot];
-      const std::vector<double>& v = g == 0 ? start->ar : g == 1 ? start->ma : g == 2 ? start->sar : start->sma;
-      x(static_cast<int>(slot)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
-    }
-    started = Admissible(Unpack(orders, layout, x));
+    x = Pack(*start, slots);
+    started = Admissible(Unpack(orders, slots, x), kMargin);
     if (!started) x.setZero();
   }
   if (!started && k > 0 && n > pfull + k + 2) {
     ResidualFn css = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-      const ArmaCoefficients c = Unpack(orders, layout, xv);
-      if (!Admissible(c)) return false;
+      const ArmaCoefficients c = Unpack(orders, slots, xv);
+      if (!Admissible(c, kMargin)) return false;
       ExpandArma(c, phi, theta);
       const std::vector<double> e = CssResiduals(w, wmean, phi, theta);
       if (e.empty()) return false;
@@ -216,13 +274,13 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
     ConvergenceCriteria cc = crit;
     cc.max_iterations = std::max(crit.max_iterations, 10);
     Eigen::VectorXd start = x;
-    Marquardt(css, x, cc, 0.01, 1.0);
+    Marquardt(css, x, cc.max_iterations, 0.01, 1.0);
     if (!x.allFinite()) x = start;
   }
 
   ResidualFn exact = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-    const ArmaCoefficients c = Unpack(orders, layout, xv);
-    if (!Admissible(c)) return false;
+    const ArmaCoefficients c = Unpack(orders, slots, xv);
+    if (!Admissible(c, kMargin)) return false;
     ExpandArma(c, phi, theta);
     const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
     if (!L.ok) return false;
@@ -234,15 +292,14 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
   const double par_tol = crit.polish ? std::min(crit.parameter_change_pct, 1e-2) : crit.parameter_change_pct;
   LmOutcome lm;
   if (crit.max_iterations > 0) {
-    ConvergenceCriteria ec = crit;
-    lm = Marquardt(exact, x, ec, sse_tol, par_tol);
+    lm = Marquardt(exact, x, crit.max_iterations, sse_tol, par_tol);
   } else {
     lm.converged = true;
   }
   fit.iterations = lm.iterations;
   fit.converged = lm.converged;
 
-  fit.coef = Unpack(orders, layout, x);
+  fit.coef = Unpack(orders, slots, x);
   ExpandArma(fit.coef, phi, theta);
   const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
   if (!L.ok) return fit;
@@ -250,11 +307,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
   fit.loglik = L.loglik;
   fit.sigma2 = L.sigma2;
   fit.n = n;
-  const int kk = nparams + 1;  // + sigma2
-  fit.aic = -2.0 * L.loglik + 2.0 * kk;
-  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
-                              : std::numeric_limits<double>::infinity();
-  fit.bic = -2.0 * L.loglik + std::log(static_cast<double>(n)) * kk;
+  SetInformationCriteria(fit, nparams + 1);  // + sigma2
   fit.ok = std::isfinite(fit.loglik);
 
   if (with_errors && fit.ok) {
@@ -263,7 +316,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
     if (k > 0) {
       // Numerical Hessian of the log-likelihood by central differences.
       auto ll = [&](const Eigen::VectorXd& xv, double& out) {
-        const ArmaCoefficients c = Unpack(orders, layout, xv);
+        const ArmaCoefficients c = Unpack(orders, slots, xv);
         if (!IsStationary(c.ar) || !IsStationary(c.sar) || !IsInvertible(c.ma) || !IsInvertible(c.sma))
           return false;
         std::vector<double> ph, th;
@@ -273,39 +326,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
         out = l.loglik;
         return std::isfinite(out);
       };
-      Eigen::MatrixXd H(k, k);
-      Eigen::VectorXd h(k);
-      for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
-      bool okh = true;
-      const double f0 = L.loglik;
-      for (int i = 0; i < k && okh; ++i) {
-        for (int j = i; j < k && okh; ++j) {
-          double fpp, fpm, fmp, fmm;
-          Eigen::VectorXd xs = x;
-          if (i == j) {
-            xs(i) = x(i) + h(i);
-            okh = ll(xs, fpp);
-            xs(i) = x(i) - h(i);
-            okh = okh && ll(xs, fmm);
-            H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
-          } else {
-            xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
-            xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
-            xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
-            xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
-            H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
-          }
-        }
-      }
-      if (okh) {
-        const Eigen::MatrixXd info = -H;
-        Eigen::LLT<Eigen::MatrixXd> llt(info);
-        if (llt.info() == Eigen::Success) {
-          const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
-          for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
-          have = se.allFinite();
-        }
-      }
+      have = HessianStdErrors(ll, x, L.loglik, se);
       if (!have && lm.jtj.rows() == k) {
         // Gauss-Newton approximation: cov = (S*/n) (J'J)^-1.
         Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);
@@ -317,25 +338,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const C
       have = true;
     }
     fit.hessian_ok = have;
-    // Expand to the full layout (held-at-zero terms get 0).
-    std::vector<double> all;
-    size_t slot = 0;
-    auto push = [&](int group, int count) {
-      for (int i = 0; i < count; ++i) {
-        if (slot < layout.slots.size() && layout.slots[slot] == std::make_pair(group, i)) {
-          all.push_back(se(static_cast<int>(slot)));
-          ++slot;
-        } else {
-          all.push_back(0.0);
-        }
-      }
-    };
-    push(0, orders.p);
-    push(1, orders.q);
-    push(2, orders.P);
-    push(3, orders.Q);
-    if (orders.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
-    fit.std_errors = all;
+    fit.std_errors = LaidOutStdErrors(orders, slots, se, L.mean_variance);
   }
   return fit;
 }

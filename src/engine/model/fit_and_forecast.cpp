@@ -11,6 +11,7 @@
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
 #include "engine/model/intermittent.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
 #include "engine/model/search.h"
@@ -26,8 +27,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr double kMissing = 99999999999.0;
-constexpr int kMaxForecasts = 600;
 constexpr int16_t kCodeObservations = 2180;
 constexpr int16_t kCodeCuriousValue = 2189;
 // Half the 95 % point of a chi-square with one degree of freedom.
@@ -38,25 +37,6 @@ std::string FormatInt(const char* fmt, int v) {
   char buf[256];
   std::snprintf(buf, sizeof buf, fmt, v);
   return buf;
-}
-
-// Fills MissingValue entries by linear interpolation (the nearest value at the ends).
-int FillMissing(std::vector<double>& y) {
-  int filled = 0;
-  const int n = static_cast<int>(y.size());
-  for (int t = 0; t < n; ++t) {
-    if (y[t] != kMissing) continue;
-    int a = t - 1, b = t + 1;
-    while (b < n && y[b] == kMissing) ++b;
-    for (int k = t; k < b; ++k) {
-      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
-      else if (a >= 0) y[k] = y[a];
-      else if (b < n) y[k] = y[b];
-      ++filled;
-    }
-    t = b - 1;
-  }
-  return filled;
 }
 
 std::string Equation(const ArimaFit& f, double lambda, const std::string& name) {
@@ -221,10 +201,7 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) pred[t] += effects[t];
   r.fitted.assign(n, 0.0);
   r.residuals.assign(n, 0.0);
-  std::vector<double> model_resid;
-  double sse = 0.0, ape = 0.0, sst = 0.0;
-  int ape_n = 0, used = 0;
-  std::vector<double> used_z;
+  InSampleTally tally;
   for (int t = 0; t < n; ++t) {
     if (std::isnan(pred[t])) {
       r.fitted[t] = y[t];
@@ -233,39 +210,13 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
     }
     const double fz = InverseBoxCox(pred[t] * scale, lambda);
     r.fitted[t] = fz;
-    r.residuals[t] = y[t] - fz;
-    model_resid.push_back((z[t] - pred[t]) * scale);
-    used_z.push_back(z[t] * scale);
-    sse += r.residuals[t] * r.residuals[t];
-    if (y[t] != 0.0) {
-      ape += std::fabs(r.residuals[t] / y[t]);
-      ++ape_n;
-    }
-    ++used;
-  }
-  const double zbar = Mean(used_z);
-  double mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
+    r.residuals[t] = tally.Add(y[t], fz, (z[t] - pred[t]) * scale, z[t] * scale);
   }
   r.cleansed = y;
   if (!effects.empty())
     for (int t = 0; t < n; ++t) r.cleansed[t] = InverseBoxCox(u[t] * scale, lambda);
-  r.observations = used;
   r.parameters = fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + effect_count;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  const double log_scale = std::log(scale);
-  r.loglik = fit.loglik - fit.n * log_scale;
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, fit.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-
-  FillResidualDiagnostics(r, model_resid, fit.orders.period, fit.orders.FreeCount(), used);
+  tally.Finish(r, fit.loglik - fit.n * std::log(scale), fit);
 
   if (horizon > 0) {
     ArimaForecast fc = ForecastArima(u, fit, horizon, coverage, allow);
@@ -311,15 +262,6 @@ LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std
   return a;
 }
 
-// A power of two near the size of the series: fitting on z / scale keeps squares finite
-// for huge values and costs no precision.
-double ScaleOf(const std::vector<double>& z) {
-  double m = 0.0;
-  for (double v : z) m = std::max(m, std::fabs(v));
-  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
-  return std::ldexp(1.0, std::ilogb(m));
-}
-
 std::vector<double> Scaled(const std::vector<double>& z, double scale) {
   std::vector<double> out(z.size());
   for (size_t i = 0; i < z.size(); ++i) out[i] = z[i] / scale;
@@ -336,19 +278,8 @@ void Trivial(ModelResult& r, const std::vector<double>& y, int horizon, const ch
   r.residuals.assign(n, 0.0);
   r.cleansed = y;
   r.observations = n;
-  r.has_constant = true;
-  Coefficient c;
-  c.term = "CONSTANT";
-  c.kind = "constant";
-  c.value = last;
-  c.p_value = 0.0;
-  r.coefficients.push_back(c);
-  r.parameters = 1;
-  r.degrees_of_freedom = std::max(0, n - 1);
+  SetConstantModel(r, last, horizon);
   r.equation = "Y(t) = " + Format("%.6g", last);
-  r.forecasts.assign(horizon, last);
-  r.lower.assign(horizon, last);
-  r.upper.assign(horizon, last);
 }
 
 }  // namespace
@@ -380,13 +311,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
   ModelResult r;
   const EngineRules& rules = problem.rules;
-  auto stage = [&](Stage s) {
-    if (on_stage && !on_stage(s)) {
-      r.cancelled = true;
-      return false;
-    }
-    return true;
-  };
+  auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
 
   // 1. Data preparation.
   if (!stage(Stage::DataPreparation)) return r;
@@ -410,16 +335,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   }
   if (filled > 0) r.warnings.push_back(FormatInt(texts::kMissingInterpolated, filled));
 
-  int horizon = problem.horizon > 0 ? problem.horizon : rules.forecasts;
-  if (!rules.forecasting_enabled) {
-    horizon = 0;
-    r.warnings.push_back(texts::kForecastingDisabled);
-  }
-  if (horizon > kMaxForecasts) {
-    horizon = kMaxForecasts;
-    r.warnings.push_back(texts::kHorizonTooLong);
-  }
-  horizon = std::max(horizon, 0);
+  const int horizon = ForecastHorizon(problem, r.warnings);
   const double coverage = rules.forecast_confidence;
   int period = problem.seasonality > 1 ? problem.seasonality : 1;
   {
@@ -720,14 +636,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   ArimaFit shown = fit;
   shown.mean = fit.mean * scale;
   if (!shown.std_errors.empty() && fit.orders.constant) shown.std_errors.back() *= scale;
-  r.d = fit.orders.d;
-  r.D = fit.orders.D;
-  r.p = fit.orders.p;
-  r.q = fit.orders.q;
-  r.P = fit.orders.P;
-  r.Q = fit.orders.Q;
-  r.period = fit.orders.period;
-  r.has_constant = fit.orders.constant;
+  SetOrders(r, fit.orders);
   r.coefficients = Coefficients(shown, nullptr);
   DescribeInterventions(found, scale, problem.seasonality, problem.begin_year, problem.begin_period,
                         std::max(1, fit.n - fit.orders.FreeCount() - (fit.orders.constant ? 1 : 0) -

@@ -12,20 +12,6 @@ namespace quorvane {
 
 namespace {
 
-// Product of two polynomials in regression form (1 - sum a B^k)(1 - sum b B^k).
-std::vector<double> MultiplyRegression(const std::vector<double>& a, const std::vector<double>& b) {
-  std::vector<double> pa(a.size() + 1), pb(b.size() + 1);
-  pa[0] = pb[0] = 1.0;
-  for (size_t i = 0; i < a.size(); ++i) pa[i + 1] = -a[i];
-  for (size_t i = 0; i < b.size(); ++i) pb[i + 1] = -b[i];
-  std::vector<double> prod(pa.size() + pb.size() - 1, 0.0);
-  for (size_t i = 0; i < pa.size(); ++i)
-    for (size_t j = 0; j < pb.size(); ++j) prod[i + j] += pa[i] * pb[j];
-  std::vector<double> out(prod.size() - 1);
-  for (size_t k = 1; k < prod.size(); ++k) out[k - 1] = -prod[k];
-  return out;
-}
-
 // The differenced series less the fit's constant: predictions use the model as given.
 std::vector<double> Centred(std::vector<double> w, const ArimaFit& fit) {
   if (fit.orders.constant)

@@ -12,6 +12,7 @@
 #include <Eigen/Dense>
 
 #include "engine/model/equation_text.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/structured.h"
 
@@ -512,10 +513,7 @@ ModelResult FitHoltWintersModel(const ModelingProblem& problem, const std::vecto
                                         " parameter(s) with the initial states, sigma^2 " + Num(r.variance) +
                                         ", log-likelihood " + Format("%.3f", r.loglik) + ", AIC " +
                                         Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + "."});
-  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " +
-                                      std::to_string(r.ljung_box_lags) + " lags, p-value " +
-                                      Format("%.4f", r.ljung_box_p) + "; R-squared " + Format("%.4f", r.r_squared) +
-                                      "; in-sample MAPE " + Format("%.3f", r.mape) + " %."});
+  r.notes.push_back(DiagnosisNote(r));
   return r;
 }
 

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "engine/model/equation_text.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/structured.h"
 #include "engine/model/texts.h"
@@ -17,7 +18,6 @@ namespace {
 
 constexpr double kMissing = 99999999999.0;
 constexpr double kPi = 3.14159265358979323846;
-constexpr int kMaxForecasts = 600;
 constexpr const char* kHeadIntermittent = "Intermittent demand";
 
 std::string Percent(double share) { return Format("%.1f", 100.0 * share); }
@@ -135,27 +135,12 @@ FlatLimits EmpiricalLimits(const std::vector<double>& errors, double f, double c
 
 ModelResult FitCroston(const ModelingProblem& problem, const IntermittentCheck& check, const StageCallback& on_stage) {
   ModelResult r;
-  auto stage = [&](Stage s) {
-    if (on_stage && !on_stage(s)) {
-      r.cancelled = true;
-      return false;
-    }
-    return true;
-  };
+  auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
   if (!stage(Stage::DataPreparation)) return r;
   const std::vector<double>& y = problem.y;
   const int n = static_cast<int>(y.size());
   const EngineRules& rules = problem.rules;
-  int horizon = problem.horizon > 0 ? problem.horizon : rules.forecasts;
-  if (!rules.forecasting_enabled) {
-    horizon = 0;
-    r.warnings.push_back(texts::kForecastingDisabled);
-  }
-  if (horizon > kMaxForecasts) {
-    horizon = kMaxForecasts;
-    r.warnings.push_back(texts::kHorizonTooLong);
-  }
-  horizon = std::max(horizon, 0);
+  const int horizon = ForecastHorizon(problem, r.warnings);
   r.notes.push_back({kHeadIntermittent, "The rule INTERMITTENT is on and the series is intermittent: " + check.why +
                                             ". Demand sizes and the intervals between demands are smoothed "
                                             "separately (Croston's method with the Syntetos-Boylan correction); no power transform "

@@ -17,7 +17,9 @@
 
 #include "engine/model/arma.h"
 #include "engine/model/equation_text.h"
+#include "engine/model/estimate_parts.h"
 #include "engine/model/forecast.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/simulation.h"
@@ -214,135 +216,6 @@ PooledLikelihood PooledArmaLikelihood(const std::vector<std::vector<double>>& w,
 
 namespace {
 
-// Free coefficients of the orders: (group, index), group 0 ar, 1 ma, 2 sar, 3 sma.
-std::vector<std::pair<int, int>> Slots(const ArimaSpec& s) {
-  std::vector<std::pair<int, int>> slots;
-  auto add = [&](int group, int n, const std::vector<bool>& zero) {
-    for (int i = 0; i < n; ++i)
-      if (i >= static_cast<int>(zero.size()) || !zero[i]) slots.push_back({group, i});
-  };
-  add(0, s.p, s.ar_zero);
-  add(1, s.q, s.ma_zero);
-  add(2, s.P, s.sar_zero);
-  add(3, s.Q, s.sma_zero);
-  return slots;
-}
-
-ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
-  ArmaCoefficients c;
-  c.period = s.period;
-  c.ar.assign(s.p, 0.0);
-  c.ma.assign(s.q, 0.0);
-  c.sar.assign(s.P, 0.0);
-  c.sma.assign(s.Q, 0.0);
-  return c;
-}
-
-ArmaCoefficients Unpack(const ArimaSpec& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
-  ArmaCoefficients c = ZeroCoefficients(s);
-  for (size_t k = 0; k < slots.size(); ++k) {
-    auto [g, i] = slots[k];
-    std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
-    v[i] = x(static_cast<int>(k));
-  }
-  return c;
-}
-
-Eigen::VectorXd Pack(const ArmaCoefficients& c, const std::vector<std::pair<int, int>>& slots) {
-  Eigen::VectorXd x = Eigen::VectorXd::Zero(static_cast<int>(slots.size()));
-  for (size_t k = 0; k < slots.size(); ++k) {
-    auto [g, i] = slots[k];
-    const std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
-    x(static_cast<int>(k)) = i < static_cast<int>(v.size()) ? v[i] : 0.0;
-  }
-  return x;
-}
-
-bool Admissible(const ArmaCoefficients& c, double margin) {
-  return IsStationary(c.ar, margin) && IsStationary(c.sar, margin) && IsInvertible(c.ma, margin) &&
-         IsInvertible(c.sma, margin);
-}
-
-using ResidualFn = std::function<bool(const Eigen::VectorXd&, Eigen::VectorXd&)>;
-
-// Levenberg-Marquardt on a sum of squares with a forward-difference Jacobian; a step to
-// an inadmissible point counts as a failed step.
-struct LmOutcome {
-  int iterations = 0;
-  bool converged = false;
-  Eigen::MatrixXd jtj;
-};
-
-LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol) {
-  LmOutcome out;
-  const int k = static_cast<int>(x.size());
-  Eigen::VectorXd r;
-  if (!f(x, r)) return out;
-  double sse = r.squaredNorm();
-  if (k == 0) {
-    out.converged = true;
-    return out;
-  }
-  const int m = static_cast<int>(r.size());
-  Eigen::MatrixXd J(m, k);
-  Eigen::VectorXd rp, xt;
-  double mu = 1e-3;
-  auto jacobian = [&]() {
-    for (int j = 0; j < k; ++j) {
-      const double h = 1e-6 * std::max(1.0, std::fabs(x(j)));
-      xt = x;
-      xt(j) += h;
-      if (!f(xt, rp) || rp.size() != m) {
-        xt(j) = x(j) - h;
-        if (!f(xt, rp) || rp.size() != m) return false;
-        J.col(j) = (r - rp) / h;
-      } else {
-        J.col(j) = (rp - r) / h;
-      }
-    }
-    return true;
-  };
-  for (int it = 0; it < max_iterations; ++it) {
-    if (!jacobian()) break;
-    out.iterations = it + 1;
-    const Eigen::MatrixXd A = J.transpose() * J;
-    const Eigen::VectorXd g = J.transpose() * r;
-    bool improved = false;
-    for (int tries = 0; tries < 12; ++tries) {
-      Eigen::MatrixXd Ad = A;
-      for (int j = 0; j < k; ++j) Ad(j, j) += mu * std::max(A(j, j), 1e-12);
-      const Eigen::VectorXd step = Ad.ldlt().solve(-g);
-      if (!step.allFinite()) {
-        mu *= 10.0;
-        continue;
-      }
-      xt = x + step;
-      if (f(xt, rp) && rp.squaredNorm() <= sse) {
-        const double new_sse = rp.squaredNorm();
-        const double sse_change = sse > 0.0 ? (sse - new_sse) / sse * 100.0 : 0.0;
-        double par_change = 0.0;
-        for (int j = 0; j < k; ++j)
-          par_change = std::max(par_change, std::fabs(step(j)) / std::max(std::fabs(x(j)), 0.1) * 100.0);
-        x = xt;
-        r = rp;
-        sse = new_sse;
-        mu = std::max(mu / 10.0, 1e-12);
-        improved = true;
-        if (sse_change < sse_tol && par_change < par_tol) out.converged = true;
-        break;
-      }
-      mu *= 10.0;
-    }
-    if (!improved) {
-      out.converged = true;
-      break;
-    }
-    if (out.converged) break;
-  }
-  if (jacobian()) out.jtj = J.transpose() * J;
-  return out;
-}
-
 std::vector<std::vector<double>> Differenced(const std::vector<std::vector<double>>& z, const ArimaSpec& orders) {
   std::vector<std::vector<double>> w;
   w.reserve(z.size());
@@ -417,11 +290,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
   fit.loglik = L.loglik;
   fit.sigma2 = L.sigma2;
   fit.n = n;
-  const int kk = nparams + 1;
-  fit.aic = -2.0 * L.loglik + 2.0 * kk;
-  fit.aicc = (n - kk - 1 > 0) ? fit.aic + 2.0 * kk * (kk + 1.0) / (n - kk - 1.0)
-                              : std::numeric_limits<double>::infinity();
-  fit.bic = -2.0 * L.loglik + std::log(static_cast<double>(n)) * kk;
+  SetInformationCriteria(fit, nparams + 1);
   fit.ok = std::isfinite(fit.loglik);
 
   if (with_errors && fit.ok) {
@@ -435,38 +304,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
         value = l.loglik;
         return std::isfinite(value);
       };
-      Eigen::MatrixXd H(k, k);
-      Eigen::VectorXd h(k);
-      for (int i = 0; i < k; ++i) h(i) = 1e-4 * std::max(1.0, std::fabs(x(i)));
-      bool okh = true;
-      const double f0 = L.loglik;
-      for (int i = 0; i < k && okh; ++i) {
-        for (int j = i; j < k && okh; ++j) {
-          double fpp, fpm, fmp, fmm;
-          Eigen::VectorXd xs = x;
-          if (i == j) {
-            xs(i) = x(i) + h(i);
-            okh = ll(xs, fpp);
-            xs(i) = x(i) - h(i);
-            okh = okh && ll(xs, fmm);
-            if (okh) H(i, i) = (fpp - 2.0 * f0 + fmm) / (h(i) * h(i));
-          } else {
-            xs(i) = x(i) + h(i); xs(j) = x(j) + h(j); okh = ll(xs, fpp);
-            xs(i) = x(i) + h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fpm);
-            xs(i) = x(i) - h(i); xs(j) = x(j) + h(j); okh = okh && ll(xs, fmp);
-            xs(i) = x(i) - h(i); xs(j) = x(j) - h(j); okh = okh && ll(xs, fmm);
-            if (okh) H(i, j) = H(j, i) = (fpp - fpm - fmp + fmm) / (4.0 * h(i) * h(j));
-          }
-        }
-      }
-      if (okh) {
-        Eigen::LLT<Eigen::MatrixXd> llt(-H);
-        if (llt.info() == Eigen::Success) {
-          const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
-          for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
-          have = se.allFinite();
-        }
-      }
+      have = HessianStdErrors(ll, x, L.loglik, se);
       if (!have && lm.jtj.rows() == k) {
         Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);
         const double s2 = L.ssq * std::exp(L.sum_log_f / L.n) / L.n;
@@ -475,24 +313,7 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
       }
     }
     fit.hessian_ok = have;
-    std::vector<double> all;
-    size_t slot = 0;
-    auto push = [&](int group, int count) {
-      for (int i = 0; i < count; ++i) {
-        if (slot < slots.size() && slots[slot] == std::make_pair(group, i)) {
-          all.push_back(se(static_cast<int>(slot)));
-          ++slot;
-        } else {
-          all.push_back(0.0);
-        }
-      }
-    };
-    push(0, orders.p);
-    push(1, orders.q);
-    push(2, orders.P);
-    push(3, orders.Q);
-    if (orders.constant) all.push_back(std::sqrt(std::max(L.mean_variance, 0.0)));
-    fit.std_errors = all;
+    fit.std_errors = LaidOutStdErrors(orders, slots, se, L.mean_variance);
   }
   return fit;
 }
@@ -674,42 +495,6 @@ struct PooledData {
   int horizon = 0;
 };
 
-double ScaleOf(const std::vector<std::vector<double>>& z) {
-  double m = 0.0;
-  for (const auto& seg : z)
-    for (double v : seg)
-      if (std::isfinite(v)) m = std::max(m, std::fabs(v));
-  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
-  return std::ldexp(1.0, std::ilogb(m));
-}
-
-int FillMissing(std::vector<double>& y) {
-  int filled = 0;
-  const int n = static_cast<int>(y.size());
-  auto missing = [](double v) { return v == kMissing || !std::isfinite(v); };
-  for (int t = 0; t < n; ++t) {
-    if (!missing(y[t])) continue;
-    int a = t - 1, b = t + 1;
-    while (b < n && missing(y[b])) ++b;
-    for (int k = t; k < b; ++k) {
-      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
-      else if (a >= 0) y[k] = y[a];
-      else if (b < n) y[k] = y[b];
-      ++filled;
-    }
-    t = b - 1;
-  }
-  return filled;
-}
-
-ConvergenceCriteria CriteriaOf(const EngineRules& rules) {
-  ConvergenceCriteria c;
-  c.sse_change_pct = rules.sse_change_pct;
-  c.parameter_change_pct = rules.parameter_change_pct;
-  c.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
-  return c;
-}
-
 // The transformed, scaled groups and columns the model is fitted on (each group from its
 // `leading` observation on).
 struct FitInput {
@@ -751,41 +536,6 @@ FitInput MakeFitInput(const PooledData& d, const PooledModel& m) {
     }
   }
   return in;
-}
-
-void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
-  size_t se_index = 0;
-  auto add = [&](const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix, const char* kind,
-                 int step) {
-    for (size_t i = 0; i < v.size(); ++i) {
-      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
-      ++se_index;
-      if (i < zero.size() && zero[i]) continue;
-      Coefficient c;
-      c.lag = static_cast<int>(i + 1) * step;
-      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
-      c.kind = kind;
-      c.value = v[i];
-      c.std_error = se;
-      c.t_value = se > 0.0 ? v[i] / se : 0.0;
-      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-      out.push_back(c);
-    }
-  };
-  add(f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
-  add(f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
-  add(f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
-  add(f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
-  if (f.orders.constant) {
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = f.mean * scale;
-    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-    out.insert(out.begin(), c);
-  }
 }
 
 std::string Equation(const ModelingProblem& problem, const PooledModel& m, const RegressionArimaFit& fr,
@@ -872,36 +622,15 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
   const double scale = in.scale;
   const double lambda = in.lambda;
   r.lambda = lambda;
-  r.d = f.orders.d;
-  r.D = f.orders.D;
-  r.p = f.orders.p;
-  r.q = f.orders.q;
-  r.P = f.orders.P;
-  r.Q = f.orders.Q;
-  r.period = f.orders.period;
-  r.has_constant = f.orders.constant;
+  SetOrders(r, f.orders);
   r.parameters = f.orders.FreeCount() + (f.orders.constant ? 1 : 0) + static_cast<int>(m.columns.size());
   const int df = std::max(1, f.n - r.parameters);
   AddArmaCoefficients(f, scale, df, r.coefficients);
   for (size_t j = 0; j < m.columns.size(); ++j) {
     const PooledColumn& col = m.columns[j];
-    Coefficient c;
-    c.term = col.term;
-    c.kind = col.kind;
-    c.lag = col.lag;
-    c.value = fr.beta[j] * scale;
-    c.std_error = j < fr.beta_se.size() ? fr.beta_se[j] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    const Coefficient c = ColumnCoefficient(col.term, col.kind, col.lag, fr, j, scale, df);
     r.coefficients.push_back(c);
-    if (col.denominator != 0.0) {
-      Coefficient den;
-      den.term = col.input + " DENOMINATOR(1)";
-      den.kind = "denominator";
-      den.lag = 1;
-      den.value = col.denominator;
-      r.coefficients.push_back(den);
-    }
+    if (col.denominator != 0.0) r.coefficients.push_back(DenominatorCoefficient(col.input, col.denominator));
   }
   for (const auto& input : problem.inputs)
     for (const auto& col : m.columns)
@@ -921,9 +650,8 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
   for (size_t g = 0; g < d.y.size(); ++g)
     for (size_t t = 0; t < d.y[g].size(); ++t) r.cleansed[d.offsets[g] + t] = d.y[g][t];
   const std::vector<std::vector<double>> innov = PooledInnovations(in.z, in.X, fr);
-  std::vector<double> model_resid, used_z;
-  double sse = 0.0, ape = 0.0, jacobian = 0.0;
-  int ape_n = 0, used = 0;
+  InSampleTally tally;
+  double jacobian = 0.0;
   const int burn = f.orders.d + f.orders.D * std::max(1, f.orders.period);
   for (size_t g = 0; g < in.z.size(); ++g) {
     if (lambda != 1.0) jacobian += BoxCoxLogJacobian(in.y[g], lambda, burn);
@@ -932,37 +660,12 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
       const double pred = in.z[g][t] - innov[g][t];
       const double fit = InverseBoxCox(pred * scale, lambda);
       const size_t at = static_cast<size_t>(d.offsets[g] + in.leading) + t;
-      const double actual = in.y[g][t];
       r.fitted[at] = fit;
-      r.residuals[at] = actual - fit;
-      model_resid.push_back(innov[g][t] * scale);
-      used_z.push_back(in.z[g][t] * scale);
-      sse += r.residuals[at] * r.residuals[at];
-      if (actual != 0.0) {
-        ape += std::fabs(r.residuals[at] / actual);
-        ++ape_n;
-      }
-      ++used;
+      r.residuals[at] = tally.Add(in.y[g][t], fit, innov[g][t] * scale, in.z[g][t] * scale);
     }
   }
-  const double zbar = Mean(used_z);
-  double sst = 0.0, mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
-  }
-  r.observations = used;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  r.loglik = f.loglik - f.n * std::log(scale) + jacobian;
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
-  PooledResidualChecks(r, innov, scale, f.orders.FreeCount(), used);
+  tally.Finish(r, f.loglik - f.n * std::log(scale) + jacobian, f);
+  PooledResidualChecks(r, innov, scale, f.orders.FreeCount(), tally.used);
 
   // Forecasts continue the last group: its noise from the common model, its columns'
   // future values.
@@ -978,14 +681,9 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
     for (int h = 0; h < horizon; ++h) {
       double xb = 0.0;
       for (size_t j = 0; j < m.columns.size(); ++j) {
-        const auto& v = m.columns[j].values[last];
-        const size_t at = end + static_cast<size_t>(h);
-        const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
-        xb += fr.beta[j] * (std::isfinite(x) ? x : 0.0);
+        xb += fr.beta[j] * FutureValue(m.columns[j].values[last], end + static_cast<size_t>(h));
       }
-      r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
-      r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
-      r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
+      SetForecast(r, h, fc, xb, scale, lambda);
     }
   }
   if (!f.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
@@ -1030,16 +728,8 @@ std::string Necessity(const ModelingProblem& problem, const PooledData& d, Poole
                       const ConvergenceCriteria& crit, double alpha, ModelResult& r) {
   std::string text;
   for (int round = 0; round < 30; ++round) {
-    int worst = -1;
     double worst_p = alpha;
-    for (size_t i = 0; i < r.coefficients.size(); ++i) {
-      const Coefficient& c = r.coefficients[i];
-      if (c.kind == "denominator") continue;
-      if (c.std_error > 0.0 && c.p_value > worst_p) {
-        worst_p = c.p_value;
-        worst = static_cast<int>(i);
-      }
-    }
+    const int worst = LeastSignificant(r.coefficients, false, worst_p);
     if (worst < 0) break;
     PooledModel next = m;
     if (!DropTerm(next, r.coefficients[worst])) break;
@@ -1063,15 +753,7 @@ std::string Sufficiency(const ModelingProblem& problem, const PooledData& d, Poo
     bool found = false;
     for (int which = 0; which < 2; ++which) {
       PooledModel next = m;
-      if (which == 0) {
-        ++next.noise.p;
-        next.noise.ar_zero.resize(next.noise.p, false);
-        next.start.ar.resize(next.noise.p, 0.0);
-      } else {
-        ++next.noise.q;
-        next.noise.ma_zero.resize(next.noise.q, false);
-        next.start.ma.resize(next.noise.q, 0.0);
-      }
+      AddArmaOrder(next.noise, next.start, which == 0);
       ModelResult nr = FitPooledModel(problem, d, next, crit, d.horizon);
       if (nr.error_code == 0 && nr.aic < r.aic && (!found || nr.aic < best.aic)) {
         best = nr;
@@ -1188,51 +870,14 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
     limits.max_P = std::min(o.max_P, cap);
     limits.max_Q = std::min(o.max_Q, cap);
   }
-  using Key = std::tuple<int, int, int, int, bool>;
-  std::map<Key, bool> tried;
-  ArimaFit best;
-  ArimaSpec best_spec;
-  double best_ic = std::numeric_limits<double>::infinity();
-  int models = 0;
-  ConvergenceCriteria quick = o.criteria;
-  quick.polish = false;
-  auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
-    if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
-    if (p > limits.max_p || q > limits.max_q || P > limits.max_P || Q > limits.max_Q) return false;
-    if (p + q + P + Q > limits.max_order) return false;
-    if (!seasonal && (P || Q)) return false;
-    if (c && !constant_ok) return false;
-    const Key key{p, q, P, Q, c};
-    if (tried.count(key) || models >= o.max_models) return false;
-    tried[key] = true;
-    ++models;
-    ArimaSpec s;
-    s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
-    s.period = seasonal ? period : 1;
-    s.constant = c;
-    const RegressionArimaFit f = FitPooledRegressionArima(in.z, in.X, s, quick, false, best.ok ? &best.coef : nullptr);
-    const bool usable = f.ok && std::isfinite(f.arima.aicc) && RootsClearOfUnitCircle(f.arima);
-    story += s.Name() + (usable ? ": AICc " + Format("%.3f", f.arima.aicc) : std::string(": not usable")) + "; ";
-    if (usable && f.arima.aicc < best_ic - 1e-9) {
-      best_ic = f.arima.aicc;
-      best = f.arima;
-      best_spec = s;
-      return true;
-    }
-    return false;
-  };
-  if (seasonal) {
-    consider(2, 2, 1, 1, constant_ok);
-    consider(0, 0, 0, 0, constant_ok);
-    consider(1, 0, 1, 0, constant_ok);
-    consider(0, 1, 0, 1, constant_ok);
-  } else {
-    consider(2, 2, 0, 0, constant_ok);
-    consider(0, 0, 0, 0, constant_ok);
-    consider(1, 0, 0, 0, constant_ok);
-    consider(0, 1, 0, 0, constant_ok);
-  }
-  if (constant_ok) consider(0, 0, 0, 0, false);
+  const ArimaFit best = StepwiseWalk(
+      d, D, period, limits,
+      [&](const ArimaSpec& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
+        return FitPooledRegressionArima(in.z, in.X, s, quick, false, start).arima;
+      },
+      [&](const ArimaSpec& s, const ArimaFit& f, bool usable) {
+        story += s.Name() + (usable ? ": AICc " + Format("%.3f", f.aicc) : std::string(": not usable")) + "; ";
+      });
   if (!best.ok) {
     ArimaSpec s;
     s.d = d;
@@ -1242,28 +887,7 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
     story += "no model of the search could be estimated; ";
     return s;
   }
-  bool moved = true;
-  while (moved && models < o.max_models) {
-    moved = false;
-    const int p = best_spec.p, q = best_spec.q, P = best_spec.P, Q = best_spec.Q;
-    const bool c = best_spec.constant;
-    const int moves[][4] = {{0, 0, -1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}, {0, 0, 0, 1},  {0, 0, -1, -1},
-                            {0, 0, 1, 1},  {-1, 0, 0, 0}, {1, 0, 0, 0}, {0, -1, 0, 0}, {0, 1, 0, 0},
-                            {-1, -1, 0, 0}, {1, 1, 0, 0}, {-1, 1, 0, 0}, {1, -1, 0, 0}};
-    for (const auto& mv : moves)
-      if (consider(p + mv[0], q + mv[1], P + mv[2], Q + mv[3], c)) {
-        moved = true;
-        break;
-      }
-    if (!moved && constant_ok && consider(p, q, P, Q, !c)) moved = true;
-  }
-  return best_spec;
-}
-
-std::vector<double> TrendValues(int length) {
-  std::vector<double> x(length);
-  for (int t = 0; t < length; ++t) x[t] = t + 1.0;
-  return x;
+  return best.orders;
 }
 
 // A column over each group: `make(length)` for the group's own observations (and the
@@ -1323,24 +947,12 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
   m.name = PresetName(obj);
   ArimaSpec& a = m.noise;
   const int s = problem.seasonality;
-  a.period = s > 1 ? s : 1;
+  PresetNoise(obj, s, a);
   auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
   switch (obj) {
-    case 1: a.constant = true; break;
-    case 2: a.p = 1; a.constant = true; break;
-    case 3: a.p = 2; a.constant = true; break;
-    case 4: a.d = 1; a.q = 1; break;
-    case 5: a.d = 2; a.q = 2; break;
-    case 6: a.d = 1; break;
-    case 7: a.d = 1; a.constant = true; break;
-    case 8: a.constant = true; m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues)); break;
-    case 9:
-      a.p = 1;
-      a.constant = true;
-      m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendValues));
-      break;
+    case 8:
+    case 9: m.columns.push_back(GroupColumn(d, "TREND", "trend", TrendColumn)); break;
     case 10: {
-      a.constant = true;
       for (int k = 1; k <= std::min(s / 2, 6); ++k) {
         auto wave = [&, k](bool cosine) {
           return [&, k, cosine](int length) {
@@ -1367,20 +979,8 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
           return x;
         }));
       break;
-    case 12: a.p = 1; a.d = 1; a.q = 2; break;
-    case 13: a.D = 1; a.Q = 1; break;
-    case 14:
-      a.d = 1;
-      a.D = 1;
-      a.q = s + 1;
-      a.ma_zero.assign(s + 1, true);
-      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
-      break;
-    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
     case 51:
     case 52: {
-      a.constant = true;
-      a.p = obj == 52 ? 1 : 0;
       std::vector<std::string> found;
       for (const auto& input : problem.inputs)
         m.columns.push_back(InputColumn(d, InputPaths(problem, d, input, 0, &found), input.name, 0, 0.0));
@@ -1432,15 +1032,9 @@ bool UserStructure(const ModelingProblem& problem, const PooledData& d, PooledMo
     });
     if (input == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
     double delta = 0.0;
-    if (!b.first.empty()) {
-      if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
-        return malformed("the denominator of " + b.name + " is of an order above one");
-      delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
-      if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
-    }
-    int max_lead = 0;
-    for (const auto& poly : b.second)
-      for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+    const std::string bad = InputDenominator(b, delta);
+    if (!bad.empty()) return malformed(bad);
+    const int max_lead = MaxLead(b);
     const auto paths = InputPaths(problem, d, *input, max_lead, &found);
     for (const auto& poly : b.second)
       for (int pw : poly.powers) {
@@ -1598,14 +1192,6 @@ void IdentifyStructure(const ModelingProblem& problem, const PooledData& d, int 
   notes.push_back({texts::kHeadSearch, "On the pooled likelihood: " + trail + "chosen " + m.noise.Name() + "."});
 }
 
-bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
-  if (on_stage && !on_stage(s)) {
-    r.cancelled = true;
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_stage) {
@@ -1683,20 +1269,9 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     for (size_t g = 0; g < d.y.size(); ++g)
       for (size_t t = 0; t < d.y[g].size(); ++t) r.fitted[d.offsets[g] + t] = r.cleansed[d.offsets[g] + t] = d.y[g][t];
     r.observations = static_cast<int>(problem.y.size());
-    r.has_constant = true;
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = last;
-    c.p_value = 0.0;
-    r.coefficients.push_back(c);
-    r.parameters = 1;
-    r.degrees_of_freedom = std::max(0, r.observations - 1);
+    SetConstantModel(r, last, d.horizon);
     r.equation = (problem.output_name.empty() ? std::string("Y") : problem.output_name) + "(t) = " +
                  Format("%.6g", last);
-    r.forecasts.assign(d.horizon, last);
-    r.lower.assign(d.horizon, last);
-    r.upper.assign(d.horizon, last);
     return r;
   }
 

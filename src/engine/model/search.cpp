@@ -1,5 +1,6 @@
 #include "engine/model/search.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -15,26 +16,17 @@ bool RootsClearOfUnitCircle(const ArimaFit& fit) {
   return SmallestRootModulus(phi) >= 1.01 && SmallestRootModulus(ma) >= 1.01;
 }
 
-ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
-                        std::vector<SearchStep>* trail) {
+ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, const CandidateFit& fit,
+                      const CandidateSeen& seen) {
   const bool seasonal = period > 1;
-  const bool constant_ok = o.allow_constant && d + D <= 1;
-  // Seasonal orders need the cycles to estimate them: at least three per order after
-  // differencing, or a second seasonal lag is fitted to a handful of values.
-  SearchOptions limits = o;
-  if (seasonal) {
-    const int usable = static_cast<int>(z.size()) - d - D * period;
-    const int cap = std::max(0, usable / (3 * period));
-    limits.max_P = std::min(o.max_P, cap);
-    limits.max_Q = std::min(o.max_Q, cap);
-  }
+  const bool constant_ok = limits.allow_constant && d + D <= 1;
   using Key = std::tuple<int, int, int, int, bool>;
-  std::map<Key, ArimaFit> tried;
+  std::map<Key, bool> tried;
   ArimaFit best;
   double best_ic = std::numeric_limits<double>::infinity();
   int models = 0;
 
-  ConvergenceCriteria quick = o.criteria;
+  ConvergenceCriteria quick = limits.criteria;
   quick.polish = false;
   auto consider = [&](int p, int q, int P, int Q, bool c) -> bool {
     if (p < 0 || q < 0 || P < 0 || Q < 0) return false;
@@ -44,20 +36,20 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
     if (c && !constant_ok) return false;
     const Key key{p, q, P, Q, c};
     if (tried.count(key)) return false;
-    if (models >= o.max_models) return false;
+    if (models >= limits.max_models) return false;
     ++models;
+    tried[key] = true;
     ArimaSpec s;
     s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
     s.period = seasonal ? period : 1;
     s.constant = c;
     // Neighbours start from the best model's estimates: most of their terms are the same.
-    ArimaFit f = FitArima(z, s, quick, false, best.ok ? &best.coef : nullptr);
+    ArimaFit f = fit(s, quick, best.ok ? &best.coef : nullptr);
     const bool usable = f.ok && std::isfinite(f.aicc) && RootsClearOfUnitCircle(f);
-    if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
-    tried[key] = f;
+    if (seen) seen(s, f, usable);
     if (usable && f.aicc < best_ic - 1e-9) {
       best_ic = f.aicc;
-      best = f;
+      best = std::move(f);
       return true;
     }
     return false;
@@ -79,7 +71,7 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
   if (!best.ok) return best;
 
   bool moved = true;
-  while (moved && models < o.max_models) {
+  while (moved && models < limits.max_models) {
     moved = false;
     const int p = best.orders.p, q = best.orders.q, P = best.orders.P, Q = best.orders.Q;
     const bool c = best.orders.constant;
@@ -95,6 +87,27 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
     if (!moved && constant_ok && consider(p, q, P, Q, !c)) moved = true;
   }
   return best;
+}
+
+ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
+                        std::vector<SearchStep>* trail) {
+  // Seasonal orders need the cycles to estimate them: at least three per order after
+  // differencing, or a second seasonal lag is fitted to a handful of values.
+  SearchOptions limits = o;
+  if (period > 1) {
+    const int usable = static_cast<int>(z.size()) - d - D * period;
+    const int cap = std::max(0, usable / (3 * period));
+    limits.max_P = std::min(o.max_P, cap);
+    limits.max_Q = std::min(o.max_Q, cap);
+  }
+  return StepwiseWalk(
+      d, D, period, limits,
+      [&](const ArimaSpec& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
+        return FitArima(z, s, quick, false, start);
+      },
+      [&](const ArimaSpec& s, const ArimaFit& f, bool usable) {
+        if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
+      });
 }
 
 }  // namespace quorvane

@@ -16,20 +16,6 @@ namespace {
 constexpr double kMissing = 99999999999.0;
 constexpr int kMaxSeed = 9999;
 
-// (1 - sum a B^k)(1 - sum b B^k) as 1 - sum c B^k.
-std::vector<double> TimesRegression(const std::vector<double>& a, const std::vector<double>& b) {
-  std::vector<double> pa(a.size() + 1), pb(b.size() + 1);
-  pa[0] = pb[0] = 1.0;
-  for (size_t i = 0; i < a.size(); ++i) pa[i + 1] = -a[i];
-  for (size_t i = 0; i < b.size(); ++i) pb[i + 1] = -b[i];
-  std::vector<double> prod(pa.size() + pb.size() - 1, 0.0);
-  for (size_t i = 0; i < pa.size(); ++i)
-    for (size_t j = 0; j < pb.size(); ++j) prod[i + j] += pa[i] * pb[j];
-  std::vector<double> out(prod.size() - 1);
-  for (size_t k = 1; k < prod.size(); ++k) out[k - 1] = -prod[k];
-  return out;
-}
-
 SimulationModel FromArma(const ArmaCoefficients& c, int d, int D, int period, const std::vector<double>& center,
                          double lambda) {
   SimulationModel m;
@@ -37,7 +23,7 @@ SimulationModel FromArma(const ArmaCoefficients& c, int d, int D, int period, co
   m.lambda = lambda;
   std::vector<double> phi;
   ExpandArma(c, phi, m.theta);
-  m.phi = TimesRegression(phi, DifferencingPolynomial(d, D, std::max(1, period)));
+  m.phi = MultiplyRegression(phi, DifferencingPolynomial(d, D, std::max(1, period)));
   return m;
 }
 

@@ -13,6 +13,7 @@
 #include "engine/model/equation_text.h"
 #include "engine/model/forecast.h"
 #include "engine/model/holt_winters.h"
+#include "engine/model/model_parts.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/transform.h"
@@ -55,44 +56,6 @@ bool SameName(const std::string& a, const std::string& b) {
   return true;
 }
 
-// Missing values (the engine's mark, or not a number) filled by linear interpolation, the
-// nearest value at the ends. Returns how many were filled.
-int FillMissing(std::vector<double>& y) {
-  int filled = 0;
-  const int n = static_cast<int>(y.size());
-  auto missing = [](double v) { return v == kMissing || !std::isfinite(v); };
-  for (int t = 0; t < n; ++t) {
-    if (!missing(y[t])) continue;
-    int a = t - 1, b = t + 1;
-    while (b < n && missing(y[b])) ++b;
-    for (int k = t; k < b; ++k) {
-      if (a >= 0 && b < n) y[k] = y[a] + (y[b] - y[a]) * (k - a) / static_cast<double>(b - a);
-      else if (a >= 0) y[k] = y[a];
-      else if (b < n) y[k] = y[b];
-      else y[k] = 0.0;
-      ++filled;
-    }
-    t = b - 1;
-  }
-  return filled;
-}
-
-double ScaleOf(const std::vector<double>& z) {
-  double m = 0.0;
-  for (double v : z)
-    if (std::isfinite(v)) m = std::max(m, std::fabs(v));
-  if (!(m > 0.0) || !std::isfinite(m)) return 1.0;
-  return std::ldexp(1.0, std::ilogb(m));
-}
-
-ConvergenceCriteria CriteriaOf(const EngineRules& rules) {
-  ConvergenceCriteria c;
-  c.sse_change_pct = rules.sse_change_pct;
-  c.parameter_change_pct = rules.parameter_change_pct;
-  c.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
-  return c;
-}
-
 int HorizonOf(const ModelingProblem& p, ModelResult& r) {
   int h = p.horizon > 0 ? p.horizon : p.rules.forecasts;
   if (!p.rules.forecasting_enabled) {
@@ -118,41 +81,6 @@ bool PrepareOutput(const ModelingProblem& p, std::vector<double>& y, ModelResult
     r.warnings.push_back(std::to_string(filled) +
                          " missing value(s) in the output series were filled by linear interpolation.");
   return true;
-}
-
-void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out) {
-  size_t se_index = 0;
-  auto add = [&](const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix, const char* kind,
-                 int step) {
-    for (size_t i = 0; i < v.size(); ++i) {
-      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
-      ++se_index;
-      if (i < zero.size() && zero[i]) continue;
-      Coefficient c;
-      c.lag = static_cast<int>(i + 1) * step;
-      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
-      c.kind = kind;
-      c.value = v[i];
-      c.std_error = se;
-      c.t_value = se > 0.0 ? v[i] / se : 0.0;
-      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-      out.push_back(c);
-    }
-  };
-  add(f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
-  add(f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
-  add(f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
-  add(f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
-  if (f.orders.constant) {
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = f.mean * scale;
-    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-    out.insert(out.begin(), c);
-  }
 }
 
 // Integrates a column so that the model's differencing gives it back: an input that the
@@ -196,12 +124,6 @@ std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, con
     kept.push_back(c);
   }
   return out;
-}
-
-std::vector<double> TrendColumn(int length) {
-  std::vector<double> x(length);
-  for (int t = 0; t < length; ++t) x[t] = t + 1.0;
-  return x;
 }
 
 }  // namespace
@@ -336,28 +258,14 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   // The model.
   r.lambda = lambda;
   r.leading_left_out = L;
-  r.d = f.orders.d;
-  r.D = f.orders.D;
-  r.p = f.orders.p;
-  r.q = f.orders.q;
-  r.P = f.orders.P;
-  r.Q = f.orders.Q;
-  r.period = f.orders.period;
-  r.has_constant = f.orders.constant;
+  SetOrders(r, f.orders);
   r.parameters = f.orders.FreeCount() + (f.orders.constant ? 1 : 0) + static_cast<int>(X.size());
   const int df = std::max(1, f.n - r.parameters);
   AddArmaCoefficients(f, scale, df, r.coefficients);
   r.cleansed = y_all;
   for (size_t j = 0; j < model.columns.size(); ++j) {
     const RegressorColumn& col = model.columns[j];
-    Coefficient c;
-    c.term = col.term;
-    c.kind = col.kind;
-    c.lag = col.lag;
-    c.value = fr.beta[j] * scale;
-    c.std_error = j < fr.beta_se.size() ? fr.beta_se[j] * scale : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
+    const Coefficient c = ColumnCoefficient(col.term, col.kind, col.lag, fr, j, scale, df);
     r.coefficients.push_back(c);
     if (col.intervention != 0) {
       Intervention iv;
@@ -381,14 +289,7 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
           if (static_cast<size_t>(t) < col.values.size() && std::isfinite(col.values[t]))
             r.cleansed[t] -= c.value * col.values[t];
     }
-    if (col.denominator != 0.0) {
-      Coefficient den;
-      den.term = col.input + " DENOMINATOR(1)";
-      den.kind = "denominator";
-      den.lag = 1;
-      den.value = col.denominator;
-      r.coefficients.push_back(den);
-    }
+    if (col.denominator != 0.0) r.coefficients.push_back(DenominatorCoefficient(col.input, col.denominator));
     if (!col.input.empty() &&
         std::find(r.inputs_kept.begin(), r.inputs_kept.end(), col.input) == r.inputs_kept.end())
       r.inputs_kept.push_back(col.input);
@@ -446,41 +347,16 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
   const std::vector<double> innov = RegressionInnovations(z, X, fr);
   r.fitted.assign(n, kMissing);
   r.residuals.assign(n, kMissing);
-  std::vector<double> model_resid, used_z;
-  double sse = 0.0, ape = 0.0;
-  int ape_n = 0, used = 0;
+  InSampleTally tally;
   for (int t = 0; t < m; ++t) {
     if (!std::isfinite(innov[t])) continue;
     const double pred = z[t] - innov[t];
     const double fit = InverseBoxCox(pred * scale, lambda);
     r.fitted[t + L] = fit;
-    r.residuals[t + L] = y[t] - fit;
-    model_resid.push_back(innov[t] * scale);
-    used_z.push_back(z[t] * scale);
-    sse += r.residuals[t + L] * r.residuals[t + L];
-    if (y[t] != 0.0) {
-      ape += std::fabs(r.residuals[t + L] / y[t]);
-      ++ape_n;
-    }
-    ++used;
+    r.residuals[t + L] = tally.Add(y[t], fit, innov[t] * scale, z[t] * scale);
   }
-  const double zbar = Mean(used_z);
-  double sst = 0.0, mss = 0.0;
-  for (size_t i = 0; i < used_z.size(); ++i) {
-    sst += (used_z[i] - zbar) * (used_z[i] - zbar);
-    mss += model_resid[i] * model_resid[i];
-  }
-  r.observations = used;
-  r.degrees_of_freedom = std::max(0, used - r.parameters);
-  r.sse = sse;
-  r.variance = r.degrees_of_freedom > 0 ? sse / r.degrees_of_freedom : 0.0;
-  r.r_squared = sst > 0.0 ? 1.0 - mss / sst : 0.0;
-  r.loglik = f.loglik - f.n * std::log(scale) + (lambda != 1.0 ? BoxCoxLogJacobian(y, lambda, m - f.n) : 0.0);
-  const int kk = r.parameters + 1;
-  r.aic = -2.0 * r.loglik + 2.0 * kk;
-  r.bic = -2.0 * r.loglik + std::log(std::max(1, f.n)) * kk;
-  r.mape = ape_n ? 100.0 * ape / ape_n : 0.0;
-  FillResidualDiagnostics(r, model_resid, f.orders.period, f.orders.FreeCount(), used);
+  tally.Finish(r, f.loglik - f.n * std::log(scale) + (lambda != 1.0 ? BoxCoxLogJacobian(y, lambda, m - f.n) : 0.0),
+               f);
 
   // Forecasts: the noise forecast from its own model plus the columns' future values.
   if (horizon > 0) {
@@ -493,37 +369,21 @@ ModelResult FitStructured(const ModelingProblem& problem, const std::vector<doub
     for (int h = 0; h < horizon; ++h) {
       double xb = 0.0;
       for (size_t j = 0; j < model.columns.size(); ++j) {
-        const auto& v = model.columns[j].values;
-        const size_t at = static_cast<size_t>(n + h);
-        const double x = at < v.size() && std::isfinite(v[at]) ? v[at] : (v.empty() ? 0.0 : v.back());
-        xb += fr.beta[j] * (std::isfinite(x) ? x : 0.0);
+        xb += fr.beta[j] * FutureValue(model.columns[j].values, static_cast<size_t>(n + h));
       }
-      r.forecasts[h] = InverseBoxCox((fc.mean[h] + xb) * scale, lambda);
-      r.lower[h] = InverseBoxCox((fc.lower[h] + xb) * scale, lambda);
-      r.upper[h] = InverseBoxCox((fc.upper[h] + xb) * scale, lambda);
+      SetForecast(r, h, fc, xb, scale, lambda);
     }
   }
   r.notes.push_back({"Final model", r.description + ", " + std::to_string(r.parameters) +
                                         " parameter(s), log-likelihood " + Format("%.3f", r.loglik) + ", AIC " +
                                         Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + "."});
-  r.notes.push_back({"Diagnosis", "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " +
-                                      std::to_string(r.ljung_box_lags) + " lags, p-value " +
-                                      Format("%.4f", r.ljung_box_p) + "; R-squared " + Format("%.4f", r.r_squared) +
-                                      "; in-sample MAPE " + Format("%.3f", r.mape) + " %."});
+  r.notes.push_back(DiagnosisNote(r));
   if (!f.converged && crit.max_iterations > 0)
     r.warnings.push_back("Estimation stopped at the maximum number of iterations before the convergence criteria were met.");
   return r;
 }
 
 namespace {
-
-bool Stage_(const StageCallback& on_stage, Stage s, ModelResult& r) {
-  if (on_stage && !on_stage(s)) {
-    r.cancelled = true;
-    return false;
-  }
-  return true;
-}
 
 void Prepend(ModelResult& r, const std::vector<Note>& notes, const std::vector<std::string>& warnings) {
   r.notes.insert(r.notes.begin(), notes.begin(), notes.end());
@@ -578,7 +438,7 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     return r;
   }
   ArimaSpec& a = m.noise;
-  a.period = s > 1 ? s : 1;
+  PresetNoise(obj, s, a);
   auto add_column = [&](std::string term, std::string kind, std::vector<double> values) {
     RegressorColumn c;
     c.term = std::move(term);
@@ -587,18 +447,10 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     m.columns.push_back(std::move(c));
   };
   switch (obj) {
-    case 1: a.constant = true; break;
-    case 2: a.p = 1; a.constant = true; break;
-    case 3: a.p = 2; a.constant = true; break;
-    case 4: a.d = 1; a.q = 1; break;
-    case 5: a.d = 2; a.q = 2; break;
-    case 6: a.d = 1; break;
-    case 7: a.d = 1; a.constant = true; break;
-    case 8: a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
-    case 9: a.p = 1; a.constant = true; add_column("TREND", "trend", TrendColumn(total)); break;
+    case 8:
+    case 9: add_column("TREND", "trend", TrendColumn(total)); break;
     case 10: {
       // A constant and the harmonics of the seasonal cycle (at most six pairs).
-      a.constant = true;
       const int K = std::min(s / 2, 6);
       for (int k = 1; k <= K; ++k) {
         std::vector<double> c(total), sn(total);
@@ -612,22 +464,8 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
       }
       break;
     }
-    case 12: a.p = 1; a.d = 1; a.q = 2; break;
-    case 13: a.D = 1; a.Q = 1; break;
-    case 14:
-      // The ARIMA form of additive Holt-Winters: (1-B)(1-B**s) y = MA(s+1) noise, with the
-      // terms at lags 1, s and s+1 (the others of the form are small and held at zero).
-      a.d = 1;
-      a.D = 1;
-      a.q = s + 1;
-      a.ma_zero.assign(s + 1, true);
-      a.ma_zero[0] = a.ma_zero[s - 1] = a.ma_zero[s] = false;
-      break;
-    case 15: a.d = 1; a.q = 1; a.D = 1; a.Q = 1; break;
     case 51:
     case 52: {
-      a.constant = true;
-      a.p = obj == 52 ? 1 : 0;
       for (const auto& in : problem.inputs) {
         RegressorColumn c;
         c.term = in.name;
@@ -748,18 +586,8 @@ std::string Necessity(const ModelingProblem& problem, const std::vector<double>&
                       bool columns_only) {
   std::string text;
   for (int round = 0; round < 30; ++round) {
-    int worst = -1;
     double worst_p = alpha;
-    for (size_t i = 0; i < r.coefficients.size(); ++i) {
-      const Coefficient& c = r.coefficients[i];
-      const bool column = c.kind == "input" || c.kind == "trend" || c.kind == "fourier" || c.kind == "seasonal";
-      if (columns_only && !column) continue;
-      if (c.kind == "denominator") continue;
-      if (c.std_error > 0.0 && c.p_value > worst_p) {
-        worst_p = c.p_value;
-        worst = static_cast<int>(i);
-      }
-    }
+    const int worst = LeastSignificant(r.coefficients, columns_only, worst_p);
     if (worst < 0) break;
     const Coefficient c = r.coefficients[worst];
     StructuredModel next = m;
@@ -867,15 +695,7 @@ void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y,
       StructuredModel best_model;
       for (int which = 0; which < 2; ++which) {
         StructuredModel next = m;
-        if (which == 0) {
-          ++next.noise.p;
-          next.noise.ar_zero.resize(next.noise.p, false);
-          next.start.ar.resize(next.noise.p, 0.0);
-        } else {
-          ++next.noise.q;
-          next.noise.ma_zero.resize(next.noise.q, false);
-          next.start.ma.resize(next.noise.q, 0.0);
-        }
+        AddArmaOrder(next.noise, next.start, which == 0);
         ModelResult nr = FitStructured(problem, y, next, crit, horizon);
         if (nr.error_code == 0 && nr.aic < r.aic && (best.coefficients.empty() || nr.aic < best.aic)) {
           best = nr;
@@ -935,15 +755,9 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
                            [&](const InputSeries& s) { return SameName(s.name, b.name); });
     if (in == problem.inputs.end()) return malformed("the input " + b.name + " is not in the dataset");
     double delta = 0.0;
-    if (!b.first.empty()) {
-      if (b.first.size() != 1 || b.first[0].powers.size() != 1 || b.first[0].powers[0] != 1)
-        return malformed("the denominator of " + b.name + " is of an order above one");
-      delta = b.first[0].coefficients.empty() ? 0.0 : b.first[0].coefficients[0];
-      if (!(std::fabs(delta) < 1.0)) return malformed("the denominator of " + b.name + " is not stable");
-    }
-    int max_lead = 0;
-    for (const auto& poly : b.second)
-      for (int pw : poly.powers) max_lead = std::max(max_lead, -pw);
+    const std::string bad = InputDenominator(b, delta);
+    if (!bad.empty()) return malformed(bad);
+    const int max_lead = MaxLead(b);
     std::vector<std::string> found;
     const std::vector<double> path = InputPath(*in, n, horizon, max_lead, problem.rules, &found, problem.seasonality);
     for (const auto& t : found) notes.push_back({"Inputs", t});

@@ -8,6 +8,7 @@
 #include <boost/math/distributions/chi_squared.hpp>
 
 #include "engine/model/arma.h"
+#include "engine/model/estimate_parts.h"
 
 namespace quorvane {
 
@@ -122,16 +123,7 @@ struct FreeTerms {
   std::vector<std::pair<int, int>> slots;  // (group 0 ar, 1 ma, 2 sar, 3 sma; index)
   bool constant = false;
 
-  explicit FreeTerms(const ArimaSpec& s) : constant(s.constant) {
-    auto add = [&](int group, int count, const std::vector<bool>& zero) {
-      for (int i = 0; i < count; ++i)
-        if (i >= static_cast<int>(zero.size()) || !zero[i]) slots.push_back({group, i});
-    };
-    add(0, s.p, s.ar_zero);
-    add(1, s.q, s.ma_zero);
-    add(2, s.P, s.sar_zero);
-    add(3, s.Q, s.sma_zero);
-  }
+  explicit FreeTerms(const ArimaSpec& s) : slots(Slots(s)), constant(s.constant) {}
   int Size() const { return static_cast<int>(slots.size()) + (constant ? 1 : 0); }
   static std::vector<double>& Group(ArmaCoefficients& c, int g) {
     return g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
