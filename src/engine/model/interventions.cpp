@@ -11,6 +11,7 @@
 
 #include "engine/model/arma.h"
 #include "engine/model/forecast.h"
+#include "engine/model/regression_noise.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/unit_root.h"
 
@@ -110,16 +111,6 @@ GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<doubl
   }
   out.ok = true;
   return out;
-}
-
-ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
-  ArmaCoefficients c;
-  c.period = s.period;
-  c.ar.assign(s.p, 0.0);
-  c.ma.assign(s.q, 0.0);
-  c.sar.assign(s.P, 0.0);
-  c.sma.assign(s.Q, 0.0);
-  return c;
 }
 
 int BurnIn(const ArimaSpec& s) { return s.d + s.D * std::max(1, s.period); }
@@ -337,52 +328,12 @@ RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::v
   std::vector<std::vector<double>> Xw;
   Xw.reserve(X.size());
   for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-
-  ArmaCoefficients coef = start ? *start : ZeroCoefficients(orders);
-  coef.period = orders.period;
-  coef.ar.resize(orders.p, 0.0);
-  coef.ma.resize(orders.q, 0.0);
-  coef.sar.resize(orders.P, 0.0);
-  coef.sma.resize(orders.Q, 0.0);
-  GlsOutcome g = Gls(w, Xw, coef, orders.constant);
-  if (!g.ok) {
-    g = Gls(w, Xw, ZeroCoefficients(orders), orders.constant);
-    if (!g.ok) return out;
-  }
-  std::vector<double> beta = g.beta;
-
-  // The two parts are close to independent in the likelihood, so alternating converges in
-  // a few rounds; the ARMA part is estimated to the search's precision until the last.
-  ConvergenceCriteria quick = crit;
-  quick.polish = false;
-  quick.max_iterations = std::max(crit.max_iterations, 5);
-  bool started = start != nullptr;
-  ArimaFit arima;
-  for (int it = 0; it < 8; ++it) {
-    out.iterations = it + 1;
-    arima = FitArima(RemoveRegressors(z, X, beta), orders, quick, false, started ? &coef : nullptr);
-    if (!arima.ok) return out;
-    coef = arima.coef;
-    started = true;
-    const GlsOutcome next = Gls(w, Xw, coef, orders.constant);
-    if (!next.ok) return out;
-    double change = 0.0;
-    for (size_t j = 0; j < beta.size(); ++j) change = std::max(change, std::fabs(next.beta[j] - beta[j]));
-    beta = next.beta;
-    g = next;
-    if (change < 1e-4 * std::sqrt(std::max(arima.sigma2, 1e-300))) break;
-  }
-  arima = FitArima(RemoveRegressors(z, X, beta), orders, crit, with_errors, &coef);
-  if (!arima.ok) return out;
-  // beta has settled to well within its standard error, so the noise model fitted on the
-  // last beta is kept with the standard errors from its final coefficients.
-  g = Gls(w, Xw, arima.coef, orders.constant);
-  if (!g.ok) return out;
-  out.arima = arima;
-  out.beta = g.beta;
-  out.beta_se = g.se;
-  out.ok = true;
-  return out;
+  return AlternateRegressionArima(
+      orders, crit, with_errors, start,
+      [&](const std::vector<double>& beta, const ConvergenceCriteria& c, bool errors, const ArmaCoefficients* from) {
+        return FitArima(RemoveRegressors(z, X, beta), orders, c, errors, from);
+      },
+      [&](const ArmaCoefficients& coef) { return Gls(w, Xw, coef, orders.constant); });
 }
 
 double InterventionCriticalValue(double confidence_pct, int candidates) {

@@ -20,6 +20,7 @@
 #include "engine/model/estimate_parts.h"
 #include "engine/model/forecast.h"
 #include "engine/model/model_parts.h"
+#include "engine/model/regression_noise.h"
 #include "engine/model/search.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/simulation.h"
@@ -403,48 +404,12 @@ RegressionArimaFit FitPooledRegressionArima(const std::vector<std::vector<double
   GroupColumns Xw(X.size());
   for (size_t g = 0; g < X.size(); ++g)
     for (const auto& col : X[g]) Xw[g].push_back(DifferenceSeries(col, orders));
-
-  ArmaCoefficients coef = start ? *start : ZeroCoefficients(orders);
-  coef.period = orders.period;
-  coef.ar.resize(orders.p, 0.0);
-  coef.ma.resize(orders.q, 0.0);
-  coef.sar.resize(orders.P, 0.0);
-  coef.sma.resize(orders.Q, 0.0);
-  GlsOutcome g = PooledGls(w, Xw, coef, orders.constant);
-  if (!g.ok) {
-    g = PooledGls(w, Xw, ZeroCoefficients(orders), orders.constant);
-    if (!g.ok) return out;
-  }
-  std::vector<double> beta = g.beta;
-  // The regression and the noise are close to independent in the likelihood, so
-  // alternating between them converges in a few rounds.
-  ConvergenceCriteria quick = crit;
-  quick.polish = false;
-  quick.max_iterations = std::max(crit.max_iterations, 5);
-  bool started = start != nullptr;
-  ArimaFit arima;
-  for (int it = 0; it < 8; ++it) {
-    out.iterations = it + 1;
-    arima = FitPooledArima(RemoveGroupRegressors(z, X, beta), orders, quick, false, started ? &coef : nullptr);
-    if (!arima.ok) return out;
-    coef = arima.coef;
-    started = true;
-    const GlsOutcome next = PooledGls(w, Xw, coef, orders.constant);
-    if (!next.ok) return out;
-    double change = 0.0;
-    for (size_t j = 0; j < beta.size(); ++j) change = std::max(change, std::fabs(next.beta[j] - beta[j]));
-    beta = next.beta;
-    if (change < 1e-4 * std::sqrt(std::max(arima.sigma2, 1e-300))) break;
-  }
-  arima = FitPooledArima(RemoveGroupRegressors(z, X, beta), orders, crit, with_errors, &coef);
-  if (!arima.ok) return out;
-  g = PooledGls(w, Xw, arima.coef, orders.constant);
-  if (!g.ok) return out;
-  out.arima = arima;
-  out.beta = g.beta;
-  out.beta_se = g.se;
-  out.ok = true;
-  return out;
+  return AlternateRegressionArima(
+      orders, crit, with_errors, start,
+      [&](const std::vector<double>& beta, const ConvergenceCriteria& c, bool errors, const ArmaCoefficients* from) {
+        return FitPooledArima(RemoveGroupRegressors(z, X, beta), orders, c, errors, from);
+      },
+      [&](const ArmaCoefficients& coef) { return PooledGls(w, Xw, coef, orders.constant); });
 }
 
 std::vector<std::vector<double>> PooledInnovations(const std::vector<std::vector<double>>& z, const GroupColumns& X,
