@@ -80,39 +80,16 @@ struct TermRef {
 std::vector<Coefficient> Coefficients(const ArimaFit& f, std::vector<TermRef>* refs) {
   std::vector<Coefficient> out;
   const int df = std::max(1, f.n - (f.orders.FreeCount() + (f.orders.constant ? 1 : 0)));
-  size_t se_index = 0;
-  auto add = [&](int group, const std::vector<double>& v, const std::vector<bool>& zero, const char* prefix,
-                 const char* kind, int step) {
-    for (size_t i = 0; i < v.size(); ++i) {
-      const double se = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
-      ++se_index;
-      if (i < zero.size() && zero[i]) continue;
-      Coefficient c;
-      c.lag = static_cast<int>(i + 1) * step;
-      c.term = std::string(prefix) + "(" + std::to_string(c.lag) + ")";
-      c.kind = kind;
-      c.value = v[i];
-      c.std_error = se;
-      c.t_value = se > 0.0 ? v[i] / se : 0.0;
-      c.p_value = se > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-      out.push_back(c);
-      if (refs) refs->push_back({group, static_cast<int>(i)});
-    }
-  };
-  add(0, f.coef.ar, f.orders.ar_zero, "AR", "ar", 1);
-  add(1, f.coef.ma, f.orders.ma_zero, "MA", "ma", 1);
-  add(2, f.coef.sar, f.orders.sar_zero, "SAR", "sar", f.orders.period);
-  add(3, f.coef.sma, f.orders.sma_zero, "SMA", "sma", f.orders.period);
-  if (f.orders.constant) {
-    Coefficient c;
-    c.term = "CONSTANT";
-    c.kind = "constant";
-    c.value = f.mean;
-    c.std_error = se_index < f.std_errors.size() ? f.std_errors[se_index] : 0.0;
-    c.t_value = c.std_error > 0.0 ? c.value / c.std_error : 0.0;
-    c.p_value = c.std_error > 0.0 ? TwoSidedTPValue(c.t_value, df) : 0.0;
-    out.push_back(c);
-    if (refs) refs->push_back({4, 0});
+  AddArmaCoefficients(f, 1.0, df, out);
+  // The automatic model's table lists the constant last, after the ARMA terms.
+  if (f.orders.constant) std::rotate(out.begin(), out.begin() + 1, out.end());
+  if (refs) {
+    const std::vector<bool>* zeros[] = {&f.orders.ar_zero, &f.orders.ma_zero, &f.orders.sar_zero, &f.orders.sma_zero};
+    const size_t sizes[] = {f.coef.ar.size(), f.coef.ma.size(), f.coef.sar.size(), f.coef.sma.size()};
+    for (int group = 0; group < 4; ++group)
+      for (size_t i = 0; i < sizes[group]; ++i)
+        if (i >= zeros[group]->size() || !(*zeros[group])[i]) refs->push_back({group, static_cast<int>(i)});
+    if (f.orders.constant) refs->push_back({4, 0});
   }
   return out;
 }
