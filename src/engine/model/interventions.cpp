@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 #include <numeric>
+#include <unordered_map>
 
 #include <Eigen/Dense>
 #include <boost/math/distributions/normal.hpp>
@@ -197,25 +198,58 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
   const int k = static_cast<int>(X.size());
   const int cols = k + (orders.constant ? 1 : 0);
   if (k == 0 || m <= cols + 1) return false;
+  // The coefficients stay fixed here, so each place's whitened column is made once.
+  std::unordered_map<long long, Eigen::VectorXd> cache;
+  auto column = [&](int type, int T) -> const Eigen::VectorXd* {
+    const long long key = static_cast<long long>(type) * (n + 1) + T;
+    auto it = cache.find(key);
+    if (it == cache.end()) {
+      Eigen::VectorXd c;
+      if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
+        c.resize(0);
+      it = cache.emplace(key, std::move(c)).first;
+    }
+    return it->second.size() == m ? &it->second : nullptr;
+  };
   Eigen::MatrixXd A(m, cols);
-  Eigen::VectorXd col;
   for (int j = 0; j < k; ++j) {
-    if (!Whiten(DifferenceSeries(X[j], orders), phi, theta, col, true)) return false;
-    A.col(j) = col;
+    const Eigen::VectorXd* c = column(found[j].type, found[j].index);
+    if (!c) return false;
+    A.col(j) = *c;
   }
   if (orders.constant) {
-    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col, true)) return false;
-    A.col(k) = col;
+    Eigen::VectorXd c;
+    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, c, true)) return false;
+    A.col(k) = c;
   }
-  auto ssr = [&](const Eigen::MatrixXd& M) {
-    const Eigen::MatrixXd G = M.transpose() * M;
-    Eigen::LDLT<Eigen::MatrixXd> ldlt(G);
-    if (ldlt.info() != Eigen::Success || !(ldlt.vectorD().minCoeff() > 1e-10 * G.diagonal().maxCoeff()))
+  // Trials swap one or two columns: the cross-products change in those rows alone, so each
+  // costs a pass over the series per column swapped, not a new product of the whole matrix.
+  Eigen::MatrixXd G = A.transpose() * A;
+  Eigen::VectorXd Aw = A.transpose() * ws;
+  const double ww = ws.squaredNorm();
+  auto ssr = [&](const Eigen::MatrixXd& Gm, const Eigen::VectorXd& bw) {
+    Eigen::LDLT<Eigen::MatrixXd> ldlt(Gm);
+    if (ldlt.info() != Eigen::Success || !(ldlt.vectorD().minCoeff() > 1e-10 * Gm.diagonal().maxCoeff()))
       return std::numeric_limits<double>::infinity();
-    const Eigen::VectorXd b = ldlt.solve(M.transpose() * ws);
-    return (ws - M * b).squaredNorm();
+    const Eigen::VectorXd b = ldlt.solve(bw);
+    return std::max(ww - b.dot(bw), 0.0);
   };
-  double now = ssr(A);
+  // Column j of the design taken to be c (A's other columns as they stand, or column i
+  // replaced by ci when given).
+  auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c, int i = -1,
+                     const Eigen::VectorXd* ci = nullptr) {
+    Eigen::VectorXd cross = A.transpose() * c;
+    if (ci) cross(i) = ci->dot(c);
+    cross(j) = c.squaredNorm();
+    Gm.col(j) = cross;
+    Gm.row(j) = cross.transpose();
+    bw(j) = c.dot(ws);
+  };
+  auto commit = [&](int j, const Eigen::VectorXd& c) {
+    A.col(j) = c;
+    swap_in(G, Aw, j, c);
+  };
+  double now = ssr(G, Aw);
   if (!std::isfinite(now)) return false;
   bool any = false;
   bool moved = true;
@@ -223,7 +257,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
     moved = false;
     for (int j = 0; j < k; ++j) {
       DetectedIntervention best = found[j];
-      Eigen::VectorXd best_col;
+      const Eigen::VectorXd* best_col = nullptr;
       double best_ssr = now;
       for (int type : EnabledTypes(opt)) {
         const auto [lo, hi] = CandidateRange(type, n, orders, opt);
@@ -232,23 +266,24 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
           bool clash = false;
           for (int i = 0; i < k; ++i) clash = clash || (i != j && found[i].type == type && found[i].index == T);
           if (clash) continue;
-          if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, col, true))
-            continue;
-          Eigen::MatrixXd trial = A;
-          trial.col(j) = col;
-          const double v = ssr(trial);
+          const Eigen::VectorXd* c = column(type, T);
+          if (!c) continue;
+          Eigen::MatrixXd Gt = G;
+          Eigen::VectorXd bt = Aw;
+          swap_in(Gt, bt, j, *c);
+          const double v = ssr(Gt, bt);
           if (v < best_ssr * (1.0 - 1e-9)) {
             best_ssr = v;
             best.type = type;
             best.index = T;
-            best_col = col;
+            best_col = c;
           }
         }
       }
-      if (best_col.size() == m) {
+      if (best_col) {
         trail.push_back("moved " + Place(found[j].type, found[j].index) + " to " + Place(best.type, best.index));
         found[j] = best;
-        A.col(j) = best_col;
+        commit(j, *best_col);
         X[j] = InterventionRegressor(best.type, best.index, opt.period, n);
         now = best_ssr;
         moved = any = true;
@@ -264,28 +299,27 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
         const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
         int bi = found[i].index, bj = found[j].index;
         double best_ssr = now;
-        Eigen::MatrixXd trial = A;
         for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
           if (Ti == found[i].index) continue;
-          if (!Whiten(DifferenceSeries(InterventionRegressor(found[i].type, Ti, opt.period, n), orders), phi,
-                      theta, col, true))
-            continue;
-          trial.col(i) = col;
+          const Eigen::VectorXd* ci = column(found[i].type, Ti);
+          if (!ci) continue;
+          Eigen::MatrixXd Gi = G;
+          Eigen::VectorXd bi_w = Aw;
+          swap_in(Gi, bi_w, i, *ci);
           for (int Tj = std::max(loj, found[j].index - 2); Tj <= std::min(hij, found[j].index + 2); ++Tj) {
             if (Tj == found[j].index) continue;
-            Eigen::VectorXd colj;
-            if (!Whiten(DifferenceSeries(InterventionRegressor(found[j].type, Tj, opt.period, n), orders), phi,
-                        theta, colj, true))
-              continue;
-            trial.col(j) = colj;
-            const double v = ssr(trial);
+            const Eigen::VectorXd* cj = column(found[j].type, Tj);
+            if (!cj) continue;
+            Eigen::MatrixXd Gt = Gi;
+            Eigen::VectorXd bt = bi_w;
+            swap_in(Gt, bt, j, *cj, i, ci);
+            const double v = ssr(Gt, bt);
             if (v < best_ssr * (1.0 - 1e-9)) {
               best_ssr = v;
               bi = Ti;
               bj = Tj;
             }
           }
-          trial.col(j) = A.col(j);
         }
         if (bi == found[i].index) continue;
         bool clash = false;
@@ -301,10 +335,8 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
         found[j].index = bj;
         X[i] = InterventionRegressor(found[i].type, bi, opt.period, n);
         X[j] = InterventionRegressor(found[j].type, bj, opt.period, n);
-        Whiten(DifferenceSeries(X[i], orders), phi, theta, col, true);
-        A.col(i) = col;
-        Whiten(DifferenceSeries(X[j], orders), phi, theta, col, true);
-        A.col(j) = col;
+        commit(i, *column(found[i].type, bi));
+        commit(j, *column(found[j].type, bj));
         now = best_ssr;
         moved = any = true;
       }
@@ -452,6 +484,39 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
   return out;
 }
 
+namespace {
+
+std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n) {
+  std::vector<std::vector<double>> X;
+  for (const auto& f : found) X.push_back(InterventionRegressor(f.type, f.index, period, n));
+  return X;
+}
+
+struct Candidate {
+  DetectionResult result;
+  double score = std::numeric_limits<double>::infinity();
+};
+
+// Schwarz-type criterion on the one-step prediction errors from observation `from` on.
+double Score(const std::vector<double>& z, const DetectionResult& r, int period, int from) {
+  if (!r.fit.ok) return std::numeric_limits<double>::infinity();
+  const int n = static_cast<int>(z.size());
+  const std::vector<double> e = RegressionInnovations(z, Regressors(r.found, period, n), r.fit);
+  double sse = 0.0;
+  int m = 0;
+  for (int t = from; t < n; ++t) {
+    if (!std::isfinite(e[t])) return std::numeric_limits<double>::infinity();
+    sse += e[t] * e[t];
+    ++m;
+  }
+  if (m < 4 || !(sse > 0.0)) return std::numeric_limits<double>::infinity();
+  const ArimaSpec& s = r.fit.arima.orders;
+  const int k = s.FreeCount() + (s.constant ? 1 : 0) + 2 * static_cast<int>(r.found.size());
+  return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
+}
+
+}  // namespace
+
 DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
                                     const DetectionOptions& opt) {
   DetectionResult res;
@@ -471,6 +536,12 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   if (res.candidates == 0) return res;
   res.critical_value = InterventionCriticalValue(opt.confidence, res.candidates);
   const double C = res.critical_value;
+  // Candidates enter a little below the critical value and two more than the rules allow may
+  // be held for a while: an effect seen only once its neighbours are in the model gets its
+  // chance, and each must still pass the critical value beside all the others at the end.
+  // (Further below, or more held, and spurious effects near the end begin to move forecasts.)
+  const double C_in = C - 0.4;
+  const int cap = opt.max_count + 2;
 
   ConvergenceCriteria quick = opt.criteria;
   quick.polish = false;
@@ -527,8 +598,10 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   // One search with the ARMA coefficients held: the candidate with the largest statistic
   // joins while it passes the critical value, the effects' sizes estimated again after
   // each addition (generalised least squares) and their places settled together.
+  DetectionOptions no_steps = opt;
+  no_steps.level_shift = false;
   auto forward = [&](const ArimaFit& noise, std::vector<DetectedIntervention>& found,
-                     std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
+                     std::vector<std::vector<double>>& X, std::vector<std::string>& trail, bool trends_first) {
     found.clear();
     X.clear();
     RegressionArimaFit fit;
@@ -542,13 +615,14 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
         if (r.first == type && r.second == index) return true;
       return false;
     };
-    for (int attempts = 0; static_cast<int>(found.size()) < opt.max_count && attempts < 3 * opt.max_count;
+    for (int phase = trends_first ? 0 : 1; phase < 2; ++phase)
+    for (int attempts = 0; static_cast<int>(found.size()) < cap && attempts < 3 * cap;
          ++attempts) {
-      const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, opt);
+      const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, phase == 0 ? no_steps : opt);
       const CandidateStatistic* best = nullptr;
       for (const auto& s : stats)
         if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
-      if (!best || std::fabs(best->tau) < C) break;
+      if (!best || std::fabs(best->tau) < C_in) break;
       std::vector<std::vector<double>> X2 = X;
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
       std::vector<std::vector<double>> Xw;
@@ -588,6 +662,9 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   // itself, or the first effect found sits off its place). So after each search the noise
   // model is estimated again together with what was found, and the search starts over with
   // those coefficients, until it finds the same effects again.
+  auto search = [&](bool trends_first) {
+  DetectionResult res0 = res;
+  DetectionResult& res = res0;
   std::vector<std::vector<double>> X;
   std::vector<DetectedIntervention> found;
   RegressionArimaFit fit = res.fit;
@@ -596,7 +673,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     std::vector<DetectedIntervention> f;
     std::vector<std::vector<double>> Xr;
     std::vector<std::string> trail;
-    forward(noise, f, Xr, trail);
+    forward(noise, f, Xr, trail, trends_first);
     if (round > 0 && same_set(f, found)) {
       res.trail.push_back("the same effects found again");
       break;
@@ -640,6 +717,36 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   }
   found.swap(sorted);
   X.swap(Xs);
+  // Those that fall short beside the others leave first under the noise model held, which
+  // costs one regression each; beyond the rules' maximum the weakest leave whatever their t.
+  while (!found.empty()) {
+    std::vector<std::vector<double>> Xw;
+    for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
+    const GlsOutcome g = Gls(w, Xw, fit.arima.coef, orders.constant);
+    if (!g.ok) break;
+    int weakest = -1;
+    double weakest_t = static_cast<int>(found.size()) > opt.max_count ? 1e300 : C;
+    for (size_t j = 0; j < found.size(); ++j) {
+      const double t = g.se[j] > 0.0 ? std::fabs(g.beta[j] / g.se[j]) : 0.0;
+      if (t < weakest_t) {
+        weakest_t = t;
+        weakest = static_cast<int>(j);
+      }
+    }
+    if (weakest < 0) break;
+    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index,
+                                           g.beta[weakest] / g.se[weakest]));
+    found.erase(found.begin() + weakest);
+    X.erase(X.begin() + weakest);
+  }
+  if (found.empty()) {
+    res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &fit.arima.coef);
+    if (!res.fit.ok) {
+      res.fit.arima = initial;
+      res.fit.ok = true;
+    }
+    return res;
+  }
   // The t-values come from generalised least squares; the Hessian of the noise model is
   // needed only once, for the model finally kept.
   RegressionArimaFit joint = FitRegressionArima(z, X, orders, opt.criteria, false, &fit.arima.coef);
@@ -650,7 +757,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       return res;
     }
     int weakest = -1;
-    double weakest_t = C;
+    double weakest_t = static_cast<int>(found.size()) > opt.max_count ? 1e300 : C;
     for (size_t j = 0; j < found.size(); ++j) {
       const double t = joint.beta_se[j] > 0.0 ? joint.beta[j] / joint.beta_se[j] : 0.0;
       found[j].impact = joint.beta[j];
@@ -684,6 +791,23 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   }
   res.found = found;
   return res;
+  };
+
+  DetectionResult best = search(false);
+  // A greedy search meets a ramp that later levels off as a staircase of steps, each the best
+  // single addition at its turn. The same search with the trends taken first (steps after
+  // them) is the other reading; the one with the lower criterion stays.
+  int level_moves = 0;
+  for (const auto& f : best.found) level_moves += f.type == kLevelShift || f.type == kLocalTrend;
+  if (opt.trend && opt.level_shift && level_moves >= 2) {
+    DetectionResult other = search(true);
+    const int from = BurnIn(orders);
+    if (Score(z, other, opt.period, from) < Score(z, best, opt.period, from)) {
+      other.trail.push_back("trends taken before steps explain the series better");
+      best = std::move(other);
+    }
+  }
+  return best;
 }
 
 std::vector<double> RegressionInnovations(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
@@ -697,35 +821,6 @@ std::vector<double> RegressionInnovations(const std::vector<double>& z, const st
 }
 
 namespace {
-
-std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n) {
-  std::vector<std::vector<double>> X;
-  for (const auto& f : found) X.push_back(InterventionRegressor(f.type, f.index, period, n));
-  return X;
-}
-
-struct Candidate {
-  DetectionResult result;
-  double score = std::numeric_limits<double>::infinity();
-};
-
-// Schwarz-type criterion on the one-step prediction errors from observation `from` on.
-double Score(const std::vector<double>& z, const DetectionResult& r, int period, int from) {
-  if (!r.fit.ok) return std::numeric_limits<double>::infinity();
-  const int n = static_cast<int>(z.size());
-  const std::vector<double> e = RegressionInnovations(z, Regressors(r.found, period, n), r.fit);
-  double sse = 0.0;
-  int m = 0;
-  for (int t = from; t < n; ++t) {
-    if (!std::isfinite(e[t])) return std::numeric_limits<double>::infinity();
-    sse += e[t] * e[t];
-    ++m;
-  }
-  if (m < 4 || !(sse > 0.0)) return std::numeric_limits<double>::infinity();
-  const ArimaSpec& s = r.fit.arima.orders;
-  const int k = s.FreeCount() + (s.constant ? 1 : 0) + 2 * static_cast<int>(r.found.size());
-  return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
-}
 
 std::string Describe(const DetectionResult& r) {
   std::string text = r.fit.arima.orders.Name() + " with ";

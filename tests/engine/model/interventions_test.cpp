@@ -253,6 +253,24 @@ TEST(DetectInterventions, ARampThatStopsIsTwoTrendsNotAStaircase) {
   EXPECT_GE(right, 8) << "of 12 series";
 }
 
+// Three turns of a trend and a step after them: searched greedily the steps win each turn
+// and the budget of effects is spent on a staircase before the second and third trends are
+// reached; the reading with the trends taken first must be the one kept.
+TEST(DetectInterventions, TurnsOfATrendAndALaterStep) {
+  int right = 0;
+  for (uint32_t seed = 1; seed <= 12; ++seed) {
+    std::vector<double> y = WhiteNoise(200, 50.0, seed + 300);
+    Plant(y, kLocalTrend, 40, 0.6);
+    Plant(y, kLocalTrend, 75, -0.9);
+    Plant(y, kLocalTrend, 120, 0.5);
+    Plant(y, kLevelShift, 160, 5.0);
+    const DetectionResult r = DetectWithOrders(y, 0);
+    right += Near(r, kLocalTrend, 40, 1) && Near(r, kLocalTrend, 75, 1) && Near(r, kLocalTrend, 120, 1) &&
+             Has(r, kLevelShift, 160) && r.found.size() == 4;
+  }
+  EXPECT_GE(right, 9) << "of 12 series";
+}
+
 // A local trend in an AR(1) series is a trend at its place, not a step beside it nor a
 // second trend: the AR coefficient estimated on the series as it stands is near one and
 // blurs the place until the noise model is estimated again with the effect.
