@@ -902,9 +902,11 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       // Only effects are a reason to doubt the differencing the tests chose, and only if the
       // series cleansed of them passes the same test with fewer differences.
       // Nor is a staircase: a level that moves at more than three places is better left to
-      // the differencing.
+      // the differencing. Once differenced, what would stand in for the difference given up
+      // is a slope that moves: steps in the level of an integrated series are no staircase.
       int level_moves = 0;
-      for (const auto& f : c.result.found) level_moves += f.type == kLevelShift || f.type == kLocalTrend;
+      for (const auto& f : c.result.found)
+        level_moves += f.type == kLocalTrend || (d == 0 && f.type == kLevelShift);
       if (c.result.found.empty() || level_moves > 3 || !(c.score < best.score)) continue;
       const std::vector<double> u =
           RemoveRegressors(z, Regressors(c.result.found, opt.period, n), c.result.fit.beta);
