@@ -515,6 +515,19 @@ double Score(const std::vector<double>& z, const DetectionResult& r, int period,
   return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
 }
 
+// The effect to drop next: beyond the rules' maximum the weakest whatever its t, otherwise
+// the weakest below the critical value; -1 when none.
+int Weakest(const std::vector<double>& t_values, int max_count, double critical) {
+  int weakest = -1;
+  double bar = static_cast<int>(t_values.size()) > max_count ? std::numeric_limits<double>::infinity() : critical;
+  for (size_t j = 0; j < t_values.size(); ++j)
+    if (std::fabs(t_values[j]) < bar) {
+      bar = std::fabs(t_values[j]);
+      weakest = static_cast<int>(j);
+    }
+  return weakest;
+}
+
 }  // namespace
 
 DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
@@ -719,34 +732,29 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   X.swap(Xs);
   // Those that fall short beside the others leave first under the noise model held, which
   // costs one regression each; beyond the rules' maximum the weakest leave whatever their t.
-  while (!found.empty()) {
-    std::vector<std::vector<double>> Xw;
-    for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-    const GlsOutcome g = Gls(w, Xw, fit.arima.coef, orders.constant);
-    if (!g.ok) break;
-    int weakest = -1;
-    double weakest_t = static_cast<int>(found.size()) > opt.max_count ? 1e300 : C;
-    for (size_t j = 0; j < found.size(); ++j) {
-      const double t = g.se[j] > 0.0 ? std::fabs(g.beta[j] / g.se[j]) : 0.0;
-      if (t < weakest_t) {
-        weakest_t = t;
-        weakest = static_cast<int>(j);
-      }
-    }
-    if (weakest < 0) break;
-    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index,
-                                           g.beta[weakest] / g.se[weakest]));
-    found.erase(found.begin() + weakest);
-    X.erase(X.begin() + weakest);
-  }
-  if (found.empty()) {
-    res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &fit.arima.coef);
+  // Without any effect left, the noise model alone (as given when it cannot be estimated).
+  auto none_kept = [&](const ArmaCoefficients& coef) {
+    res.fit = FitRegressionArima(z, {}, orders, opt.criteria, true, &coef);
     if (!res.fit.ok) {
       res.fit.arima = initial;
       res.fit.ok = true;
     }
     return res;
+  };
+  while (!found.empty()) {
+    std::vector<std::vector<double>> Xw;
+    for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
+    const GlsOutcome g = Gls(w, Xw, fit.arima.coef, orders.constant);
+    if (!g.ok) break;
+    std::vector<double> t(found.size());
+    for (size_t j = 0; j < found.size(); ++j) t[j] = g.se[j] > 0.0 ? g.beta[j] / g.se[j] : 0.0;
+    const int weakest = Weakest(t, opt.max_count, C);
+    if (weakest < 0) break;
+    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, t[weakest]));
+    found.erase(found.begin() + weakest);
+    X.erase(X.begin() + weakest);
   }
+  if (found.empty()) return none_kept(fit.arima.coef);
   // The t-values come from generalised least squares; the Hessian of the noise model is
   // needed only once, for the model finally kept.
   RegressionArimaFit joint = FitRegressionArima(z, X, orders, opt.criteria, false, &fit.arima.coef);
@@ -756,30 +764,19 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       res.trail.push_back("the joint estimate failed; no interventions kept");
       return res;
     }
-    int weakest = -1;
-    double weakest_t = static_cast<int>(found.size()) > opt.max_count ? 1e300 : C;
+    std::vector<double> t(found.size());
     for (size_t j = 0; j < found.size(); ++j) {
-      const double t = joint.beta_se[j] > 0.0 ? joint.beta[j] / joint.beta_se[j] : 0.0;
+      t[j] = joint.beta_se[j] > 0.0 ? joint.beta[j] / joint.beta_se[j] : 0.0;
       found[j].impact = joint.beta[j];
       found[j].std_error = joint.beta_se[j];
-      found[j].t_value = t;
-      if (std::fabs(t) < weakest_t) {
-        weakest_t = std::fabs(t);
-        weakest = static_cast<int>(j);
-      }
+      found[j].t_value = t[j];
     }
+    const int weakest = Weakest(t, opt.max_count, C);
     if (weakest < 0) break;
-    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, found[weakest].t_value));
+    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, t[weakest]));
     found.erase(found.begin() + weakest);
     X.erase(X.begin() + weakest);
-    if (found.empty()) {
-      res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &joint.arima.coef);
-      if (!res.fit.ok) {
-        res.fit.arima = initial;
-        res.fit.ok = true;
-      }
-      return res;
-    }
+    if (found.empty()) return none_kept(joint.arima.coef);
     joint = FitRegressionArima(z, X, orders, opt.criteria, false, &joint.arima.coef);
   }
   res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &joint.arima.coef);
