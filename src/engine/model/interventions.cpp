@@ -66,12 +66,6 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
   return out.allFinite();
 }
 
-struct GlsOutcome {
-  bool ok = false;
-  std::vector<double> beta, se;
-  double ssr = 0.0;   // whitened residual sum of squares
-};
-
 // beta of w = Xw beta (+ mean) + ARMA noise. The mean column, when asked for, is estimated
 // alongside but not returned: the noise model keeps its own constant.
 GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<double>>& Xw,
@@ -95,23 +89,7 @@ GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<doubl
     if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return out;
     A.col(k) = col;
   }
-  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A);
-  qr.setThreshold(1e-10);
-  if (qr.rank() < cols) return out;
-  const Eigen::VectorXd b = qr.solve(ws);
-  if (!b.allFinite()) return out;
-  const Eigen::VectorXd r = ws - A * b;
-  out.ssr = r.squaredNorm();
-  const double s2 = out.ssr / std::max(1, m - cols);
-  const Eigen::MatrixXd cov = s2 * (A.transpose() * A).inverse();
-  out.beta.resize(k);
-  out.se.resize(k);
-  for (int j = 0; j < k; ++j) {
-    out.beta[j] = b(j);
-    out.se[j] = std::sqrt(std::max(cov(j, j), 0.0));
-  }
-  out.ok = true;
-  return out;
+  return WhitenedLeastSquares(A, ws, k);
 }
 
 int BurnIn(const ArimaSpec& s) { return s.d + s.D * std::max(1, s.period); }

@@ -319,11 +319,6 @@ ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSp
   return fit;
 }
 
-struct GlsOutcome {
-  bool ok = false;
-  std::vector<double> beta, se;
-};
-
 // beta of w[g] = Xw[g] beta (+ mean) + ARMA noise over all groups, by least squares on the
 // whitened segments stacked. The mean, when asked for, is estimated alongside but not
 // returned: the noise model keeps its own constant.
@@ -360,22 +355,7 @@ GlsOutcome PooledGls(const std::vector<std::vector<double>>& w, const GroupColum
     if (with_mean) A.block(row, k, len, 1) = f.ones;
     row += len;
   }
-  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A);
-  qr.setThreshold(1e-10);
-  if (qr.rank() < cols) return out;
-  const Eigen::VectorXd b = qr.solve(ws);
-  if (!b.allFinite()) return out;
-  const Eigen::VectorXd r = ws - A * b;
-  const double s2 = r.squaredNorm() / std::max(1, m - cols);
-  const Eigen::MatrixXd cov = s2 * (A.transpose() * A).inverse();
-  out.beta.resize(k);
-  out.se.resize(k);
-  for (int j = 0; j < k; ++j) {
-    out.beta[j] = b(j);
-    out.se[j] = std::sqrt(std::max(cov(j, j), 0.0));
-  }
-  out.ok = true;
-  return out;
+  return WhitenedLeastSquares(A, ws, k);
 }
 
 std::vector<std::vector<double>> RemoveGroupRegressors(const std::vector<std::vector<double>>& z, const GroupColumns& X,

@@ -7,10 +7,45 @@
 #include <cmath>
 #include <vector>
 
+#include <Eigen/Dense>
+
 #include "engine/model/estimate_parts.h"
 #include "engine/model/interventions.h"
 
 namespace quorvane {
+
+// A regression solved under a noise model: coefficients, standard errors and the whitened
+// residual sum of squares.
+struct GlsOutcome {
+  bool ok = false;
+  std::vector<double> beta, se;
+  double ssr = 0.0;
+};
+
+// Least squares of the whitened series ws on the whitened columns A; the first k columns are
+// the regressors returned (any after them, a mean, are estimated alongside and left out).
+// Fails when the columns are collinear.
+inline GlsOutcome WhitenedLeastSquares(const Eigen::MatrixXd& A, const Eigen::VectorXd& ws, int k) {
+  GlsOutcome out;
+  const int m = static_cast<int>(A.rows());
+  const int cols = static_cast<int>(A.cols());
+  Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A);
+  qr.setThreshold(1e-10);
+  if (qr.rank() < cols) return out;
+  const Eigen::VectorXd b = qr.solve(ws);
+  if (!b.allFinite()) return out;
+  out.ssr = (ws - A * b).squaredNorm();
+  const double s2 = out.ssr / std::max(1, m - cols);
+  const Eigen::MatrixXd cov = s2 * (A.transpose() * A).inverse();
+  out.beta.resize(k);
+  out.se.resize(k);
+  for (int j = 0; j < k; ++j) {
+    out.beta[j] = b(j);
+    out.se[j] = std::sqrt(std::max(cov(j, j), 0.0));
+  }
+  out.ok = true;
+  return out;
+}
 
 // `fit_noise(beta, criteria, with_errors, start)` fits the ARIMA of `orders` to the series
 // less the regressors at beta (start: coefficients to begin from, or null);
