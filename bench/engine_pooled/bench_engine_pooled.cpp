@@ -10,12 +10,15 @@
 #include <random>
 #include <vector>
 
+#include "../bench_timing.h"
 #include "engine/model/pooled.h"
 #include "engine/model/structured.h"
 
 using namespace quorvane;
 
 namespace {
+
+using tessaly::bench::MedianMs;
 
 constexpr int kGroups = 5;
 constexpr int kSize = 48;
@@ -45,18 +48,6 @@ ModelingProblem Problem(std::vector<double> y, int groups, int objective) {
   p.objective = objective;
   p.rules.groups = groups;
   return p;
-}
-
-template <class F>
-double MedianMs(int runs, F&& f) {
-  std::vector<double> ms;
-  for (int i = 0; i < runs; ++i) {
-    auto start = std::chrono::steady_clock::now();
-    f();
-    ms.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-  }
-  std::sort(ms.begin(), ms.end());
-  return ms[ms.size() / 2];
 }
 
 }  // namespace

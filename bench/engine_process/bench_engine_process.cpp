@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "../bench_timing.h"
 #include "engine/engine_run.h"
 #include "engine/model.h"
 #include "engine/request.h"
@@ -24,6 +25,8 @@ using namespace quorvane;
 
 namespace {
 
+using tessaly::bench::MedianMs;
+
 std::vector<double> ReadAirline() {
   std::ifstream in(std::string(TESSALY_SOURCE_DIR) + "/tests/engine/data/airline.asc");
   std::vector<std::string> lines;
@@ -31,18 +34,6 @@ std::vector<double> ReadAirline() {
   std::vector<double> y;
   for (size_t i = 13; i < lines.size() && y.size() < 144; ++i) y.push_back(std::stod(lines[i]));
   return y;
-}
-
-template <class F>
-double MedianMs(int runs, F&& f) {
-  std::vector<double> ms;
-  for (int i = 0; i < runs; ++i) {
-    auto start = std::chrono::steady_clock::now();
-    f();
-    ms.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-  }
-  std::sort(ms.begin(), ms.end());
-  return ms[ms.size() / 2];
 }
 
 }  // namespace
