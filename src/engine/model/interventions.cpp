@@ -357,11 +357,14 @@ double InterventionCriticalValue(double confidence_pct, int candidates) {
 
 namespace {
 constexpr int kMaxSpan = 250;
+// A ramp over fewer observations is a level shift to the data.
+constexpr int kRampMinGap = 6;
 }  // namespace
 
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
                                                     const std::vector<std::vector<double>>& X,
-                                                    const RegressionArimaFit& fit, const DetectionOptions& opt) {
+                                                    const RegressionArimaFit& fit, const DetectionOptions& opt,
+                                                    int ramp_gap) {
   std::vector<CandidateStatistic> out;
   if (!fit.ok) return out;
   const ArimaSpec& orders = fit.arima.orders;
@@ -436,6 +439,15 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       c[j] = v;
       cum[j] = (j ? cum[j - 1] : 0.0) + v * v;
     }
+    // A trend's numerator, own sum of squares and projection at each place, kept for ramps.
+    const bool ramps = type == kLocalTrend && ramp_gap > 1;
+    std::vector<double> nums, dens;
+    Eigen::MatrixXd projs;
+    if (ramps) {
+      nums.assign(hi - lo + 1, 0.0);
+      dens.assign(hi - lo + 1, 0.0);
+      projs.setZero(K, hi - lo + 1);
+    }
     for (int T = lo; T <= hi; ++T) {
       // Long series: the statistic looks at most kMaxSpan observations ahead, which keeps a
       // pass linear in the length; by then a pulse's trace has died away and a step or a
@@ -444,11 +456,17 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       double num = 0.0;
       const double* et = e.data() + (T - burn);
       for (int j = 0; j < span; ++j) num += et[j] * c[j];
-      double den = cum[span - 1];
+      const double own = cum[span - 1];
+      double den = own;
       if (K > 0) {
         proj.setZero();
         for (int j = 0; j < span; ++j) proj += c[j] * Qt.col(T - burn + j);
         den -= proj.squaredNorm();
+      }
+      if (ramps) {
+        nums[T - lo] = num;
+        dens[T - lo] = own;
+        if (K > 0) projs.col(T - lo) = proj;
       }
       if (!(den > 1e-12)) continue;
       CandidateStatistic s;
@@ -457,6 +475,38 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       s.impact = num / den;
       s.tau = num / (sigma * std::sqrt(den));
       out.push_back(s);
+    }
+    if (!ramps) continue;
+    // The ramp from T to T + g has the pattern c[j] - c[j - g]: its numerator and projection
+    // are differences of the two trends', and its sum of squares needs only the lagged
+    // cross-products of c, kept as running sums for each gap.
+    const int gaps = std::min(ramp_gap, hi - lo);
+    std::vector<std::vector<double>> cross(gaps + 1);
+    for (int g = kRampMinGap; g <= gaps; ++g) {
+      cross[g].assign(len - g + 1, 0.0);
+      for (int i = 0; i + g < len; ++i) cross[g][i + 1] = cross[g][i] + c[i] * c[i + g];
+    }
+    for (int T = lo; T < hi; ++T) {
+      const int span = std::min(n - T, kMaxSpan);
+      CandidateStatistic best;
+      for (int g = kRampMinGap; g <= gaps && T + g <= hi; ++g) {
+        const int U = T + g;
+        const int tail = std::min(span - g, std::min(n - U, kMaxSpan));
+        if (tail < 1) break;
+        const double num = nums[T - lo] - nums[U - lo];
+        double den = dens[T - lo] + cum[tail - 1] - 2.0 * cross[g][std::min(span - g, len - g)];
+        if (K > 0) den -= (projs.col(T - lo) - projs.col(U - lo)).squaredNorm();
+        if (!(den > 1e-12)) continue;
+        const double tau = num / (sigma * std::sqrt(den));
+        if (best.end < 0 || std::fabs(tau) > std::fabs(best.tau)) {
+          best.type = kLocalTrend;
+          best.index = T;
+          best.end = U;
+          best.impact = num / den;
+          best.tau = tau;
+        }
+      }
+      if (best.end >= 0) out.push_back(best);
     }
   }
   return out;
@@ -533,6 +583,11 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   // (Further below, or more held, and spurious effects near the end begin to move forecasts.)
   const double C_in = C - 0.4;
   const int cap = opt.max_count + 2;
+  // Ramps: a trend taken back within three years of monthly data (a quarter of the series
+  // at most), tested at the critical value of that many more candidates.
+  const int ramp_gap = opt.trend ? std::min(36, n / 4) : 0;
+  const double C_ramp_in =
+      ramp_gap > 1 ? InterventionCriticalValue(opt.confidence, res.candidates * ramp_gap) - 0.4 : C_in;
 
   ConvergenceCriteria quick = opt.criteria;
   quick.polish = false;
@@ -609,13 +664,25 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     for (int phase = trends_first ? 0 : 1; phase < 2; ++phase)
     for (int attempts = 0; static_cast<int>(found.size()) < cap && attempts < 3 * cap;
          ++attempts) {
-      const std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, phase == 0 ? no_steps : opt);
+      const bool room_for_ramp = static_cast<int>(found.size()) + 2 <= cap;
+      const std::vector<CandidateStatistic> stats =
+          CandidateStatistics(z, X, fit, phase == 0 ? no_steps : opt, room_for_ramp ? ramp_gap : 0);
       const CandidateStatistic* best = nullptr;
-      for (const auto& s : stats)
-        if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
-      if (!best || std::fabs(best->tau) < C_in) break;
+      const CandidateStatistic* ramp = nullptr;
+      for (const auto& s : stats) {
+        if (taken(s.type, s.index) || (s.end >= 0 && taken(s.type, s.end))) continue;
+        const CandidateStatistic*& slot = s.end >= 0 ? ramp : best;
+        if (!slot || std::fabs(s.tau) > std::fabs(slot->tau)) slot = &s;
+      }
+      // A ramp is one of many more candidates than single effects, so it enters only over
+      // its own bar, and only once no single effect passes: it is there for what single
+      // effects cannot show, not to stand in for a step.
+      if (ramp && (std::fabs(ramp->tau) < C_ramp_in || (best && std::fabs(best->tau) >= C_in))) ramp = nullptr;
+      if (!ramp && (!best || std::fabs(best->tau) < C_in)) break;
+      if (ramp) best = ramp;
       std::vector<std::vector<double>> X2 = X;
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
+      if (ramp) X2.push_back(InterventionRegressor(best->type, best->end, opt.period, n));
       std::vector<std::vector<double>> Xw;
       for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, orders));
       const GlsOutcome g = Gls(w, Xw, noise.coef, orders.constant);
@@ -627,7 +694,14 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       d.type = best->type;
       d.index = best->index;
       found.push_back(d);
-      trail.push_back("added " + Label(best->type, best->index, best->tau));
+      if (ramp) {
+        d.index = ramp->end;
+        found.push_back(d);
+        trail.push_back("added a ramp: " + Place(kLocalTrend, ramp->index) + " taken back" +
+                        Label(kLocalTrend, ramp->end, ramp->tau).substr(InterventionTypeName(kLocalTrend).size()));
+      } else {
+        trail.push_back("added " + Label(best->type, best->index, best->tau));
+      }
       X = std::move(X2);
       fit.beta = g.beta;
       if (found.size() > 1 && SettlePlaces(z, orders, noise.coef, opt, found, X, trail)) {

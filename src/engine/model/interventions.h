@@ -84,15 +84,23 @@ double InterventionCriticalValue(double confidence_pct, int candidates);
 
 // One pass of the search: the standardized statistic of every candidate of every enabled
 // type, given the residuals of the model. Exposed for tests and the benchmark.
+//
+// With `ramp_gap` above 1 (and trends on), also the ramps that level off: a local trend
+// from `index` taken back by an opposite one at `end`, at most `ramp_gap` observations
+// later, tested as one effect (the best end for each start). Two such trends can each be
+// too weak to enter alone, the later one cancelling the earlier, while together they are
+// plain: a level that moves to a new one over a few periods.
 struct CandidateStatistic {
   int type = kPulse;
   int index = 0;
+  int end = -1;         // a ramp's second trend; -1 for a single effect
   double impact = 0.0;
   double tau = 0.0;
 };
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
                                                     const std::vector<std::vector<double>>& X,
-                                                    const RegressionArimaFit& fit, const DetectionOptions& opt);
+                                                    const RegressionArimaFit& fit, const DetectionOptions& opt,
+                                                    int ramp_gap = 0);
 
 // Iterative detection starting from a fitted ARIMA of z: at each pass the candidate with
 // the largest statistic above the critical value joins the model (ARMA coefficients held,
