@@ -104,7 +104,8 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
 
 // Iterative detection starting from a fitted ARIMA of z: at each pass the candidate with
 // the largest statistic above the critical value joins the model (ARMA coefficients held,
-// places settled as effects join); then the model is estimated again with all effects and
+// places settled as effects join; a ramp that levels off joins as its two trends when no
+// single effect passes); then the model is estimated again with all effects and
 // the search starts over with its coefficients, until it finds the same effects. Each effect
 // may then move anywhere, or change type, given the others; at the end effects no longer
 // significant together are dropped one at a time. Returns the fit without effects when none
