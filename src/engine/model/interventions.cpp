@@ -793,6 +793,11 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     }
     return res;
   };
+  auto drop = [&](int k, double t) {
+    res.trail.push_back("dropped " + Label(found[k].type, found[k].index, t));
+    found.erase(found.begin() + k);
+    X.erase(X.begin() + k);
+  };
   while (!found.empty()) {
     std::vector<std::vector<double>> Xw;
     for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
@@ -802,9 +807,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     for (size_t j = 0; j < found.size(); ++j) t[j] = g.se[j] > 0.0 ? g.beta[j] / g.se[j] : 0.0;
     const int weakest = Weakest(t, opt.max_count, C);
     if (weakest < 0) break;
-    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, t[weakest]));
-    found.erase(found.begin() + weakest);
-    X.erase(X.begin() + weakest);
+    drop(weakest, t[weakest]);
   }
   if (found.empty()) return none_kept(fit.arima.coef);
   // The t-values come from generalised least squares; the Hessian of the noise model is
@@ -825,9 +828,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     }
     const int weakest = Weakest(t, opt.max_count, C);
     if (weakest < 0) break;
-    res.trail.push_back("dropped " + Label(found[weakest].type, found[weakest].index, t[weakest]));
-    found.erase(found.begin() + weakest);
-    X.erase(X.begin() + weakest);
+    drop(weakest, t[weakest]);
     if (found.empty()) return none_kept(joint.arima.coef);
     joint = FitRegressionArima(z, X, orders, opt.criteria, false, &joint.arima.coef);
   }
