@@ -357,8 +357,6 @@ double InterventionCriticalValue(double confidence_pct, int candidates) {
 
 namespace {
 constexpr int kMaxSpan = 250;
-// A ramp over fewer observations is a level shift to the data.
-constexpr int kRampMinGap = 6;
 }  // namespace
 
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,

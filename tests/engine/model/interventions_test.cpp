@@ -253,6 +253,69 @@ TEST(DetectInterventions, ARampThatStopsIsTwoTrendsNotAStaircase) {
   EXPECT_GE(right, 8) << "of 12 series";
 }
 
+// The ramps' statistics come from running sums; under white noise with a constant they must
+// be those of the ramp's own regressor, the constant partialled out, with the residuals and
+// the scale that the pulses' statistics give back.
+TEST(CandidateStatistics, ARampIsItsTwoTrendsAsOneRegressor) {
+  const int n = 80;
+  std::vector<double> y = WhiteNoise(n, 10.0, 7);
+  Plant(y, kLocalTrend, 30, 1.0);
+  Plant(y, kLocalTrend, 42, -1.0);
+  ArimaSpec white;
+  white.constant = true;
+  RegressionArimaFit fit;
+  fit.ok = true;
+  fit.arima = FitArima(y, white, ConvergenceCriteria{}, false);
+  ASSERT_TRUE(fit.arima.ok);
+  const int gap = 12;
+  const std::vector<CandidateStatistic> stats = CandidateStatistics(y, {}, fit, DetectionOptions{}, gap);
+
+  std::vector<double> e(n, 0.0);
+  double sigma = 0.0;
+  const double keep = 1.0 - 1.0 / n;  // a pulse's own sum of squares beside the constant
+  for (const auto& s : stats)
+    if (s.type == kPulse) {
+      e[s.index] = s.impact * keep;
+      sigma = e[s.index] / (s.tau * std::sqrt(keep));
+    }
+  ASSERT_GT(sigma, 0.0);
+  int ramps = 0;
+  const CandidateStatistic* strongest = nullptr;
+  double trend30 = 0.0, trend42 = 0.0;
+  for (const auto& s : stats) {
+    if (s.type == kLocalTrend && s.end < 0 && s.index == 30) trend30 = s.tau;
+    if (s.type == kLocalTrend && s.end < 0 && s.index == 42) trend42 = s.tau;
+    if (s.end < 0) continue;
+    ++ramps;
+    if (!strongest || std::fabs(s.tau) > std::fabs(strongest->tau)) strongest = &s;
+    double best = 0.0;
+    int best_end = -1;
+    for (int g = kRampMinGap; g <= gap && s.index + g <= n - 3; ++g) {
+      const std::vector<double> a = InterventionRegressor(kLocalTrend, s.index, 1, n);
+      const std::vector<double> b = InterventionRegressor(kLocalTrend, s.index + g, 1, n);
+      double num = 0.0, sum = 0.0, sq = 0.0;
+      for (int t = 0; t < n; ++t) {
+        const double x = a[t] - b[t];
+        num += e[t] * x;
+        sum += x;
+        sq += x * x;
+      }
+      const double tau = num / (sigma * std::sqrt(sq - sum * sum / n));
+      if (best_end < 0 || std::fabs(tau) > std::fabs(best)) {
+        best = tau;
+        best_end = s.index + g;
+      }
+    }
+    EXPECT_EQ(s.end, best_end) << "ramp from " << s.index;
+    EXPECT_NEAR(s.tau, best, 1e-6 * (1.0 + std::fabs(best))) << "ramp from " << s.index;
+  }
+  EXPECT_EQ(ramps, n - 3 - kRampMinGap - 1);  // every start with room for the shortest ramp
+  ASSERT_NE(strongest, nullptr);
+  EXPECT_NEAR(strongest->index, 30, 1);
+  EXPECT_NEAR(strongest->end, 42, 1);
+  EXPECT_GT(std::fabs(strongest->tau), std::max(std::fabs(trend30), std::fabs(trend42)));
+}
+
 // The same in a seasonal integrated series (the airline model): there each trend alone is a
 // step in the differenced series that the later one cancels, so neither stands out by
 // itself and the pair must be tried as one effect.
