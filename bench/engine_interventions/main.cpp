@@ -135,6 +135,13 @@ DetectionResult DetectByEngine(const std::vector<double>& y, int seasonality, co
   }
   for (const auto& n : r.notes)
     if (n.heading == kHeadInterventions) out.trail.push_back(n.text);
+  // The verbose lines print the regular AR and MA coefficients, in order of lag.
+  for (const auto& c : r.coefficients) {
+    if (c.kind != "ar" && c.kind != "ma") continue;
+    std::vector<double>& v = c.kind == "ar" ? out.fit.arima.coef.ar : out.fit.arima.coef.ma;
+    if (c.lag >= 1 && static_cast<int>(v.size()) < c.lag) v.resize(c.lag, 0.0);
+    if (c.lag >= 1) v[c.lag - 1] = c.value;
+  }
   out.fit.arima.orders.p = r.p;
   out.fit.arima.orders.d = r.d;
   out.fit.arima.orders.q = r.q;
