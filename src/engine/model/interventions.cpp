@@ -662,20 +662,25 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
     for (int phase = trends_first ? 0 : 1; phase < 2; ++phase)
     for (int attempts = 0; static_cast<int>(found.size()) < cap && attempts < 3 * cap;
          ++attempts) {
-      const bool room_for_ramp = static_cast<int>(found.size()) + 2 <= cap;
-      const std::vector<CandidateStatistic> stats =
-          CandidateStatistics(z, X, fit, phase == 0 ? no_steps : opt, room_for_ramp ? ramp_gap : 0);
+      const DetectionOptions& types = phase == 0 ? no_steps : opt;
+      std::vector<CandidateStatistic> stats = CandidateStatistics(z, X, fit, types);
       const CandidateStatistic* best = nullptr;
-      const CandidateStatistic* ramp = nullptr;
-      for (const auto& s : stats) {
-        if (taken(s.type, s.index) || (s.end >= 0 && taken(s.type, s.end))) continue;
-        const CandidateStatistic*& slot = s.end >= 0 ? ramp : best;
-        if (!slot || std::fabs(s.tau) > std::fabs(slot->tau)) slot = &s;
-      }
+      for (const auto& s : stats)
+        if (!taken(s.type, s.index) && (!best || std::fabs(s.tau) > std::fabs(best->tau))) best = &s;
       // A ramp is one of many more candidates than single effects, so it enters only over
       // its own bar, and only once no single effect passes: it is there for what single
-      // effects cannot show, not to stand in for a step.
-      if (ramp && (std::fabs(ramp->tau) < C_ramp_in || (best && std::fabs(best->tau) >= C_in))) ramp = nullptr;
+      // effects cannot show, not to stand in for a step. Its statistics are worked out only
+      // then.
+      const CandidateStatistic* ramp = nullptr;
+      if ((!best || std::fabs(best->tau) < C_in) && ramp_gap > 1 && static_cast<int>(found.size()) + 2 <= cap) {
+        stats = CandidateStatistics(z, X, fit, types, ramp_gap);
+        best = nullptr;
+        for (const auto& s : stats)
+          if (s.end >= 0 && !taken(s.type, s.index) && !taken(s.type, s.end) &&
+              (!ramp || std::fabs(s.tau) > std::fabs(ramp->tau)))
+            ramp = &s;
+        if (ramp && std::fabs(ramp->tau) < C_ramp_in) ramp = nullptr;
+      }
       if (!ramp && (!best || std::fabs(best->tau) < C_in)) break;
       if (ramp) best = ramp;
       std::vector<std::vector<double>> X2 = X;
@@ -695,8 +700,10 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       if (ramp) {
         d.index = ramp->end;
         found.push_back(d);
-        trail.push_back("added a ramp: " + Place(kLocalTrend, ramp->index) + " taken back" +
-                        Label(kLocalTrend, ramp->end, ramp->tau).substr(InterventionTypeName(kLocalTrend).size()));
+        char t[32];
+        std::snprintf(t, sizeof t, " (t %.2f)", ramp->tau);
+        trail.push_back("added a ramp: " + Place(kLocalTrend, ramp->index) + " taken back at observation " +
+                        std::to_string(ramp->end + 1) + t);
       } else {
         trail.push_back("added " + Label(best->type, best->index, best->tau));
       }

@@ -87,9 +87,9 @@ double InterventionCriticalValue(double confidence_pct, int candidates);
 //
 // With `ramp_gap` above 1 (and trends on), also the ramps that level off: a local trend
 // from `index` taken back by an opposite one at `end`, kRampMinGap to `ramp_gap`
-// observations later, tested as one effect (the best end for each start). Two such trends can each be
-// too weak to enter alone, the later one cancelling the earlier, while together they are
-// plain: a level that moves to a new one over a few periods.
+// observations later, tested as one effect (the best end for each start). Two such trends
+// can each be too weak to enter alone, the later one cancelling the earlier, while together
+// they are plain: a level that moves to a new one over a few periods.
 constexpr int kRampMinGap = 6;  // a ramp over fewer observations is a level shift to the data
 struct CandidateStatistic {
   int type = kPulse;
