@@ -290,7 +290,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   const EngineRules& rules = problem.rules;
   auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
 
-  // 1. Data preparation.
+  // Data preparation.
   if (!stage(Stage::DataPreparation)) return r;
   if (problem.objective != 0)
     r.warnings.push_back(FormatInt(texts::kObjectiveAsAutomatic, problem.objective));
@@ -396,7 +396,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   const double scale = ScaleOf(zt);
   const std::vector<double> z = Scaled(zt, scale);
 
-  // 2. Identification.
+  // Identification.
   if (!stage(Stage::Identification)) return r;
   int D = 0;
   if (period > 1) {
@@ -476,7 +476,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                                                  ", critical " + Format("%.2f", pc.critical) + ")."});
   }
 
-  // 3. Estimation: the chosen orders again with standard errors; the necessity test drops
+  // Estimation: the chosen orders again with standard errors; the necessity test drops
   // the least significant term and estimates again while one is not significant.
   if (!stage(Stage::Estimation)) return r;
   ArimaFit fit = FitArima(z, best.orders, crit, true);
@@ -635,7 +635,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                  "\n" + Equation(shown, 1.0, "N");
   }
 
-  // 4. Diagnosis and forecasts.
+  // Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
   Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()) + dummy_count,
          ForecastAllowances(fit, fit.sigma2, found));

@@ -1156,7 +1156,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     return r;
   }
 
-  // 1. Data preparation: the groups of the estimation sample (the retained values come
+  // Data preparation: the groups of the estimation sample (the retained values come
   // off the last group).
   PooledData d;
   d.sizes = layout.sizes;
@@ -1237,7 +1237,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   std::vector<std::string> warnings = r.warnings;
   if (!rules.estimation_enabled) warnings.push_back(texts::kEstimationDisabled);
 
-  // 2. The model's structure: the preset's, the user's, or identified from the groups.
+  // The model's structure: the preset's, the user's, or identified from the groups.
   const int obj = problem.objective;
   const bool user = obj == 99 && !problem.start_model.empty();
   PooledModel m;
@@ -1254,7 +1254,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     IdentifyStructure(problem, d, period, crit, m, notes, warnings);
   }
 
-  // 3. Estimation and the tests of the terms.
+  // Estimation and the tests of the terms.
   if (!Stage_(on_stage, Stage::Estimation, r)) return r;
   r = FitPooledModel(problem, d, m, crit, d.horizon);
   if (r.error_code) {
@@ -1289,7 +1289,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     notes.push_back({"Forecasts", "The forecasts continue the last group (" + std::to_string(d.sizes.back()) +
                                       " observations), the most recent cross-section, with the pooled model."});
 
-  // 4. Diagnosis.
+  // Diagnosis.
   if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
   r.notes.push_back({texts::kHeadModel, r.description + ", " + std::to_string(r.parameters) +
                                             " parameter(s) for all groups, error sum of squares " +
