@@ -17,8 +17,9 @@ function(tessaly_install_in_program_folder target)
     INSTALL_RPATH "$ORIGIN")
 endfunction()
 
-# Test programs that start or kill engine processes. A cancel kills every engine process of
-# the user, as the product does, so these programs never run beside each other under ctest -j.
+# Test programs that start or kill engine processes. A cancel makes sure no engine outlives
+# it by killing every engine process of the user, so these programs never run beside each
+# other under ctest -j.
 set(TESSALY_ENGINE_PROCESS_TESTS
   desktop_tests batch_tests batch_engine_run_tests engine_client_tests batch_forms_progress_tests
   engine_client_real_engine_tests qvxengine_tests platform_process_tests shell_program_tests

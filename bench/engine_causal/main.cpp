@@ -1,14 +1,14 @@
 // bench_engine_causal: what transfer-function modelling finds and what it is worth.
 //
-// 0. Each preset on the airline series: the model it gives, its fit and time.
-// 1. Synthetic series with a known transfer function (y driven by x three periods before,
-//    with AR(1) noise, x itself an AR(1)): how often the engine keeps x with its lag 3 as
-//    the strongest term, and how often it keeps an unrelated input.
-// 2. Real data (statsmodels' macrodata, quarterly 1959-2009): unemployment on log real GDP
-//    (Okun's law) and log real consumption on log real GDP. From rolling forecast origins,
-//    the last 8 quarters of each window are held out and forecast by the transfer function
-//    (GDP's values given, as a type-1 input; and forecast by its own model, as a type-0
-//    input) and by the output series' own automatic model; mean absolute errors are printed.
+// - Each preset on the airline series: the model it gives, its fit and time.
+// - Synthetic series with a known transfer function (y driven by x three periods before,
+//   with AR(1) noise, x itself an AR(1)): how often the engine keeps x with its lag 3 as
+//   the strongest term, and how often it keeps an unrelated input.
+// - Real data (statsmodels' macrodata, quarterly 1959-2009): unemployment on log real GDP
+//   (Okun's law) and log real consumption on log real GDP. From rolling forecast origins,
+//   the last 8 quarters of each window are held out and forecast by the transfer function
+//   (GDP's values given, as a type-1 input; and forecast by its own model, as a type-0
+//   input) and by the output series' own automatic model; mean absolute errors are printed.
 #include <chrono>
 #include <cmath>
 #include <cstdio>

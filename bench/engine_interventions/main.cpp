@@ -155,7 +155,7 @@ DetectionResult DetectByEngine(const std::vector<double>& y, int seasonality, co
 
 bool g_engine = false;  // --engine: through FitAndForecast
 bool g_known = false;   // --known-orders: detection with the orders the noise was made with
-ArimaSpec g_true_orders;
+ArimaOrders g_true_orders;
 
 // Detection alone, under the true orders (estimated coefficients): what identification
 // costs, by comparison with the default mode.
@@ -208,7 +208,7 @@ const char* kTypeNames[] = {"", "pulse", "level shift", "seasonal pulse", "local
 // `known_t` receives each effect's t-value in that same fit at its true place: how clearly
 // the data show it when nothing has to be searched for.
 std::vector<int> BestOffsets(const std::vector<double>& y, const std::vector<Planted>& planted, int period,
-                             const ArimaSpec& orders, std::vector<double>* known_t) {
+                             const ArimaOrders& orders, std::vector<double>* known_t) {
   const int n = static_cast<int>(y.size());
   ConvergenceCriteria crit;
   crit.polish = false;
@@ -269,7 +269,7 @@ int main(int argc, char** argv) {
   std::vector<double> times, detect_times;
   uint32_t seed = 20260;
   for (const Structure& s : structures) {
-    g_true_orders = ArimaSpec{};
+    g_true_orders = ArimaOrders{};
     g_true_orders.p = s.ar != 0.0 ? 1 : 0;
     g_true_orders.d = s.d;
     g_true_orders.q = s.ma != 0.0 ? 1 : 0;

@@ -98,7 +98,8 @@ std::optional<fs::path> ProjectCommands::AskProjectPath(const std::string& folde
 }
 
 bool ProjectCommands::mnuFileNew() {
-  // 1.-2. What an earlier project or run left.
+  // What an earlier project or run left: the ASC files an aggregation backed up go back,
+  // the error logs and control files go, the tree is emptied.
   if (s_.ctrlBatch) RestoreBackups(s_.ctrlBatch->InDirectory(), "AGGBACKUP");
   for (const char* name : {"Processing Errors.Err", "Process Errors.Err", "ENGINE.GO", "STARTMOD.123"})
     RemoveAll(s_.program_folder, name);
@@ -111,7 +112,7 @@ bool ProjectCommands::mnuFileNew() {
   std::vector<std::string> chosen;
   for (;;) {
     if (page == Page::Folder) {
-      // 3. frmASCLoc
+      // The folder of the ASC files (frmASCLoc).
       auto answer = forms_.AscFolder(folder);
       if (answer.kind != PageAnswer<std::string>::Kind::Next) return false;
       available = AscFilesIn(answer.value);
@@ -123,7 +124,7 @@ bool ProjectCommands::mnuFileNew() {
       project->SetInDirectory(folder);
       page = Page::Select;
     } else if (page == Page::Select) {
-      // 4. frmSelect
+      // The files of the project among them (frmSelect).
       auto answer = forms_.SelectFiles(available);
       if (answer.kind == PageAnswer<std::vector<std::string>>::Kind::Back) {
         page = Page::Folder;
@@ -137,7 +138,7 @@ bool ProjectCommands::mnuFileNew() {
       chosen = answer.value;
       page = Page::Output;
     } else {
-      // 5. frmChooseOut
+      // The output folder (frmChooseOut).
       auto answer = forms_.OutputFolder(project->OutDirectory());
       if (answer.kind == PageAnswer<std::string>::Kind::Back) {
         page = Page::Select;
@@ -145,7 +146,7 @@ bool ProjectCommands::mnuFileNew() {
       }
       if (answer.kind == PageAnswer<std::string>::Kind::Cancel) return false;
       project->SetOutDirectory(answer.value);
-      // 6. The project's file.
+      // The project's file.
       auto path = AskProjectPath(project->OutDirectory());
       if (!path) continue;
       for (const auto& name : chosen) project->Add_File(name, 0, 0, "00/00/00");

@@ -32,7 +32,7 @@ void Remove(const fs::path& folder, const std::string& name) {
   }
 }
 
-// A fault no step foresaw: told, and the run goes on with the next statement.
+// A fault the run has no outcome for: shown as "Error #<number>: <text>", and the run goes on.
 void ShowFault(int number, const std::string& text) {
   Dialogs().Message(std::string(texts::kErrorNo) + std::to_string(number) + ": " + text, mb::OKOnly,
                     texts::kAppTitle);
@@ -44,6 +44,37 @@ std::string TrimmedName(std::string name) {
   name = b == std::string::npos ? std::string() : name.substr(b, e - b + 1);
   if (!name.empty() && name.back() == '\0') name.pop_back();
   return name;
+}
+
+// Deletes the files (not the folders) in `folder`, so a run's reports never mix with an
+// earlier run's.
+void RemoveFilesIn(const fs::path& folder) {
+  std::error_code ec;
+  for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();
+       it.increment(ec))
+    if (it->is_regular_file()) fs::remove(it->path(), ec);
+}
+
+// The output series' name as the engine returned it: the first returned property is its
+// 1-based place among the series; empty when that place is none of them.
+std::string ReturnedSeriesName(const EngineReturn& returned, const quorvane::EngineArrays& a) {
+  if (returned.returned_data_prop.size() >= 1) {
+    int k = returned.returned_data_prop[0];
+    if (k >= 1 && k <= static_cast<int>(a.series_names.size()))
+      return TrimmedName(a.series_names[k - 1]);
+  }
+  return {};
+}
+
+// The project's AllComplete: true (-1) when a file was started and never finished (its
+// Completed still true), else 1.
+void SetAllCompleteFromFiles(cBatchFile& project) {
+  project.SetAllComplete(1);
+  for (int i = 0; i < static_cast<int>(project.Count()); ++i)
+    if (project.Completed(i) == kTrue) {
+      project.SetAllComplete(kTrue);
+      break;
+    }
 }
 
 template <typename T>
@@ -179,16 +210,16 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
 
 bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::optional<fs::path>& save_to) {
   RunFlags& run = RunState();
-  // 1. A project to run.
+  // Without an open project the Open command is offered; still none, nothing runs.
   if (!project && open_project_) open_project_();
   if (!project) return false;
-  // 2. Errors of an earlier run.
+  // The error logs of an earlier run go, so the reasons shown at the end are this run's.
   Remove(options_.program_folder, kProcessingErrors);
   Remove(options_.program_folder, kProcessErrors);
-  // 3.-4. The tree goes while the run prepares; OUTPUT under the project's OutDirectory.
+  // The tree goes while the run prepares; OUTPUT under the project's OutDirectory.
   view_->ShowReportTree(false);
   PrepareOutputPath(*project);
-  // 5. Unsaved changes would be overwritten by the run's saves.
+  // Unsaved changes would be overwritten by the run's saves: the person decides first.
   if (project->Changed()) {
     std::string question = std::string(texts::kOverwriteRun1) + " \"" + project->BatchName() + "\"" +
                            texts::kOverwriteRun2;
@@ -196,7 +227,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
       return false;
     project->SetChanged(false);
   }
-  // 6. The first file sets the run's measure; then the rules wizard.
+  // The first file sets the run's measure; then the rules wizard.
   if (!run.UnivariateRun && !run.CausalRun) {
     PrepareRunKind(*project);
     fs::path first = project->Count() ? platform::ResolveNoCase(project->InDirectory(), project->List(0))
@@ -207,10 +238,11 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
       return false;
     }
   }
-  // 7.-8.
+  // No cancel of an earlier run counts, and the menus that would change the project or the
+  // program's folder stay off until the run ends.
   RunCanceled() = false;
   view_->SetRunMenusEnabled(false, false);
-  // 9. The engine must start before anything is prepared for it.
+  // The engine must start before anything is prepared for it.
   int number = 0;
   std::string description;
   if (engine_create_ && !engine_create_(number, description)) {
@@ -219,15 +251,12 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
     view_->SetRunMenusEnabled(true, true);
     return false;
   }
-  // 10. An empty OUTPUT.
+  // The engine's report files of an earlier call go, and OUTPUT is emptied.
   CleanupReports();
-  std::error_code ec;
-  for (auto it = fs::directory_iterator(output_path_, ec); !ec && it != fs::directory_iterator();
-       it.increment(ec))
-    if (it->is_regular_file()) fs::remove(it->path(), ec);
-  // 11.
+  RemoveFilesIn(output_path_);
   RunEngine(*project, save_to ? *save_to : fs::path(project->OutDirectory()) / project->BatchName());
-  // 12.
+  // A cancel that asked for the program to close closes the main form; the engine's report
+  // files in the program's folder go either way.
   if (run.GeneralCancel) view_->UnloadMainForm();
   CleanupReports();
   return true;
@@ -235,7 +264,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
 
 void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   RunFlags& run = RunState();
-  // 1. The limit of files in a project.
+  // A project over the limit of files is refused whole, before anything changes.
   if (project.Count() > static_cast<size_t>(dataset::MaxAscFilesInProject)) {
     Dialogs().Message(project.BatchName() + texts::kLimit1 + std::to_string(project.Count()) +
                           texts::kLimit2 + std::to_string(dataset::MaxAscFilesInProject) +
@@ -243,7 +272,8 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
                       mb::OKOnly, texts::kFyi);
     return;
   }
-  // 2.-4.
+  // A clean start: no rejections counted, no cancel pending, the arrays ready, the tree and
+  // its flags empty, no combined forecasts of an earlier run, no file marked complete.
   run.ErrorCount = 0;
   RunCanceled() = false;
   if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
@@ -253,7 +283,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   Remove(output_path_, CombinedForecastName(project.BatchName()));
   project.SetAllComplete(0);
 
-  // 5. The files in list order. The run's one error handler becomes explicit outcomes:
+  // The files in list order. The run's one error handler becomes explicit outcomes:
   //  - input past the end while counting: the line count leaves out a last line that
   //    isn't numeric (CountAscLines);
   //  - a tree index out of bounds: adding a node whose key is taken, or removing one that
@@ -282,14 +312,15 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
 
   const std::string project_stem = ProjectStem(project.BatchName());
   if (!canceled) {
-    // 6. The nodes that join all series.
+    // The nodes that join all series.
     if (project.Count() > 1 && !options_.no_graphs)
       AddAllNodes(tree_, flags_, output_path_, project_stem);
-    // 7.
+    // The run's kind is forgotten, so the next run takes it from its own first file; then
+    // the link-tree site of everything this run made.
     run.UnivariateRun = run.CausalRun = false;
     reports_->WriteLinkTree(project, output_path_);
   }
-  // 8. Where the forecasts are.
+  // Where the forecasts are, when any file gave some.
   fs::path combined = output_path_ / CombinedForecastName(project.BatchName());
   if (auto found = platform::FindNoCase(output_path_, CombinedForecastName(project.BatchName()))) {
     combined = *found;
@@ -297,25 +328,20 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
                           texts::kForecasts2 + "\r\n\r\n" + texts::kForecasts3 + combined.string(),
                       mb::OKOnly, texts::kFyi);
   }
-  // 9. Whether anything started and didn't finish.
-  project.SetAllComplete(1);
-  for (int i = 0; i < static_cast<int>(project.Count()); ++i)
-    if (project.Completed(i) == kTrue) {
-      project.SetAllComplete(kTrue);
-      break;
-    }
-  // 10.-12.
+  SetAllCompleteFromFiles(project);
+  // The project saved with every file's status; the status line says whether any file
+  // gave reports; the engine released and the menus back.
   if (!project.Build(xml_file))
     ShowFault(0, "The project could not be saved to " + xml_file.string());
   Status(any_report ? texts::kFinished : texts::kIncomplete);
   MyEngine().reset();
   view_->SetRunMenusEnabled(true, true);
-  // 13. The reasons for rejections.
+  // The reasons the checks logged for the files they rejected, shown once at the end.
   if (auto text = platform::ReadWholeFile(ProcessErrorsFile())) {
     Dialogs().Message(std::string(texts::kReasons1) + "\r\n\r\n" + *text + "\r\n" + texts::kReasons2,
                       mb::OKOnly, texts::kFyi);
   }
-  // 14.
+  // NOTREND.QVX back as the program found it at start.
   RestoreNoTrend();
 }
 
@@ -336,13 +362,13 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     return FileOutcome::Next;
   };
 
-  // 5.1-5.7 The checks before the file is read whole; each rejection is logged by them.
+  // The checks before the file is read whole; each rejection is logged by them.
   dataset::RunCheckContext check{run.SeriesProperties.Seasonality(),
                                  run.UnivariateRun ? dataset::RunKind::Univariate : dataset::RunKind::Causal,
                                  project.BatchName()};
   if (dataset::CheckAscBeforeReading(asc, name, check, log) != dataset::CheckOutcome::Accepted)
     return rejected();
-  // 5.8-5.9 A file gone since it was counted.
+  // A file gone since it was counted.
   if (!fs::exists(asc)) {
     tree_.Remove(SeriesKey(name));
     project.SetCompleted(i, kTrue);
@@ -350,15 +376,16 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     finish();
     return FileOutcome::Next;
   }
-  // 5.10
+  // The file is under way: the status line names it, the project marks it started (true
+  // until it is done) and an error page of an earlier run goes.
   Status(texts::kProcessing + name);
   project.SetCompleted(i, kTrue);
   Remove(output_path_, stem + "err.html");
-  // 5.11
+  // The whole file read and checked; an objective chosen in the wizard replaces the file's.
   if (dataset::ReadAndCheckAscFile(asc, name, d, log) != dataset::CheckOutcome::Accepted)
     return rejected();
   if (auto objective = wizard_->ObjectiveOne()) d.Objectives(1) = *objective;
-  // 5.12-5.13
+  // The engine called with the file's arrays; a cancel ends the run.
   quorvane::EngineArrays& a = *arrays_;
   FillRequest(d, a);
   EngineCallContext context{i + 1, static_cast<int>(project.Count()), name};
@@ -367,15 +394,10 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     run.UnivariateRun = run.CausalRun = false;
     return FileOutcome::Canceled;
   }
-  // 5.14
-  std::string current_series_name;
-  if (returned_.returned_data_prop.size() >= 1) {
-    int k = returned_.returned_data_prop[0];
-    if (k >= 1 && k <= static_cast<int>(a.series_names.size()))
-      current_series_name = TrimmedName(a.series_names[k - 1]);
-  }
+  const std::string current_series_name = ReturnedSeriesName(returned_, a);
+  // report.xml, the catalogue the error pages take their texts from, into OUTPUT when missing.
   dataset::EnsureReportXml(output_path_);
-  // 5.15 A failure of this dataset.
+  // A failure of this dataset: its error page and code; the next file follows.
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
     dataset::WriteErrorReport(result.error_code, name, output_path_, log);
@@ -385,7 +407,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     finish();
     return FileOutcome::Next;
   }
-  // 5.16 Success: the outputs.
+  // Success: the outputs.
   any_report = true;
   Status(texts::kPreparing);
   AddSeriesNode(tree_, name);
@@ -401,18 +423,17 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
     ClearEarlierGraphs(output_path_, stem);
     AddGraphNodes(name, reports_->DrawGraphs(series), tree_, flags_);
   }
-  // 5.17
+  // The file's model kept when the person asked the wizard to save models.
   wizard_->Check4Model(stem, current_series_name);
-  // 5.18 Done: saved at once, so a crash later in the run loses nothing of it.
+  // Done: saved at once, so a crash later in the run loses nothing of it.
   project.SetCompleted(i, 1);
   project.SetError(i, 0);
   Remove(output_path_, stem + "err.html");
   view_->HidePreviousReports();
   project.Build(xml_file);
-  // 5.19
+  // The engine released; the tree shows once the first file of the list has its reports.
   MyEngine().reset();
   if (i == 0) view_->ShowReportTree(true);
-  // 5.20
   finish();
   return FileOutcome::Next;
 }

@@ -48,7 +48,8 @@ struct SeriesResult {
   std::string current_series_name;
 };
 
-// The Model and Rules Wizard as the run asks it at step 6, before any file is run.
+// The Model and Rules Wizard as the run asks it once the first file has set the run's kind,
+// before any file is run.
 struct WizardRequest {
   std::string project_stem;                      // the project's name less ".xml"
   fs::path first_asc;                            // the first file of the list
@@ -126,7 +127,7 @@ class BatchRun {
   void SetEngineCall(EngineCallFunction call) { engine_call_ = std::move(call); }
   // Default: fCreateObject with the engine's ProgID.
   void SetEngineCreate(EngineCreateFunction create) { engine_create_ = std::move(create); }
-  // Asked at step 1 of the preparation when no project is open: the Open command.
+  // Asked first when Run Project finds no project open: the Open command.
   void SetOpenProject(std::function<void()> open) { open_project_ = std::move(open); }
 
   // Run Project. `project` may be null (none open); the open command may fill it.
@@ -141,7 +142,8 @@ class BatchRun {
   const std::string& lblStatus() const { return status_; }
   const fs::path& OutputPath() const { return output_path_; }
   fs::path ProcessErrorsFile() const;
-  // The first file's shape and kind, as step 6 sets them (also for the unattended run).
+  // The run's shape and kind (univariate or causal) from the first file's header, which Run
+  // Project sets before it asks the wizard; nothing changes when a kind is already set.
   bool PrepareRunKind(const cBatchFile& project);
   // Makes OUTPUT under the project's OutDirectory when missing and sets OutputPath.
   void PrepareOutputPath(const cBatchFile& project);

@@ -14,7 +14,8 @@ constexpr size_t kPrintZone = 14;
 
 std::string RowOpening(int code) { return "<error code=\"" + std::to_string(code) + "\">"; }
 
-// The log line of a row: its code attribute. The one for 5024 has always read "50240".
+// The log line of a row: its code attribute. The one for 5024 reads "50240", so that logs
+// compare line for line with those of earlier versions.
 std::string RowLogLine(int code) {
   return code == 5024 ? " code=\"50240\">" : " code=\"" + std::to_string(code) + "\">";
 }

@@ -21,7 +21,8 @@ std::string DisplayName(const fs::path& file, const std::string& name) {
   return name.empty() ? file.filename().string() : name;
 }
 
-// Tests 2 to 11 on the properties; an empty text when they pass.
+// The range checks of the eight properties, in the order the file holds them: the text of
+// the first that fails, or an empty text when all pass.
 std::string RangeProblem(const AscDataset& ds) {
   const int n = ds.DataProp(1), s = ds.DataProp(2), year = ds.DataProp(3), period = ds.DataProp(4),
             p = ds.DataProp(5), f = ds.DataProp(6), r = ds.DataProp(7), forecasts = ds.DataProp(8);

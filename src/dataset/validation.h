@@ -51,9 +51,9 @@ CheckOutcome CheckAscBeforeReading(const fs::path& file, const std::string& name
                                    AscHeader* header = nullptr);
 
 // Reads the file whole into `dataset` with the value checks between its stages:
-// DataProp numeric (1), their ranges (2 to 11), name lengths with the repair of names
-// (12, 13), types (14), future values against forecasts (15). The repaired names are what
-// DataNames holds afterwards; the file itself is not changed.
+// DataProp numeric, then their ranges, name lengths with the repair of names, types, and
+// future values against forecasts. The repaired names are what DataNames holds
+// afterwards; the file itself is not changed.
 CheckOutcome ReadAndCheckAscFile(const fs::path& file, const std::string& name,
                                  AscDataset& dataset, const ProcessErrorsLog& log);
 

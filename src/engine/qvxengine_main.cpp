@@ -1,7 +1,7 @@
 // qvxengine: the engine process. Started by the front-end's engine client in its working
 // folder, it reads QVXREQUEST.BIN, runs, writes its files and QVXRESPONSE.BIN, and exits
-// 0. With --asc FILE [--out DIR] it runs one ASC file directly under the rules and control
-// files of the current folder and prints a short summary.
+// with status 0. With --asc FILE [--out DIR] it runs one ASC file directly under the rules
+// and control files of the current folder and prints a short summary.
 #include <chrono>
 #include <cstdio>
 #include <exception>

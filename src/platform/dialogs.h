@@ -11,8 +11,8 @@
 
 namespace tessaly::platform {
 
-// Message-box type and answer values, kept numerically as the original system used them,
-// because callers add buttons and style together and store answers as 16-bit integers.
+// Message-box type and answer values as plain numbers, because callers add buttons and
+// style together into one type value and store answers as 16-bit integers.
 namespace mb {
 constexpr int16_t OKOnly = 0, OKCancel = 1, AbortRetryIgnore = 2, YesNoCancel = 3, YesNo = 4,
                   RetryCancel = 5;

@@ -22,7 +22,8 @@ bool IsNumeric(std::string_view text);
 std::optional<double> ToDouble(std::string_view text);
 
 // The value with the reason when there is none: a text of a number's form whose value is
-// beyond a double ("1E400") is an overflow, the case the original stopped on.
+// beyond a double ("1E400") is an overflow, which the ASC reader reports as a malformed
+// file rather than as a line that is no number.
 enum class NumberStatus { Ok, NotNumeric, Overflow };
 struct NumberConversion {
   NumberStatus status = NumberStatus::NotNumeric;
@@ -31,8 +32,9 @@ struct NumberConversion {
 };
 NumberConversion ToNumber(std::string_view text);
 
-// Converting to a 16-bit integer the way the original system did: the value is rounded
-// half to even (2.5 -> 2, 3.5 -> 4) and must then lie in -32768..32767.
+// Converting to a 16-bit integer: the value is rounded half to even (2.5 -> 2, 3.5 -> 4)
+// and must then lie in -32768..32767, so that the ASC files users already have keep being
+// read to the same whole numbers.
 enum class Int16Status { Ok, NotNumeric, Overflow };
 struct Int16Conversion {
   Int16Status status = Int16Status::NotNumeric;

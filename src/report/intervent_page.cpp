@@ -79,7 +79,8 @@ bool write_intervent_htm(const std::filesystem::path& page, const InterventionIn
              platform::NumberToText(Element(input.doubles745, base + 5)));
     out.Line("");
   }
-  // The closing tags of body and html have always been written without their slash.
+  // The closing tags of body and html are written without their slash, so that pages
+  // stay byte for byte as earlier versions wrote them; browsers show the page alike.
   out.Line("</pre>");
   out.Line("<body>");
   out.Line("<html>");

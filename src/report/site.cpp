@@ -147,7 +147,8 @@ std::string DatasetName(const std::string& asc_file) {
 }
 
 void BuildLinkTree(cLinkTree& tree, const std::vector<std::string>& asc_files) {
-  // The first graph row has the caption of the second, as the tree has always shown it.
+  // The first graph row has the caption of the second, so that the tree reads as in the
+  // sites of earlier versions.
   static const std::pair<const char*, const char*> kGraphLinks[] = {
       {"actfit.jpg", "Actuals/Forecasts"},
       {"actfore.jpg", "Actuals/Forecasts"},

@@ -145,7 +145,8 @@ struct ComboField {
   bool visible = true;
 };
 
-// The Finish page and the choices of steps 0 to 2.
+// The Finish page's check boxes (save conditions, save models, initial and final model);
+// the modelling type chosen earlier in the wizard decides which of them are enabled.
 struct FinishPage {
   CheckField chkSaveConditions;
   CheckField chkSaveModels;

@@ -137,7 +137,8 @@ int Sum(const std::vector<std::string>& items) {
   return s;
 }
 
-// The AR and MA lists of the noise page (steps 10 to 12 and their MA repetition).
+// The messages for one polynomial list of the noise page: the same checks of the parameters,
+// their powers and their coefficients are made for the AR list and again for the MA list.
 struct NoiseTexts {
   std::string_view param_range, param_count, param_count_tail, powers_count, power_range,
       coefficient_range, coefficient_count;

@@ -56,7 +56,8 @@ bool WritePreferencesFile(const std::filesystem::path& program_folder,
 // ("You have error " and the parser's reason) and the values stay as they were.
 void LoadPrefXmlFile(const std::filesystem::path& program_folder, PreferenceValues& values);
 
-// The schema's text, line by line as the program has always written it (CR LF ends).
+// The schema's text, line by line (CR LF ends), the same as earlier versions wrote it, so a
+// schema file left by one of them compares equal.
 std::string UserPrefSchemaText();
 bool WriteUserPrefSchema(const std::filesystem::path& path);
 

@@ -69,7 +69,9 @@ void EnsureFTables();
 // The main form's load, before the command line: settings, the deletions, the control-file
 // backup, the schema files and preferences, the Test switch, the error objects.
 void FormLoad(CSetting& settings);
-// The QVXBACKUP rule (step 3 of the load).
+// Run by the form's load: keeps the program folder's control files (names ending in QVX)
+// in QVXBACKUP so that exit can put them back. When QVXBACKUP still holds files, the last
+// exit was not orderly, and the files saved at that start replace those in the folder.
 void BackupControlFiles(const fs::path& program_folder);
 // Writes each missing file of DEFAULTXSD.
 void WriteMissingSchemaFiles(const fs::path& program_folder);

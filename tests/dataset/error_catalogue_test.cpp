@@ -21,7 +21,7 @@ TEST(ReportXml, IsWrittenLineByLineExactlyAsTheCatalogueStands) {
   EXPECT_FALSE(fs::exists(out / "REPORT.XML"));
   EXPECT_EQ(ReadFile(out / "report.xml"),
             ReadFile(SourcePath("tests/dataset/data/catalogue/report.xml")));
-  // One log line per row; the row 5024 is logged with its old slip.
+  // One log line per row; the row 5024 is logged as code "50240", as earlier versions log it.
   ASSERT_EQ(logged.size(), EngineCatalogue().size() + AscCatalogue().size());
   EXPECT_EQ(logged.front(), " code=\"1\">");
   EXPECT_NE(std::find(logged.begin(), logged.end(), " code=\"50240\">"), logged.end());

@@ -52,13 +52,14 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
 
   KeepControlFiles(program_folder);
 
-  // 1. A fresh engine object in MyEngine, with a local reference.
+  // A fresh engine object for each call, in MyEngine so a cancel can reach it, and held
+  // here too so it outlives a cancel's reset of MyEngine.
   MyEngine() = std::make_shared<EngineClient>(program_folder);
   std::shared_ptr<EngineClient> engine = MyEngine();
   engine->SetEngineReadyHandler([] { EngineFinished() = true; });
   if (hooks.observer) engine->SetOperationObserver(hooks.observer);
 
-  // 2 to 6. The arrays in the contract's order.
+  // The arrays in the contract's order.
   engine->SetRunMode(arrays.run_mode);
   engine->SetObjectiveValues(arrays.objective_values);
   engine->SetPropertyValues(arrays.property_values);
@@ -79,19 +80,19 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   engine->SetDoubles20(arrays.doubles20);
   engine->SetArrayInput(true);
 
-  // 7 to 10. Start and wait.
+  // Start and wait.
   EngineFinished() = false;
   if (hooks.ensure_ftable_links) hooks.ensure_ftable_links();
   engine->Start();
   EngineWait work(*engine, engine->WorkingFolder(), context, kill_engines, hooks.cancel_grace);
   wait.Wait(work);
 
-  // 11. Pending events once, then the control files as they were before the call.
+  // Pending events once, then the control files as they were before the call.
   wait.LetEventsRun();
   RestoreControlFiles(program_folder);
 
   EngineCallResult result;
-  // 12. A cancel: no engine may outlive it, nor its stop request the next call.
+  // A cancel: no engine may outlive it, nor its stop request the next call.
   if (RunCanceled()) {
     kill_engines();
     engine->Kill();
@@ -105,7 +106,7 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
     return result;
   }
 
-  // 13. Every array back, in the contract's order.
+  // Every array back, in the contract's order.
   engine->GetPropertyValues(returned.returned_data_prop);
   engine->GetSeriesData(returned.returned_series_data);
   engine->GetIntegers20(arrays.integers20);
@@ -121,7 +122,7 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   engine->GetFutureData(arrays.future_data);
   engine->GetRetainedData(arrays.retained_data);
 
-  // 14. The code, and the object dropped.
+  // The code, and the object dropped.
   result.error_code = engine->ErrorCode();
   arrays.error_code = result.error_code;
   result.failure_reason = engine->FailureReason();

@@ -14,7 +14,7 @@ double ErrorSum(const ArimaFit& f) { return f.sigma2 * f.n; }
 
 }  // namespace
 
-ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
+ParameterChange TestConstancy(const std::vector<double>& z, const ArimaOrders& orders, const ConvergenceCriteria& crit,
                               double confidence_pct, int min_group, int max_breaks) {
   ParameterChange out;
   const int n = static_cast<int>(z.size());

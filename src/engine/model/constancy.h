@@ -25,7 +25,7 @@ struct ParameterChange {
 // afresh. F = ((S - S1 - S2) / k) / ((S1 + S2) / (m - 2k)), S the one-step error sums of
 // squares and k the parameters, compared with the F quantile at the confidence level
 // (percent) shared out over the breaks tried.
-ParameterChange TestConstancy(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
+ParameterChange TestConstancy(const std::vector<double>& z, const ArimaOrders& orders, const ConvergenceCriteria& crit,
                               double confidence_pct, int min_group, int max_breaks = 12);
 
 // Automatic modelling of the observations from `from` (0-based) on, reported against the

@@ -10,7 +10,7 @@
 
 namespace quorvane {
 
-int ArimaSpec::FreeCount() const {
+int ArimaOrders::FreeCount() const {
   auto count = [](int n, const std::vector<bool>& zero) {
     int c = 0;
     for (int i = 0; i < n; ++i)
@@ -20,7 +20,7 @@ int ArimaSpec::FreeCount() const {
   return count(p, ar_zero) + count(q, ma_zero) + count(P, sar_zero) + count(Q, sma_zero);
 }
 
-std::string ArimaSpec::Name() const {
+std::string ArimaOrders::Name() const {
   std::string s = "ARIMA(" + std::to_string(p) + "," + std::to_string(d) + "," + std::to_string(q) + ")";
   if (period > 1 && (P || D || Q))
     s += "(" + std::to_string(P) + "," + std::to_string(D) + "," + std::to_string(Q) + ")" +
@@ -46,12 +46,12 @@ std::vector<double> DifferencingPolynomial(int d, int D, int period) {
   return delta;
 }
 
-std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& orders) {
+std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaOrders& orders) {
   std::vector<double> w = Difference(y, std::max(1, orders.period), orders.D);
   return Difference(w, 1, orders.d);
 }
 
-std::vector<std::pair<int, int>> Slots(const ArimaSpec& s) {
+std::vector<std::pair<int, int>> Slots(const ArimaOrders& s) {
   std::vector<std::pair<int, int>> slots;
   auto add = [&](int group, int n, const std::vector<bool>& zero) {
     for (int i = 0; i < n; ++i)
@@ -64,7 +64,7 @@ std::vector<std::pair<int, int>> Slots(const ArimaSpec& s) {
   return slots;
 }
 
-ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
+ArmaCoefficients ZeroCoefficients(const ArimaOrders& s) {
   ArmaCoefficients c;
   c.period = s.period;
   c.ar.assign(s.p, 0.0);
@@ -74,7 +74,7 @@ ArmaCoefficients ZeroCoefficients(const ArimaSpec& s) {
   return c;
 }
 
-ArmaCoefficients Unpack(const ArimaSpec& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
+ArmaCoefficients Unpack(const ArimaOrders& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
   ArmaCoefficients c = ZeroCoefficients(s);
   for (size_t k = 0; k < slots.size(); ++k) {
     auto [g, i] = slots[k];
@@ -202,7 +202,7 @@ bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, doubl
   return se.allFinite();
 }
 
-std::vector<double> LaidOutStdErrors(const ArimaSpec& orders, const std::vector<std::pair<int, int>>& slots,
+std::vector<double> LaidOutStdErrors(const ArimaOrders& orders, const std::vector<std::pair<int, int>>& slots,
                                      const Eigen::VectorXd& se, double mean_variance) {
   std::vector<double> all;
   size_t slot = 0;
@@ -237,7 +237,7 @@ namespace {
 constexpr double kMargin = 1e-6;
 }  // namespace
 
-ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
+ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const ConvergenceCriteria& crit,
                   bool with_errors, const ArmaCoefficients* start) {
   ArimaFit fit;
   fit.orders = orders;

@@ -10,7 +10,7 @@
 
 namespace quorvane {
 
-struct ArimaSpec {
+struct ArimaOrders {
   int p = 0, d = 0, q = 0;
   int P = 0, D = 0, Q = 0;
   int period = 1;
@@ -35,7 +35,7 @@ struct ConvergenceCriteria {
 
 struct ArimaFit {
   bool ok = false;
-  ArimaSpec orders;
+  ArimaOrders orders;
   ArmaCoefficients coef;
   double mean = 0.0;            // constant: mean of the differenced series (0 without)
   double loglik = 0.0;          // exact Gaussian log-likelihood of the differenced series
@@ -54,14 +54,14 @@ struct ArimaFit {
 std::vector<double> DifferencingPolynomial(int d, int D, int period);
 
 // Applies the orders's differencing.
-std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaSpec& orders);
+std::vector<double> DifferenceSeries(const std::vector<double>& y, const ArimaOrders& orders);
 
 // Fits the orders to z (already transformed). `with_errors` computes standard errors from the
 // numerical Hessian of the log-likelihood. `start` (optional) gives starting values, e.g. a
 // neighbouring model's estimates; missing terms start at zero, and an inadmissible start
 // falls back to conditional least squares. Fails (ok false) when fewer observations remain
 // after differencing than parameters + 2, or the likelihood cannot be evaluated.
-ArimaFit FitArima(const std::vector<double>& z, const ArimaSpec& orders, const ConvergenceCriteria& crit,
+ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const ConvergenceCriteria& crit,
                   bool with_errors, const ArmaCoefficients* start = nullptr);
 
 }  // namespace quorvane

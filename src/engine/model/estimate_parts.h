@@ -15,12 +15,12 @@ namespace quorvane {
 
 // Free coefficients of the orders, in parameter order: (group, index), group 0 ar, 1 ma,
 // 2 sar, 3 sma; terms held at zero are left out.
-std::vector<std::pair<int, int>> Slots(const ArimaSpec& s);
+std::vector<std::pair<int, int>> Slots(const ArimaOrders& s);
 
 // All coefficients of the orders at zero.
-ArmaCoefficients ZeroCoefficients(const ArimaSpec& s);
+ArmaCoefficients ZeroCoefficients(const ArimaOrders& s);
 // The coefficients at parameter vector x (terms not in `slots` at zero).
-ArmaCoefficients Unpack(const ArimaSpec& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x);
+ArmaCoefficients Unpack(const ArimaOrders& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x);
 // The parameter vector of c (a term c does not have: 0).
 Eigen::VectorXd Pack(const ArmaCoefficients& c, const std::vector<std::pair<int, int>>& slots);
 
@@ -52,7 +52,7 @@ bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, doubl
 
 // The standard errors of the free coefficients laid out as ArimaFit::std_errors: ar, ma,
 // sar, sma (held-at-zero terms 0), then the constant's from the variance of the mean.
-std::vector<double> LaidOutStdErrors(const ArimaSpec& orders, const std::vector<std::pair<int, int>>& slots,
+std::vector<double> LaidOutStdErrors(const ArimaOrders& orders, const std::vector<std::pair<int, int>>& slots,
                                      const Eigen::VectorXd& se, double mean_variance);
 
 // AIC, AICc (infinite when too few observations) and BIC from fit.loglik and fit.n with

@@ -58,7 +58,7 @@ std::string Equation(const ArimaFit& f, double lambda, const std::string& name) 
 }
 
 // Removes trailing held-at-zero terms so the orders say what the model holds.
-void TrimOrders(ArimaSpec& s) {
+void TrimOrders(ArimaOrders& s) {
   auto trim = [](int& order, std::vector<bool>& zero) {
     zero.resize(order, false);
     while (order > 0 && zero[order - 1]) {
@@ -127,7 +127,7 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
     std::sort(lags.begin(), lags.end(), [&](int a, int b) { return std::fabs(acf[a - 1]) > std::fabs(acf[b - 1]); });
     bool improved = false;
     for (int k : lags) {
-      ArimaSpec sp = fit.orders;
+      ArimaOrders sp = fit.orders;
       std::string term;
       if (s > 1 && k % s == 0) {
         if (sp.Q >= 2 || k / s != sp.Q + 1) continue;
@@ -290,7 +290,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   const EngineRules& rules = problem.rules;
   auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
 
-  // 1. Data preparation.
+  // Data preparation.
   if (!stage(Stage::DataPreparation)) return r;
   if (problem.objective != 0)
     r.warnings.push_back(FormatInt(texts::kObjectiveAsAutomatic, problem.objective));
@@ -357,7 +357,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     } else if (!only_none) {
       const int D0 = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
       const int d0 = RegularDifferences(Difference(y, period, D0), 2, nullptr);
-      ArimaSpec s;
+      ArimaOrders s;
       s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
       s.constant = d0 + D0 <= 1;
       double best = -std::numeric_limits<double>::infinity();
@@ -396,7 +396,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   const double scale = ScaleOf(zt);
   const std::vector<double> z = Scaled(zt, scale);
 
-  // 2. Identification.
+  // Identification.
   if (!stage(Stage::Identification)) return r;
   int D = 0;
   if (period > 1) {
@@ -436,7 +436,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     r.warnings.push_back(texts::kFallbackModel);
     const int ds[][2] = {{d, D}, {1, 0}, {0, 0}};
     for (const auto& dd : ds) {
-      ArimaSpec s;
+      ArimaOrders s;
       s.d = dd[0];
       s.D = period > 1 ? dd[1] : 0;
       s.period = period;
@@ -476,7 +476,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                                                  ", critical " + Format("%.2f", pc.critical) + ")."});
   }
 
-  // 3. Estimation: the chosen orders again with standard errors; the necessity test drops
+  // Estimation: the chosen orders again with standard errors; the necessity test drops
   // the least significant term and estimates again while one is not significant.
   if (!stage(Stage::Estimation)) return r;
   ArimaFit fit = FitArima(z, best.orders, crit, true);
@@ -501,7 +501,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
           worst = static_cast<int>(i);
         }
       if (worst < 0) break;
-      ArimaSpec s = fit.orders;
+      ArimaOrders s = fit.orders;
       const TermRef ref = refs[worst];
       auto hold = [](std::vector<bool>& zero, int order, int index) {
         zero.resize(order, false);
@@ -635,7 +635,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                  "\n" + Equation(shown, 1.0, "N");
   }
 
-  // 4. Diagnosis and forecasts.
+  // Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
   Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()) + dummy_count,
          ForecastAllowances(fit, fit.sigma2, found));

@@ -92,13 +92,13 @@ GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<doubl
   return WhitenedLeastSquares(A, ws, k);
 }
 
-int BurnIn(const ArimaSpec& s) { return s.d + s.D * std::max(1, s.period); }
+int BurnIn(const ArimaOrders& s) { return s.d + s.D * std::max(1, s.period); }
 
 // The first and last observation where an effect of the type can be told apart from the
 // model's own terms: nothing before the differencing has started; a step or a trend at the
 // very start is the constant or the drift; a step or a trend at the last observations is a
 // pulse; a seasonal pulse needs a second occurrence to differ from a pulse.
-std::pair<int, int> CandidateRange(int type, int n, const ArimaSpec& orders, const DetectionOptions& opt) {
+std::pair<int, int> CandidateRange(int type, int n, const ArimaOrders& orders, const DetectionOptions& opt) {
   const int burn = BurnIn(orders);
   switch (type) {
     case kPulse: return {burn, n - 1};
@@ -164,7 +164,7 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
   return out.allFinite();
 }
 
-bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const ArmaCoefficients& coef,
+bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const ArmaCoefficients& coef,
                   const DetectionOptions& opt, std::vector<DetectedIntervention>& found,
                   std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
   const int n = static_cast<int>(z.size());
@@ -326,7 +326,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaSpec& orders, const A
 }  // namespace
 
 RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                      const ArimaSpec& orders, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArimaOrders& orders, const ConvergenceCriteria& crit, bool with_errors,
                                       const ArmaCoefficients* start) {
   RegressionArimaFit out;
   if (X.empty()) {
@@ -365,7 +365,7 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
                                                     int ramp_gap) {
   std::vector<CandidateStatistic> out;
   if (!fit.ok) return out;
-  const ArimaSpec& orders = fit.arima.orders;
+  const ArimaOrders& orders = fit.arima.orders;
   const int n = static_cast<int>(z.size());
   const int burn = BurnIn(orders);
   const std::vector<double> w = DifferenceSeries(RemoveRegressors(z, X, fit.beta), orders);
@@ -536,7 +536,7 @@ double Score(const std::vector<double>& z, const DetectionResult& r, int period,
     ++m;
   }
   if (m < 4 || !(sse > 0.0)) return std::numeric_limits<double>::infinity();
-  const ArimaSpec& s = r.fit.arima.orders;
+  const ArimaOrders& s = r.fit.arima.orders;
   const int k = s.FreeCount() + (s.constant ? 1 : 0) + 2 * static_cast<int>(r.found.size());
   return m * std::log(sse / m) + std::log(static_cast<double>(m)) * k;
 }
@@ -562,7 +562,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   res.fit.arima = initial;
   res.fit.ok = initial.ok;
   if (!initial.ok || opt.max_count < 1) return res;
-  const ArimaSpec orders = initial.orders;
+  const ArimaOrders orders = initial.orders;
   const int n = static_cast<int>(z.size());
   int first = n, last = -1;
   for (int type : EnabledTypes(opt)) {
@@ -890,7 +890,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
                                          const DetectionOptions& opt, const SearchOptions& search) {
   if (!identified.ok) return DetectInterventions(z, identified, opt);
   const int n = static_cast<int>(z.size());
-  const ArimaSpec base = identified.orders;
+  const ArimaOrders base = identified.orders;
   const int from = BurnIn(base);
 
   // Detection with a model, then the orders searched again on the cleansed series; when they
@@ -906,7 +906,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
     const std::vector<double> u = RemoveRegressors(z, Regressors(r.found, opt.period, n), r.fit.beta);
     ArimaFit again = StepwiseSearch(u, start.orders.d, start.orders.D, start.orders.period, search, nullptr);
     if (!again.ok) return r;
-    ArimaSpec s = again.orders;
+    ArimaOrders s = again.orders;
     if (s.p == start.orders.p && s.q == start.orders.q && s.P == start.orders.P && s.Q == start.orders.Q &&
         s.constant == start.orders.constant)
       return r;
@@ -930,7 +930,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
     for (int d = base.d - 1; d >= 0; --d) {
       // The simplest model of that differencing to begin with: orders searched on the
       // series as it stands would take the effects for persistence and hide them.
-      ArimaSpec simple;
+      ArimaOrders simple;
       simple.d = d;
       simple.D = base.D;
       simple.period = base.period;
@@ -938,14 +938,14 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       simple.constant = search.allow_constant && d + base.D <= 1;
       // Also the identified orders with that differencing: short-term dependence that the
       // simplest model lacks would otherwise pass for effects, or hide them.
-      std::vector<ArimaSpec> starts{simple};
-      ArimaSpec same = base;
+      std::vector<ArimaOrders> starts{simple};
+      ArimaOrders same = base;
       same.d = d;
       same.constant = simple.constant;
       if (same.p != simple.p || same.q != simple.q || same.P != simple.P || same.Q != simple.Q)
         starts.push_back(same);
       Candidate c;
-      for (const ArimaSpec& orders : starts) {
+      for (const ArimaOrders& orders : starts) {
         const ArimaFit start = FitArima(z, orders, opt.criteria, false);
         if (!start.ok) continue;
         Candidate one;

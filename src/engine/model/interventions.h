@@ -43,7 +43,7 @@ struct RegressionArimaFit {
 };
 
 RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                      const ArimaSpec& orders, const ConvergenceCriteria& crit, bool with_errors,
+                                      const ArimaOrders& orders, const ConvergenceCriteria& crit, bool with_errors,
                                       const ArmaCoefficients* start = nullptr);
 
 // The noise series u = z - X beta.

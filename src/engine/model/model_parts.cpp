@@ -101,7 +101,7 @@ void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Co
   }
 }
 
-void SetOrders(ModelResult& r, const ArimaSpec& orders) {
+void SetOrders(ModelResult& r, const ArimaOrders& orders) {
   r.d = orders.d;
   r.D = orders.D;
   r.p = orders.p;
@@ -166,7 +166,7 @@ int MaxLead(const ModelBlock& b) {
   return max_lead;
 }
 
-void PresetNoise(int objective, int seasonality, ArimaSpec& a) {
+void PresetNoise(int objective, int seasonality, ArimaOrders& a) {
   const int s = seasonality;
   a.period = s > 1 ? s : 1;
   switch (objective) {
@@ -219,7 +219,7 @@ Note DiagnosisNote(const ModelResult& r) {
                            Format("%.4f", r.r_squared) + "; in-sample MAPE " + Format("%.3f", r.mape) + " %."};
 }
 
-void AddArmaOrder(ArimaSpec& s, ArmaCoefficients& start, bool ar) {
+void AddArmaOrder(ArimaOrders& s, ArmaCoefficients& start, bool ar) {
   if (ar) {
     ++s.p;
     s.ar_zero.resize(s.p, false);

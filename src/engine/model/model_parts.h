@@ -34,7 +34,7 @@ ConvergenceCriteria CriteriaOf(const EngineRules& rules);
 void AddArmaCoefficients(const ArimaFit& f, double scale, int df, std::vector<Coefficient>& out);
 
 // The model's orders into the result.
-void SetOrders(ModelResult& r, const ArimaSpec& orders);
+void SetOrders(ModelResult& r, const ArimaOrders& orders);
 
 // The coefficient-table row of regression column j of fr, on the scale of the data.
 Coefficient ColumnCoefficient(const std::string& term, const std::string& kind, int lag,
@@ -55,7 +55,7 @@ int MaxLead(const ModelBlock& b);
 
 // The ARIMA noise of a preset objective (its orders, constant and period `seasonality`);
 // the preset's regression columns are the caller's. Objective 11 has no ARIMA form here.
-void PresetNoise(int objective, int seasonality, ArimaSpec& a);
+void PresetNoise(int objective, int seasonality, ArimaOrders& a);
 
 // A constant model at `value` (a series with no variation): its one coefficient, its
 // degrees of freedom from r.observations, and flat forecasts and limits.
@@ -65,7 +65,7 @@ void SetConstantModel(ModelResult& r, double value, int horizon);
 Note DiagnosisNote(const ModelResult& r);
 
 // One more AR order (`ar`) or MA order for the model, its start value at zero.
-void AddArmaOrder(ArimaSpec& s, ArmaCoefficients& start, bool ar);
+void AddArmaOrder(ArimaOrders& s, ArmaCoefficients& start, bool ar);
 
 // A column's value at period `at`: the last value where the column ends or is missing
 // there, 0 for an empty column.

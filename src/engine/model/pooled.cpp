@@ -217,7 +217,7 @@ PooledLikelihood PooledArmaLikelihood(const std::vector<std::vector<double>>& w,
 
 namespace {
 
-std::vector<std::vector<double>> Differenced(const std::vector<std::vector<double>>& z, const ArimaSpec& orders) {
+std::vector<std::vector<double>> Differenced(const std::vector<std::vector<double>>& z, const ArimaOrders& orders) {
   std::vector<std::vector<double>> w;
   w.reserve(z.size());
   for (const auto& seg : z) w.push_back(DifferenceSeries(seg, orders));
@@ -225,7 +225,7 @@ std::vector<std::vector<double>> Differenced(const std::vector<std::vector<doubl
 }
 
 // The pooled ARIMA alone, estimated by exact likelihood over the groups.
-ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaSpec& orders,
+ArimaFit FitPooledArima(const std::vector<std::vector<double>>& z, const ArimaOrders& orders,
                         const ConvergenceCriteria& crit, bool with_errors, const ArmaCoefficients* start) {
   ArimaFit fit;
   fit.orders = orders;
@@ -372,7 +372,7 @@ bool HasColumns(const GroupColumns& X) { return !X.empty() && !X[0].empty(); }
 }  // namespace
 
 RegressionArimaFit FitPooledRegressionArima(const std::vector<std::vector<double>>& z, const GroupColumns& X,
-                                            const ArimaSpec& orders, const ConvergenceCriteria& crit,
+                                            const ArimaOrders& orders, const ConvergenceCriteria& crit,
                                             bool with_errors, const ArmaCoefficients* start) {
   RegressionArimaFit out;
   if (!HasColumns(X)) {
@@ -425,7 +425,7 @@ struct PooledColumn {
 struct PooledModel {
   std::string name;             // "" for automatic modelling, else the preset's or "USER MODEL"
   double lambda = 1.0;
-  ArimaSpec noise;
+  ArimaOrders noise;
   std::vector<PooledColumn> columns;
   int leading = 0;              // observations of each group before its lags reach the data
   bool has_start = false;
@@ -637,7 +637,7 @@ ModelResult FitPooledModel(const ModelingProblem& problem, const PooledData& d, 
 
 // Holds a term at zero (or drops a column, or the constant); false when there is no such term.
 bool DropTerm(PooledModel& m, const Coefficient& c) {
-  ArimaSpec& s = m.noise;
+  ArimaOrders& s = m.noise;
   auto hold = [](std::vector<bool>& zero, int& order, int index) {
     if (index < 0 || index >= order) return false;
     zero.resize(order, false);
@@ -802,7 +802,7 @@ double PooledDickeyFuller(const std::vector<std::vector<double>>& groups, int& l
 
 // Stepwise search of the pooled ARMA orders by AICc for the given differencing and
 // columns, as the single-series search does it.
-ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const SearchOptions& o, std::string& story) {
+ArimaOrders PooledSearch(const FitInput& in, int d, int D, int period, const SearchOptions& o, std::string& story) {
   const bool seasonal = period > 1;
   const bool constant_ok = o.allow_constant && d + D <= 1;
   int smallest = std::numeric_limits<int>::max();
@@ -817,14 +817,14 @@ ArimaSpec PooledSearch(const FitInput& in, int d, int D, int period, const Searc
   }
   const ArimaFit best = StepwiseWalk(
       d, D, period, limits,
-      [&](const ArimaSpec& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
+      [&](const ArimaOrders& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
         return FitPooledRegressionArima(in.z, in.X, s, quick, false, start).arima;
       },
-      [&](const ArimaSpec& s, const ArimaFit& f, bool usable) {
+      [&](const ArimaOrders& s, const ArimaFit& f, bool usable) {
         story += s.Name() + (usable ? ": AICc " + Format("%.3f", f.aicc) : std::string(": not usable")) + "; ";
       });
   if (!best.ok) {
-    ArimaSpec s;
+    ArimaOrders s;
     s.d = d;
     s.D = D;
     s.period = seasonal ? period : 1;
@@ -890,7 +890,7 @@ bool PresetStructure(const ModelingProblem& problem, const PooledData& d, Pooled
   const int obj = problem.objective;
   const int smallest = *std::min_element(d.sizes.begin(), d.sizes.end());
   m.name = PresetName(obj);
-  ArimaSpec& a = m.noise;
+  ArimaOrders& a = m.noise;
   const int s = problem.seasonality;
   PresetNoise(obj, s, a);
   auto minor_of = [&](int t) { return ((problem.begin_period - 1 + t) % s + s) % s; };
@@ -1072,7 +1072,7 @@ void IdentifyStructure(const ModelingProblem& problem, const PooledData& d, int 
   } else if (!only_none) {
     int D0 = 0, d0 = 0;
     differencing(d.y, D0, d0, nullptr);
-    ArimaSpec s;
+    ArimaOrders s;
     s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
     s.constant = d0 + D0 <= 1;
     double best = -std::numeric_limits<double>::infinity(), ll_none = best;
@@ -1114,7 +1114,7 @@ void IdentifyStructure(const ModelingProblem& problem, const PooledData& d, int 
   if (!m.columns.empty()) {
     // Inputs that make the regression singular (constant within the groups, or copies of
     // one another) are left out rather than losing the dataset.
-    ArimaSpec white;
+    ArimaOrders white;
     white.d = dd;
     white.D = D;
     white.period = period;
@@ -1156,7 +1156,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     return r;
   }
 
-  // 1. Data preparation: the groups of the estimation sample (the retained values come
+  // Data preparation: the groups of the estimation sample (the retained values come
   // off the last group).
   PooledData d;
   d.sizes = layout.sizes;
@@ -1237,7 +1237,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
   std::vector<std::string> warnings = r.warnings;
   if (!rules.estimation_enabled) warnings.push_back(texts::kEstimationDisabled);
 
-  // 2. The model's structure: the preset's, the user's, or identified from the groups.
+  // The model's structure: the preset's, the user's, or identified from the groups.
   const int obj = problem.objective;
   const bool user = obj == 99 && !problem.start_model.empty();
   PooledModel m;
@@ -1254,7 +1254,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     IdentifyStructure(problem, d, period, crit, m, notes, warnings);
   }
 
-  // 3. Estimation and the tests of the terms.
+  // Estimation and the tests of the terms.
   if (!Stage_(on_stage, Stage::Estimation, r)) return r;
   r = FitPooledModel(problem, d, m, crit, d.horizon);
   if (r.error_code) {
@@ -1289,7 +1289,7 @@ ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_st
     notes.push_back({"Forecasts", "The forecasts continue the last group (" + std::to_string(d.sizes.back()) +
                                       " observations), the most recent cross-section, with the pooled model."});
 
-  // 4. Diagnosis.
+  // Diagnosis.
   if (!Stage_(on_stage, Stage::Diagnosis, r)) return r;
   r.notes.push_back({texts::kHeadModel, r.description + ", " + std::to_string(r.parameters) +
                                             " parameter(s) for all groups, error sum of squares " +

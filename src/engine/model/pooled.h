@@ -72,7 +72,7 @@ using GroupColumns = std::vector<std::vector<std::vector<double>>>;
 // groups; `arima.loglik` is the pooled likelihood. ok false when too few observations
 // remain for the parameters or the likelihood cannot be evaluated.
 RegressionArimaFit FitPooledRegressionArima(const std::vector<std::vector<double>>& z, const GroupColumns& X,
-                                            const ArimaSpec& orders, const ConvergenceCriteria& crit,
+                                            const ArimaOrders& orders, const ConvergenceCriteria& crit,
                                             bool with_errors, const ArmaCoefficients* start = nullptr);
 
 // One-step prediction errors of each group under the fit (NaN for the observations that

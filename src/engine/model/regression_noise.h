@@ -54,7 +54,7 @@ inline GlsOutcome WhitenedLeastSquares(const Eigen::MatrixXd& A, const Eigen::Ve
 // rounds settle beta to well within its standard error; the ARMA part is estimated to the
 // search's precision until the last fit, which gives the standard errors.
 template <class FitNoise, class Gls>
-RegressionArimaFit AlternateRegressionArima(const ArimaSpec& orders, const ConvergenceCriteria& crit,
+RegressionArimaFit AlternateRegressionArima(const ArimaOrders& orders, const ConvergenceCriteria& crit,
                                             bool with_errors, const ArmaCoefficients* start,
                                             FitNoise fit_noise, Gls gls) {
   RegressionArimaFit out;

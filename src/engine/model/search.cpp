@@ -39,7 +39,7 @@ ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, con
     if (models >= limits.max_models) return false;
     ++models;
     tried[key] = true;
-    ArimaSpec s;
+    ArimaOrders s;
     s.p = p; s.d = d; s.q = q; s.P = P; s.D = D; s.Q = Q;
     s.period = seasonal ? period : 1;
     s.constant = c;
@@ -102,10 +102,10 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
   }
   return StepwiseWalk(
       d, D, period, limits,
-      [&](const ArimaSpec& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
+      [&](const ArimaOrders& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
         return FitArima(z, s, quick, false, start);
       },
-      [&](const ArimaSpec& s, const ArimaFit& f, bool usable) {
+      [&](const ArimaOrders& s, const ArimaFit& f, bool usable) {
         if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
       });
 }

@@ -35,8 +35,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
 // every cap on the orders, seasonal ones included. The best fit, ok false when no candidate
 // could be fitted.
 using CandidateFit =
-    std::function<ArimaFit(const ArimaSpec& orders, const ConvergenceCriteria& quick, const ArmaCoefficients* start)>;
-using CandidateSeen = std::function<void(const ArimaSpec& orders, const ArimaFit& fit, bool usable)>;
+    std::function<ArimaFit(const ArimaOrders& orders, const ConvergenceCriteria& quick, const ArmaCoefficients* start)>;
+using CandidateSeen = std::function<void(const ArimaOrders& orders, const ArimaFit& fit, bool usable)>;
 ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, const CandidateFit& fit,
                       const CandidateSeen& seen);
 

@@ -63,8 +63,8 @@ SeasonalFixup TrySeasonalDummies(const std::vector<double>& z, const std::vector
                            "): ";
   // A seasonal difference lets the pattern wander; fixed dummies hold it still, so with
   // them the seasonal difference (and the seasonal ARMA terms that went with it) is left out.
-  const ArimaSpec& was = with_pulses.arima.orders;
-  ArimaSpec orders = was;
+  const ArimaOrders& was = with_pulses.arima.orders;
+  ArimaOrders orders = was;
   if (was.D > 0) {
     orders.D = 0;
     orders.P = orders.Q = 0;

@@ -85,7 +85,7 @@ bool PrepareOutput(const ModelingProblem& p, std::vector<double>& y, ModelResult
 
 // Integrates a column so that the model's differencing gives it back: an input that the
 // rules say not to difference enters the differenced equation as it is.
-std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& orders) {
+std::vector<double> Integrated(const std::vector<double>& x, const ArimaOrders& orders) {
   const std::vector<double> delta = DifferencingPolynomial(orders.d, orders.D, orders.period);
   if (delta.empty()) return x;
   std::vector<double> out(x.size(), 0.0);
@@ -99,7 +99,7 @@ std::vector<double> Integrated(const std::vector<double>& x, const ArimaSpec& or
 
 // Columns (over the sample) that are a linear combination of the ones before them (and of
 // the constant) once the model's differencing is applied.
-std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, const ArimaSpec& orders) {
+std::vector<int> RedundantColumns(const std::vector<std::vector<double>>& X, const ArimaOrders& orders) {
   std::vector<int> out;
   if (X.empty()) return out;
   std::vector<std::vector<double>> cols;
@@ -437,7 +437,7 @@ ModelResult FitPreset(const ModelingProblem& problem, const StageCallback& on_st
     Prepend(r, notes, warnings);
     return r;
   }
-  ArimaSpec& a = m.noise;
+  ArimaOrders& a = m.noise;
   PresetNoise(obj, s, a);
   auto add_column = [&](std::string term, std::string kind, std::vector<double> values) {
     RegressorColumn c;
@@ -517,9 +517,9 @@ namespace {
 // The user's noise block as an ARIMA orders with its coefficients as start values. False
 // when the block cannot be expressed (differencing of two different periods, or powers
 // out of range).
-bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
+bool NoiseFromBlock(const ModelBlock& b, int seasonality, ArimaOrders& orders, ArmaCoefficients& start,
                     std::string& why) {
-  orders = ArimaSpec();
+  orders = ArimaOrders();
   int period = seasonality > 1 ? seasonality : 1;
   for (int p : b.differencing) {
     if (p == 1) {
@@ -599,7 +599,7 @@ std::string Necessity(const ModelingProblem& problem, const std::vector<double>&
         zero.pop_back();
       }
     };
-    ArimaSpec& s = next.noise;
+    ArimaOrders& s = next.noise;
     if (c.kind == "ar") hold(s.ar_zero, s.p, c.lag - 1);
     else if (c.kind == "ma") hold(s.ma_zero, s.q, c.lag - 1);
     else if (c.kind == "sar") hold(s.sar_zero, s.P, c.lag / s.period - 1);
@@ -714,7 +714,7 @@ void TuneAndExtend(const ModelingProblem& problem, const std::vector<double>& y,
 
 }  // namespace
 
-bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
+bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaOrders& orders, ArmaCoefficients& start,
                           std::string& why) {
   return NoiseFromBlock(block, seasonality, orders, start, why);
 }
@@ -824,7 +824,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
   if (!Stage_(on_stage, Stage::Identification, r)) return r;
   const int D = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
   const int d = RegularDifferences(Difference(y, period, D), n - period * D > 10 ? 2 : 1, nullptr);
-  ArimaSpec diff;
+  ArimaOrders diff;
   diff.d = d;
   diff.D = D;
   diff.period = period;
@@ -851,7 +851,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
     // Prewhitening: the AR model of the input (order by AIC) filters both series.
     ArimaFit best_ar;
     for (int p = 0; p <= std::min(6, m_w / 10); ++p) {
-      ArimaSpec s;
+      ArimaOrders s;
       s.p = p;
       s.constant = true;
       const ArimaFit f = FitArima(wx, s, ConvergenceCriteria(), false);
@@ -925,7 +925,7 @@ ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallb
   // differenced scale).
   std::vector<double> u(y.begin() + model.leading, y.end());
   if (!model.columns.empty()) {
-    ArimaSpec white = diff;
+    ArimaOrders white = diff;
     white.constant = d + D <= 1;
     std::vector<std::vector<double>> X;
     for (const auto& c : model.columns) X.emplace_back(c.values.begin() + model.leading, c.values.begin() + n);

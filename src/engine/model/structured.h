@@ -37,7 +37,7 @@ struct RegressorColumn {
 struct StructuredModel {
   std::string name;             // description: "AIRLINE", "TRANSFER FUNCTION ..."
   double lambda = 1.0;          // power transform of the output series
-  ArimaSpec noise;              // the ARIMA of N(t)
+  ArimaOrders noise;              // the ARIMA of N(t)
   std::vector<RegressorColumn> columns;
   int leading = 0;              // observations left out at the start (lags reach before them)
   bool has_start = false;       // start values of the ARMA coefficients (a user's model)
@@ -76,7 +76,7 @@ ModelResult FitUserModel(const ModelingProblem& problem, const StageCallback& on
 // The noise block of a model file (STARTMOD.123) as ARIMA orders with its coefficients as
 // start values. False, with the reason in `why`, when the block cannot be expressed
 // (differencing of two seasonal periods, powers out of range).
-bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaSpec& orders, ArmaCoefficients& start,
+bool NoiseOrdersFromBlock(const ModelBlock& block, int seasonality, ArimaOrders& orders, ArmaCoefficients& start,
                           std::string& why);
 
 // A transfer-function model of the output series on its inputs, identified from the

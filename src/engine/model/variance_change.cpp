@@ -123,7 +123,7 @@ struct FreeTerms {
   std::vector<std::pair<int, int>> slots;  // (group 0 ar, 1 ma, 2 sar, 3 sma; index)
   bool constant = false;
 
-  explicit FreeTerms(const ArimaSpec& s) : slots(Slots(s)), constant(s.constant) {}
+  explicit FreeTerms(const ArimaOrders& s) : slots(Slots(s)), constant(s.constant) {}
   int Size() const { return static_cast<int>(slots.size()) + (constant ? 1 : 0); }
   static std::vector<double>& Group(ArmaCoefficients& c, int g) {
     return g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;

@@ -20,7 +20,7 @@ std::vector<double> Ar1(const std::vector<std::pair<int, double>>& segments, uin
 }
 
 TEST(Constancy, FindsAChangeOfTheArCoefficient) {
-  ArimaSpec orders;
+  ArimaOrders orders;
   orders.p = 1;
   orders.constant = true;
   const std::vector<double> y = Ar1({{100, 0.9}, {100, -0.5}}, 4);
@@ -32,7 +32,7 @@ TEST(Constancy, FindsAChangeOfTheArCoefficient) {
 }
 
 TEST(Constancy, OneModelThroughoutIsKeptAndShortSeriesAreNotTested) {
-  ArimaSpec orders;
+  ArimaOrders orders;
   orders.p = 1;
   orders.constant = true;
   int found = 0;

@@ -116,7 +116,7 @@ TEST(InterventionCriticalValue, GrowsWithTheTestsAndTheConfidence) {
 TEST(FitRegressionArima, MatchesTheReferenceOnTheNileWithAStep) {
   const std::vector<double> nile = testdata::LoadSeries("nile");
   ASSERT_EQ(nile.size(), 100u);
-  ArimaSpec orders;
+  ArimaOrders orders;
   orders.p = 1;
   orders.constant = true;
   const std::vector<std::vector<double>> X{InterventionRegressor(kLevelShift, 28, 1, 100)};
@@ -139,7 +139,7 @@ TEST(FitRegressionArima, MatchesTheReferenceOnTheNileWithAStep) {
 
 TEST(FitRegressionArima, CollinearRegressorsFail) {
   const std::vector<double> y = WhiteNoise(60, 10.0, 3);
-  ArimaSpec orders;
+  ArimaOrders orders;
   orders.constant = true;
   // A step from the first observation is the constant itself.
   const RegressionArimaFit fit =
@@ -222,7 +222,7 @@ TEST(DetectInterventions, FindsALocalTrendAndASeasonalPulse) {
 
 // Detection with the noise model's orders given, as after identification.
 DetectionResult DetectWithOrders(const std::vector<double>& y, int p) {
-  ArimaSpec orders;
+  ArimaOrders orders;
   orders.p = p;
   orders.constant = true;
   DetectionOptions opt;
@@ -261,7 +261,7 @@ TEST(CandidateStatistics, ARampIsItsTwoTrendsAsOneRegressor) {
   std::vector<double> y = WhiteNoise(n, 10.0, 7);
   Plant(y, kLocalTrend, 30, 1.0);
   Plant(y, kLocalTrend, 42, -1.0);
-  ArimaSpec white;
+  ArimaOrders white;
   white.constant = true;
   RegressionArimaFit fit;
   fit.ok = true;
@@ -321,7 +321,7 @@ TEST(CandidateStatistics, ARampIsItsTwoTrendsAsOneRegressor) {
 // itself and the pair must be tried as one effect.
 TEST(DetectInterventions, ARampInAnAirlineSeriesIsFoundAsOne) {
   int right = 0, alarms = 0;
-  ArimaSpec airline;
+  ArimaOrders airline;
   airline.d = 1;
   airline.D = 1;
   airline.period = 12;
@@ -421,7 +421,7 @@ TEST(DetectInterventions, StepsInAnIntegratedSeriesGiveBackTheSecondDifference) 
     for (size_t t = 0; t < w.size(); ++t) y[t] = level += w[t];
     const int places[] = {40, 80, 120, 160};
     for (int k = 0; k < 4; ++k) Plant(y, kLevelShift, places[k], k % 2 ? -6.0 : 6.0);
-    ArimaSpec twice;
+    ArimaOrders twice;
     twice.d = 2;
     twice.q = 2;
     const DetectionResult r = DetectWithIdentification(y, FitArima(y, twice, so.criteria, true), opt, so);

@@ -133,7 +133,7 @@ TEST(NumericsEdges, EveryFunctionGivesItsStatedAnswerAtTheEdges) {
        }},
       {"FitArima",
        [](const auto& x) {
-         ArimaSpec s;
+         ArimaOrders s;
          s.p = 1;
          s.q = 1;
          s.constant = true;
@@ -144,7 +144,7 @@ TEST(NumericsEdges, EveryFunctionGivesItsStatedAnswerAtTheEdges) {
        }},
       {"ForecastArima",
        [](const auto& x) {
-         ArimaSpec s;
+         ArimaOrders s;
          s.d = 1;
          const ArimaFit f = FitArima(x, s, ConvergenceCriteria{}, false);
          const ArimaForecast fc = ForecastArima(x, f, 4, 95.0);

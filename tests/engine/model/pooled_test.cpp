@@ -143,8 +143,8 @@ std::vector<std::vector<double>> CaseGroups(const PooledCase& c) {
   return SplitGroups(y, std::vector<int>(c.groups, size));
 }
 
-ArimaSpec CaseOrders(const PooledCase& c) {
-  ArimaSpec s;
+ArimaOrders CaseOrders(const PooledCase& c) {
+  ArimaOrders s;
   s.p = c.p; s.q = c.q; s.P = c.P; s.Q = c.Q; s.d = c.d; s.D = c.D;
   s.period = c.s;
   s.constant = c.constant;
@@ -157,7 +157,7 @@ TEST(PooledReference, LikelihoodIsTheSumOfTheGroupsExactLikelihoods) {
   for (const auto& c : cases) {
     if (c.kind != "at") continue;
     SCOPED_TRACE(c.name);
-    const ArimaSpec orders = CaseOrders(c);
+    const ArimaOrders orders = CaseOrders(c);
     size_t at = 0;
     const double mean = c.constant ? c.params[at++] : 0.0;
     ArmaCoefficients coef;

@@ -21,7 +21,7 @@ namespace {
 
 struct ReferenceCase {
   std::string name, series, transform;
-  ArimaSpec orders;
+  ArimaOrders orders;
   double loglik = 0.0;
   std::map<std::string, double> coefficients;
   std::map<std::string, double> std_errors;

@@ -23,7 +23,7 @@ struct Case {
 
 // AR(1) noise around 100 with a pulse of +12 at observation 70 and the given monthly
 // pattern; detection is taken to have found the pulse and seasonal pulses at months 3 and 6.
-Case Make(const std::vector<double>& pattern, ArimaSpec orders) {
+Case Make(const std::vector<double>& pattern, ArimaOrders orders) {
   Case c;
   c.z = testdata::SimulateArma11(kN, 0.5, 0.0, 1.0, 5);
   for (int t = 0; t < kN; ++t) c.z[t] += 100.0 + pattern[t % 12] + (t == 70 ? 12.0 : 0.0);
@@ -35,8 +35,8 @@ Case Make(const std::vector<double>& pattern, ArimaSpec orders) {
   return c;
 }
 
-ArimaSpec Ar1() {
-  ArimaSpec s;
+ArimaOrders Ar1() {
+  ArimaOrders s;
   s.p = 1;
   s.constant = true;
   s.period = 12;

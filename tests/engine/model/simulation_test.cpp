@@ -14,7 +14,7 @@
 namespace quorvane {
 namespace {
 
-ArimaFit Fit(const std::vector<double>& z, ArimaSpec orders) {
+ArimaFit Fit(const std::vector<double>& z, ArimaOrders orders) {
   ArimaFit f = FitArima(z, orders, ConvergenceCriteria{}, false);
   EXPECT_TRUE(f.ok);
   return f;
@@ -41,7 +41,7 @@ TEST(Simulation, LimitsAgreeWithTheAnalyticOnesAtTheEstimatedVariance) {
   // AR(1) with a mean: the error variance grows to sigma2 / (1 - phi^2).
   std::vector<double> y = testdata::SimulateArma11(300, 0.6, 0.0, 2.0, 11);
   for (double& v : y) v += 50.0;
-  ArimaSpec ar;
+  ArimaOrders ar;
   ar.p = 1;
   ar.constant = true;
   const ArimaFit f1 = Fit(y, ar);
@@ -56,7 +56,7 @@ TEST(Simulation, LimitsAgreeWithTheAnalyticOnesAtTheEstimatedVariance) {
   ASSERT_EQ(air.size(), 144u);
   std::vector<double> logs;
   for (double v : air) logs.push_back(std::log(v));
-  ArimaSpec airline;
+  ArimaOrders airline;
   airline.d = airline.D = 1;
   airline.q = airline.Q = 1;
   airline.period = 12;

@@ -68,7 +68,7 @@ std::vector<double> Ar1WithVarianceStep(int n, int at, double phi, uint32_t seed
 
 TEST(VarianceChange, WeightedEstimationMatchesTheUnweightedAtEqualWeightsAndGainsWhenTheyDiffer) {
   ConvergenceCriteria crit;
-  ArimaSpec s;
+  ArimaOrders s;
   s.p = 1;
   s.constant = true;
   const std::vector<double> y = Ar1WithVarianceStep(240, 120, 0.6, 3);
