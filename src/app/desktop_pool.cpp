@@ -51,6 +51,7 @@ void RunPoolFlow(DesktopSession& session, QWidget* window, const std::filesystem
   std::vector<std::string> files;
   for (int i = 0; i < static_cast<int>(project->Count()); ++i) files.push_back(project->List(i));
   pool::frmPoolSelect select(window, files, project->InDirectory());
+  select.SetStatus([&session](const std::string& text) { session.SetStatus(text); });
   if (select.exec() != QDialog::Accepted) {
     if (!session.Session().trvMenu.Empty()) session.ShowReportTree(true);
     return;

@@ -48,9 +48,11 @@ frmPoolSelect::frmPoolSelect(QWidget* parent, const std::vector<std::string>& pr
   auto* roster_head = new QHBoxLayout;
   roster_head->addWidget(new QLabel("Available:", this));
   roster_head->addWidget(txtAvailable = count_box("txtAvailable"));
+  roster_head->addStretch();
   auto* chosen_head = new QHBoxLayout;
   chosen_head->addWidget(new QLabel("Selected:", this));
   chosen_head->addWidget(txtSelected = count_box("txtSelected"));
+  chosen_head->addStretch();
   grid->addLayout(roster_head, 1, 0);
   grid->addLayout(chosen_head, 1, 2);
   grid->addWidget(lstRoster = list("lstRoster"), 2, 0);
@@ -152,7 +154,7 @@ void frmPoolSelect::cmdRemove_Click() {
 
 void frmPoolSelect::cmdFinish_Click() {
   std::vector<std::string> names = lists_.ChosenNames();
-  SelectionVerdict verdict = ValidatePoolSelection(names, in_directory_, [](const std::string&) {});
+  SelectionVerdict verdict = ValidatePoolSelection(names, in_directory_, status_);
   if (verdict == SelectionVerdict::Stay) return;
   if (verdict == SelectionVerdict::Refused) {
     reject();

@@ -3,6 +3,7 @@
 // move buttons and Finish, bound to the selection logic shared with aggregation; and
 // frmLoadGroupData, the number of groups of the pooled cross-section.
 #include <QDialog>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ class frmPoolSelect : public QDialog {
 
   // The chosen files in list order, once Finish has passed (the dialog then accepts).
   const std::vector<std::string>& Chosen() const { return chosen_; }
+  // Where Finish's captions go: the main window's status line.
+  void SetStatus(std::function<void(const std::string&)> status) { status_ = std::move(status); }
 
   void cmdAdd_Click();
   void cmdRemove_Click();
@@ -48,6 +51,7 @@ class frmPoolSelect : public QDialog {
   aggregate::ChildLists lists_{aggregate::SelectionFlow::Pooling};
   std::string in_directory_;
   std::vector<std::string> chosen_;
+  std::function<void(const std::string&)> status_ = [](const std::string&) {};
   bool refreshing_ = false;
 };
 
