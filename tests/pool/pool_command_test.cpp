@@ -138,6 +138,8 @@ TEST_F(PoolCommandTest, TslyPoolsWithAnExplicitModelAndPrintsTheFTest) {
   EXPECT_NE(output.find("give --model MODELFILE or --preset N."), std::string::npos) << output;
   EXPECT_EQ(tsly("pool STORES.xml A.ASC BB.ASC --preset 51"), 1) << output;  // regression needs inputs
   EXPECT_NE(output.find("there is no canned model 51 for these series."), std::string::npos) << output;
+  EXPECT_NE(output.find("FYI: The process has been cancelled by the user."), std::string::npos) << output;
+  EXPECT_NE(output.find("Pooling - Processing was incomplete."), std::string::npos) << output;
 
   ASSERT_EQ(tsly("pool STORES.xml A.ASC BB.ASC --model AR1.MOD"), 0) << output;
   EXPECT_NE(output.find("F = "), std::string::npos) << output;
