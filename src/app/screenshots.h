@@ -16,6 +16,7 @@ class frmMain;
 namespace tessaly::app {
 class DesktopSession;
 void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir);
-// The pooling dialogs (screenshots_pool.cpp).
-void PoolScreenshots(QWidget* parent, const QString& dir, const std::filesystem::path& program);
+// The pooling dialogs and a pooling run's analysis (screenshots_pool.cpp).
+void PoolScreenshots(QWidget* parent, DesktopSession& session, const QString& dir,
+                     const std::filesystem::path& program);
 }  // namespace tessaly::app
