@@ -181,5 +181,30 @@ TEST_F(PoolRunTest, UnlikeSeriesRejectPoolingAndTwoSeriesFilesStackLikeBlocks) {
   ExpectSourcesUnchanged();
 }
 
+TEST_F(PoolRunTest, ASeriesTheEngineRefusesCountsZeroAndLeavesTheRunIncomplete) {
+  auto a = Ar1(21, 24, 100, 0.5, 4), c = Ar1(23, 24, 100, 0.5, 4);
+  Asc("A.ASC", {a});
+  Asc("C.ASC", {c});
+  // Holding back as many values as there are observations passes the front-end's checks but
+  // not the engine's; the stack takes the file's first 24 values.
+  Asc("B.ASC", {Ar1(22, 48, 100, 0.5, 4)});
+  auto b = platform::ReadAllLines(work / "B.ASC").value();
+  b[7] = "24";
+  b[9] = "24";
+  b[10] = "24";
+  platform::WriteAllLines(work / "B.ASC", b);
+  HeadlessPool run = Pool({"A.ASC", "B.ASC", "C.ASC"}, 2);
+  EXPECT_EQ(run.outcome.end, PoolEnd::Incomplete);
+  const PoolabilityInputs& kept = run.outcome.inputs;
+  EXPECT_EQ(kept.series_name, (std::vector<std::string>{"A.ASC", "", "C.ASC", "TOTALPOOL.ASC"}));
+  EXPECT_EQ(kept.series_error[1], 0);
+  EXPECT_NEAR(run.outcome.poolability->sosa, kept.series_error[0] + kept.series_error[2], 1e-9);
+  auto lines = platform::ReadAllLines(work / "OUTPUT" / "STORESANALYSIS.TXT").value();
+  EXPECT_EQ(lines[6], std::string(60, ' ') + "0");
+  EXPECT_TRUE(fs::exists(work / "OUTPUT" / "Berr.html"));
+  EXPECT_TRUE(host.Starting("Please see the following for reasons the indicated series could not be processed"));
+  ExpectSourcesUnchanged();
+}
+
 }  // namespace
 }  // namespace tessaly::pool
