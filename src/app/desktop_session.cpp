@@ -13,6 +13,7 @@
 #include <QTextBrowser>
 #include <QTreeWidget>
 
+#include "app/desktop_pool.h"
 #include "app/report_pane.h"
 #include "batch/engine/engine_client.h"
 #include "batch/forms/frm_project_forms.h"
@@ -161,6 +162,8 @@ void DesktopSession::BuildMenus() {
   mnuBatchPrevReports =
       mnuBatch->addAction("&Previous Reports", this, &DesktopSession::mnuBatchPrevReports_Click);
   mnuBatchPrevReports->setObjectName("mnuBatchPrevReports");
+  Mnu_Pool = mnuBatch->addAction("&Pool Series...", this, &DesktopSession::Mnu_Pool_Click);
+  Mnu_Pool->setObjectName("Mnu_Pool");
 }
 
 void DesktopSession::UpdateCommands() {
@@ -292,6 +295,14 @@ void DesktopSession::mnuBatchPrevReports_Click() {
   shell::EnterMenuCommand("frmMain", "mnuBatchPrevReports_Click");
   commands_->mnuBatchPrevReports();
   if (session_.trvMenu.Empty()) form_.lblStatus->setText("This project has no reports yet.");
+}
+
+void DesktopSession::Mnu_Pool_Click() {
+  shell::EnterMenuCommand("frmMain", "Mnu_Pool_Click");
+  if (running_) return;
+  if (!session_.ctrlBatch) mnuFileOpen_Click();
+  if (session_.ctrlBatch) RunPoolFlow(*this, &form_, program_);
+  UpdateCommands();
 }
 
 void DesktopSession::mnuBatchRun_Click() {

@@ -20,6 +20,23 @@ constexpr Command kCommands[] = {
      "Exit status: 0 when the run ended, 1 when the project could not be read, 2 when the\n"
      "engine could not be started or the usage is wrong.\n",
      &RunCommand},
+    {"pool", "pool like series: run each alone and stacked, and test whether one model serves all",
+     "usage: tsly pool PROJECT.xml FILE.ASC FILE.ASC [FILE.ASC ...] (--model MODELFILE | --preset N)\n"
+     "\n"
+     "Stacks 2 to 149 like ASC files of the project (same number of series, seasonality,\n"
+     "periods and observations) into TOTALPOOL.ASC in the project's folder, runs every file\n"
+     "and then the stack through the engine as a pooled cross-section of one group per file,\n"
+     "and writes the F-test of poolability to OUTPUT\\<project>ANALYSIS.TXT beside the\n"
+     "pooled coefficients (POOLCOEF.TXT) and the F-table pages. The source files are not\n"
+     "changed. The model is an explicit one, MODELFILE in the layout of STARTMOD.123 as the\n"
+     "rules wizard writes it, or the canned model N of the pooling wizard's list (for\n"
+     "example 2, AUTOREGRESSIVE(1) WITH CONSTANT; 51, REGRESSION, for files with inputs).\n"
+     "The F value, its degrees of freedom and its p-value are printed; messages go to\n"
+     "standard error.\n"
+     "\n"
+     "Exit status: 0 when the run finished, 1 when it was incomplete, 2 when the selection\n"
+     "was refused or the usage is wrong.\n",
+     &PoolCommand},
 };
 }  // namespace
 

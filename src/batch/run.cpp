@@ -298,7 +298,8 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) {
     FileOutcome outcome = FileOutcome::Next;
     try {
-      outcome = RunOneFile(project, i, xml_file, any_report);
+      SeriesPass pass{project.List(i), i, i + 1, static_cast<int>(project.Count()), texts::kProcessing};
+      outcome = RunOneFile(project, pass, xml_file, any_report);
     } catch (const std::system_error& e) {
       ShowFault(e.code().value(), e.what());
     } catch (const std::exception& e) {
@@ -345,11 +346,46 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   RestoreNoTrend();
 }
 
-BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs::path& xml_file,
-                                           bool& any_report) {
+bool BatchRun::StartEngine() {
+  int number = 0;
+  std::string description;
+  if (!engine_create_ || engine_create_(number, description)) return true;
+  ShowFault(number, description);
+  return false;
+}
+
+void BatchRun::BeginFlowRun() {
+  RunState().ErrorCount = 0;
+  RunCanceled() = false;
+  if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
+  if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
+  tree_.Clear();
+  flags_.Clear();
+}
+
+BatchRun::SeriesOutcome BatchRun::RunFlowSeries(cBatchFile& project, const SeriesPass& pass,
+                                                const fs::path& xml_file) {
+  if (!dataset_ || !arrays_) BeginFlowRun();
+  bool any_report = false, clean = false;
+  FileOutcome outcome = FileOutcome::Next;
+  try {
+    outcome = RunOneFile(project, pass, xml_file, any_report, &clean);
+  } catch (const std::system_error& e) {
+    ShowFault(e.code().value(), e.what());
+  } catch (const std::exception& e) {
+    ShowFault(0, e.what());
+  }
+  if (outcome == FileOutcome::Canceled) return SeriesOutcome::Canceled;
+  return clean ? SeriesOutcome::Clean : SeriesOutcome::NotRun;
+}
+
+BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass& pass,
+                                           const fs::path& xml_file, bool& any_report, bool* clean) {
   RunFlags& run = RunState();
   const fs::path& program = options_.program_folder;
-  const std::string name = project.List(i);
+  const int i = pass.project_index;
+  const bool listed = i >= 0;
+  const std::string& name = pass.name;
   const std::string stem = AscStem(name);
   const fs::path asc = platform::ResolveNoCase(project.InDirectory(), name);
   dataset::AscDataset& d = *dataset_;
@@ -371,15 +407,15 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // A file gone since it was counted.
   if (!fs::exists(asc)) {
     tree_.Remove(SeriesKey(name));
-    project.SetCompleted(i, kTrue);
-    project.SetRunDate(i, TodayMmDdYy());
+    if (listed) project.SetCompleted(i, kTrue);
+    if (listed) project.SetRunDate(i, TodayMmDdYy());
     finish();
     return FileOutcome::Next;
   }
   // The file is under way: the status line names it, the project marks it started (true
   // until it is done) and an error page of an earlier run goes.
-  Status(texts::kProcessing + name);
-  project.SetCompleted(i, kTrue);
+  Status((pass.caption.empty() ? std::string(texts::kProcessing) : pass.caption) + name);
+  if (listed) project.SetCompleted(i, kTrue);
   Remove(output_path_, stem + "err.html");
   // The whole file read and checked; an objective chosen in the wizard replaces the file's.
   if (dataset::ReadAndCheckAscFile(asc, name, d, log) != dataset::CheckOutcome::Accepted)
@@ -388,7 +424,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // The engine called with the file's arrays; a cancel ends the run.
   quorvane::EngineArrays& a = *arrays_;
   FillRequest(d, a);
-  EngineCallContext context{i + 1, static_cast<int>(project.Count()), name};
+  EngineCallContext context{pass.number, pass.count, name};
   EngineCallResult result = engine_call_(a, returned_, context);
   if (result.outcome == EngineCallOutcome::Canceled || RunCanceled()) {
     run.UnivariateRun = run.CausalRun = false;
@@ -401,9 +437,9 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
     dataset::WriteErrorReport(result.error_code, name, output_path_, log);
-    project.SetError(i, result.error_code);
-    project.SetCompleted(i, kTrue);
-    project.SetRunDate(i, TodayMmDdYy());
+    if (listed) project.SetError(i, result.error_code);
+    if (listed) project.SetCompleted(i, kTrue);
+    if (listed) project.SetRunDate(i, TodayMmDdYy());
     finish();
     return FileOutcome::Next;
   }
@@ -411,7 +447,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   any_report = true;
   Status(texts::kPreparing);
   AddSeriesNode(tree_, name);
-  project.SetRunDate(i, TodayMmDdYy());
+  if (listed) project.SetRunDate(i, TodayMmDdYy());
   SeriesResult series{d, a, returned_, output_path_, name, stem, current_series_name};
   FileSeriesReports(program, output_path_, name, tree_, flags_, [&](const fs::path& target) {
     if (a.integers20.size() >= 4 && a.integers20[3] > 0) reports_->WriteInterventPage(series, target);
@@ -426,14 +462,15 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // The file's model kept when the person asked the wizard to save models.
   wizard_->Check4Model(stem, current_series_name);
   // Done: saved at once, so a crash later in the run loses nothing of it.
-  project.SetCompleted(i, 1);
-  project.SetError(i, 0);
+  if (listed) project.SetCompleted(i, 1);
+  if (listed) project.SetError(i, 0);
   Remove(output_path_, stem + "err.html");
   view_->HidePreviousReports();
-  project.Build(xml_file);
+  if (listed && !xml_file.empty()) project.Build(xml_file);
+  if (clean) *clean = true;
   // The engine released; the tree shows once the first file of the list has its reports.
   MyEngine().reset();
-  if (i == 0) view_->ShowReportTree(true);
+  if (pass.number == 1) view_->ShowReportTree(true);
   finish();
   return FileOutcome::Next;
 }

@@ -148,10 +148,32 @@ class BatchRun {
   // Makes OUTPUT under the project's OutDirectory when missing and sets OutputPath.
   void PrepareOutputPath(const cBatchFile& project);
 
+  // ---- The per-series steps for a flow with a list of its own (aggregation, pooling) ----
+  struct SeriesPass {
+    std::string name;           // the ASC file, in the project's InDirectory
+    int project_index = -1;     // its entry in the project; -1 for a file the flow made
+    int number = 1, count = 1;  // for the progress window
+    std::string caption;        // the status before the name ("Processing: " when empty)
+  };
+  enum class SeriesOutcome { Clean, NotRun, Canceled };
+  // The flow's own output folder (pooling and aggregation keep theirs under InDirectory).
+  void SetOutputPath(const fs::path& path) { output_path_ = path; }
+  // Starts the engine object once for the flow; tells the fault and returns false when it
+  // cannot be started.
+  bool StartEngine();
+  // Errors counted afresh, the tree and its row flags emptied, the arrays ready.
+  void BeginFlowRun();
+  // One file through the run's steps: checks, engine, outputs, graphs, tree. A project entry
+  // keeps its status in the project, saved to `xml_file` unless that is empty. After Clean,
+  // LastArrays() and LastDataset() hold the engine's answer and the dataset as sent.
+  SeriesOutcome RunFlowSeries(cBatchFile& project, const SeriesPass& pass, const fs::path& xml_file = {});
+  const quorvane::EngineArrays& LastArrays() const { return *arrays_; }
+  const dataset::AscDataset& LastDataset() const { return *dataset_; }
+
  private:
   enum class FileOutcome { Next, Canceled };
-  FileOutcome RunOneFile(cBatchFile& project, int index, const fs::path& xml_file,
-                         bool& any_report);
+  FileOutcome RunOneFile(cBatchFile& project, const SeriesPass& pass, const fs::path& xml_file,
+                         bool& any_report, bool* clean = nullptr);
   void Status(const std::string& text);
   void RestoreNoTrend();
   void CleanupReports();

@@ -174,4 +174,12 @@ void PostGroupPC(const fs::path& folder, const GroupPage& groups, bool estimatio
   platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
 }
 
+void PostPooledGroups(const fs::path& folder, int groups, long observations) {
+  RemoveMarker(folder, text::kGroupList);
+  if (groups <= 0) return;
+  std::vector<std::string> lines{" " + std::to_string(groups) + " "};
+  lines.insert(lines.end(), static_cast<size_t>(groups), std::to_string(observations / groups));
+  platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
+}
+
 }  // namespace tessaly::rules

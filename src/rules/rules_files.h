@@ -65,6 +65,9 @@ bool WriteMarker(const fs::path& folder, std::string_view name, std::string_view
 bool RemoveMarker(const fs::path& folder, std::string_view name);
 bool MarkerExists(const fs::path& folder, std::string_view name);
 
+// A pooling run's groups of equal size: GROUPLST.QVX with the count and each group's size,
+// or no such file when there are no groups.
+void PostPooledGroups(const fs::path& folder, int groups, long observations);
 // The sample sizes of a pooled cross-section: GROUPLST.QVX with " n " and one size a line,
 // removed when estimation is off or there are no groups; "# OF GROUPS" follows the count.
 void PostGroupPC(const fs::path& folder, const GroupPage& groups, bool estimation_on,

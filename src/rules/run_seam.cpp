@@ -27,6 +27,7 @@ bool RulesWizardForRun::Show(const std::string& project_stem, const fs::path& fi
   c.dataset = *shape;
   c.aggregation_run = aggregation_;
   c.pooling_run = pooling_;
+  c.ask_group_count = ask_group_count_;
   c.notrend_at_startup = notrend_at_startup_;
   outcome_ = RunRulesWizard(c, *ui_, session_);
   return outcome_.finished;

@@ -5,6 +5,7 @@
 // holds one of these behind its own wizard interface.
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ class RulesWizardForRun {
   // The run's shape that the wizard narrows to.
   void SetAggregationRun(bool on) { aggregation_ = on; }
   void SetPoolingRun(bool on) { pooling_ = on; }
+  // A pooling run's question of the number of groups (see WizardContext).
+  void SetGroupCountDialog(std::function<std::optional<int>(long)> ask) { ask_group_count_ = std::move(ask); }
   // NOTREND.QVX existed when the program started.
   void SetNoTrendAtStartup(bool on) { notrend_at_startup_ = on; }
 
@@ -42,6 +45,7 @@ class RulesWizardForRun {
   std::shared_ptr<WizardUi> ui_;
   RulesSession& session_;
   bool aggregation_ = false, pooling_ = false, notrend_at_startup_ = false;
+  std::function<std::optional<int>(long)> ask_group_count_;
   WizardOutcome outcome_;
 };
 

@@ -107,6 +107,12 @@ void RulesWizard::Load() {
     optConditions[6].enabled = true;
   }
   ApplyPoolingShape();
+  if (ctx_.pooling_run) {
+    // The stack is fitted with an explicit model or a canned one, nothing else.
+    for (int hidden : {0, 2, 4, 5}) optModelingType[hidden] = {false, false};
+    ClickModelingType(1);
+    cboLocalTimeTrend = {false, cboLocalTimeTrend.enabled, false};
+  }
   optModelingType[5] = {false, false};
   models = -1;
   ClickModels(0);
@@ -306,6 +312,13 @@ void RulesWizard::SelectTreeNode(int node) {
 
 void RulesWizard::AnswerGroups(YesNo answer) {
   groups.answer = answer;
+  if (answer == YesNo::Yes && ctx_.pooling_run) {
+    // The stack's groups are all of one size: only their number is asked.
+    if (ctx_.ask_group_count)
+      if (auto count = ctx_.ask_group_count(ctx_.dataset.Observations())) pooled_groups = *count;
+    return;
+  }
+  if (answer == YesNo::No && ctx_.pooling_run) pooled_groups = 0;
   if (answer == YesNo::Yes) {
     Show(SubPage::GroupPC);
     buttons_.next = true;
@@ -1146,6 +1159,7 @@ void RulesWizard::Finish() {
   SetAllowModifications(folder, chkAllowModifications.value);
   if (conditions == 2 || conditions == 6)
     PostGroupPC(folder, groups, estimation.chkModelEst1.value, session_.rules);
+  if (ctx_.pooling_run) PostPooledGroups(folder, pooled_groups, ctx_.dataset.Observations());
   bool rules_saved = Is(modeling_type, {0, 1});
   if (rules_saved) SaveRules(folder, session_.rules);
 

@@ -44,6 +44,9 @@ struct WizardContext {
   bool aggregation_run = false; // saving is not offered
   bool pooling_run = false;     // estimation forced on, pooled-group options
   bool notrend_at_startup = false;  // NOTREND.QVX existed at start-up: Cancel leaves it
+  // A pooling run asks the number of equal groups of the stack here (its own dialog);
+  // nullopt when the person cancelled it.
+  std::function<std::optional<int>(long observations)> ask_group_count;
   std::string DatasetStem() const;  // names the saved models
 };
 
@@ -156,6 +159,7 @@ class RulesWizard {
   ModelForecastingPage forecasting;
   SimulationPage simulation;
   FinishPage finish;
+  int pooled_groups = 0;  // a pooling run's equal groups, written to GROUPLST.QVX at Finish
 
  private:
   ModelingType Type() const { return static_cast<ModelingType>(modeling_type); }
