@@ -5,6 +5,9 @@
 // dialog of the "All" walks, and the model pages of the wizard. Each picture is a PNG file
 // in the folder; the program exits when done.
 #include <QString>
+#include <filesystem>
+
+class QWidget;
 
 namespace tessaly::shell {
 class frmMain;
@@ -13,4 +16,6 @@ class frmMain;
 namespace tessaly::app {
 class DesktopSession;
 void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir);
+// The Import Wizard's pages and the Command Line Runner (screenshots_spreadsheet.cpp).
+void SpreadsheetScreenshots(QWidget* parent, const QString& dir, const std::filesystem::path& program);
 }  // namespace tessaly::app
