@@ -157,7 +157,11 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
     if (settings.use_figures) {
       seasonality = settings.figures.seasonality;
       if (settings.figures.major > 0) year = settings.figures.major;
-      if (settings.figures.minor > 0) month = settings.figures.minor;
+      if (settings.figures.minor > 0)
+        month = settings.figures.minor;
+      else if (seasonality != 12)
+        // The month of the date as a period of the chosen year: a quarter for 4, else the first.
+        month = 12 % seasonality == 0 ? (month - 1) / (12 / seasonality) + 1 : 1;
       forecasts = settings.figures.forecasts;
     }
     forecasts = std::clamp(forecasts, 1, dataset::MaxForecasts);
