@@ -66,6 +66,8 @@ void ImportWizard::SelectAll(bool marked) {
 bool ImportWizard::PrepareNames() {
   bool truncated = false, illegal = false;
   fields = SeriesFields(*SheetGrid(), tabular, names_in_first, truncated, illegal);
+  // A series without a single number (a row of period headings, a column of codes) starts unticked.
+  for (auto& f : fields) f.Skip = f.numeric_cells == 0;
   std::string repairs = SeriesNameErrorMessage(truncated, illegal);
   if (!repairs.empty()) Say(repairs, texts::kHeaderTitle);
   filter_field = 0;

@@ -220,6 +220,8 @@ TEST_F(FormsTest, RunnerReadsPropertiesTakesItsSwitchesAndRuns) {
   EXPECT_EQ(f.CMDLineOptions(), (std::vector<std::string>{"/ALL", "/P"}));
   for (int i = 0; i < 9; ++i) charts->child(i)->setCheckState(0, i == 7 ? Qt::Checked : Qt::Unchecked);
   EXPECT_EQ(f.CMDLineOptions(), (std::vector<std::string>{"/FF", "/P"}));
+  charts->child(7)->setCheckState(0, Qt::Unchecked);
+  EXPECT_EQ(f.CMDLineOptions(), (std::vector<std::string>{"/NG"}));
   charts->setCheckState(0, Qt::Unchecked);
   EXPECT_EQ(f.CMDLineOptions(), (std::vector<std::string>{"/NG"}));
 

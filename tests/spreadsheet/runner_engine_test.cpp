@@ -2,6 +2,10 @@
 // folder: `tessaly BOOK.xlsx SHEET [switches]` and `tsly import`.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include "platform/textfile.h"
 #include "sheet_files.h"
 #include "spreadsheet/workbook.h"
@@ -73,6 +77,15 @@ TEST_F(ProgramsTest, WorkbookRunWritesEveryRowsForecastsBesideTheInput) {
   EXPECT_NE(out.find(" Input file is either missing, not a spreadsheet or malformed"), std::string::npos) << out;
   EXPECT_FALSE(fs::exists(work / "my data" / "tslyb.xlsx"));
   EXPECT_FALSE(fs::exists(work / "tslyb.xlsx"));
+
+  // A workbook open elsewhere (locked) is not run.
+  int fd = ::open(book.c_str(), O_RDONLY);
+  ASSERT_EQ(::flock(fd, LOCK_EX), 0);
+  EXPECT_NE(Program("tessaly", "'my data/Sales.xlsx' Monthly /NG", &out), 0);
+  ::close(fd);
+  EXPECT_NE(out.find("Permission denied"), std::string::npos) << out;
+  EXPECT_FALSE(fs::exists(work / "my data" / "tslyb.xlsx"));
+  EXPECT_EQ(ReadFile(book), before);
 }
 
 TEST_F(ProgramsTest, TslyImportWritesDatasetsAndAProjectThatRuns) {
@@ -102,6 +115,13 @@ TEST_F(ProgramsTest, TslyImportWritesDatasetsAndAProjectThatRuns) {
   EXPECT_NE(out.find("Import Wizard: The selected file does not appear to have the correct formatting for an Excel XLSX file."),
             std::string::npos)
       << out;
+  // A .csv into one dataset, the dependent series named, a blank cell as 0.
+  tessaly::testing::WriteFile(work / "causal.csv", "Price,Demand\r\n1.5,10\r\n,12\r\n2,\"13\"\r\n");
+  EXPECT_EQ(Program("tsly", "import causal.csv --start 2020/2 --seasonality 4 --single d.asc --output Price", &out), 0)
+      << out;
+  EXPECT_EQ(*platform::ReadAllLines(work / "d.asc"),
+            (std::vector<std::string>{"0", "0", "0", "2", "4", "2020", "2", "3", "0", "0", "12", "Demand", "Price",
+                                      "0", "0", "10", "12", "13", "1.5", "0", "2"}));
   EXPECT_EQ(Program("tsly", "import", &out), 2);
   EXPECT_EQ(Program("tsly", "import book.xlsx --single one.asc --project p.xml", &out), 2);
 }

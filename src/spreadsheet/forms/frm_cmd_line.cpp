@@ -121,7 +121,7 @@ std::vector<std::string> frmCmdLine::CMDLineOptions() const {
   std::vector<std::string> tokens;
   QTreeWidgetItem* charts = tvwSwitches->topLevelItem(0);
   if (charts->checkState(0) == Qt::Unchecked) return {"/NG"};
-  bool every = true;
+  bool every = true, any = false;
   for (int i = 0; i < charts->childCount(); ++i) {
     bool on = charts->child(i)->checkState(0) == Qt::Checked;
     std::string token = kKinds[i].token;
@@ -130,8 +130,11 @@ std::vector<std::string> frmCmdLine::CMDLineOptions() const {
       continue;
     }
     every = every && on;
+    any = any || on;
     if (on) tokens.push_back(token);
   }
+  // Limits alone draw nothing: no kind ticked is no graphs.
+  if (!any) return {"/NG"};
   if (every) {
     std::vector<std::string> all = {"/ALL"};
     if (charts->child(charts->childCount() - 1)->checkState(0) == Qt::Checked) all.push_back("/P");
