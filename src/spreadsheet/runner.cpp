@@ -219,15 +219,18 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
         log(texts::kEngineRunError);
         continue;
       }
-      if (auto pro = platform::FindNoCase(program, "ts50pro.123")) batch::MoveFileOver(*pro, program / (name + ".pro"));
-      if (auto mod = platform::FindNoCase(program, "pass2mod.123")) batch::MoveFileOver(*mod, program / (name + ".mod"));
+      // The series' name as a file name: a slash would make it a path.
+      std::string stem = name;
+      std::replace(stem.begin(), stem.end(), '/', '_');
+      if (auto pro = platform::FindNoCase(program, "ts50pro.123")) batch::MoveFileOver(*pro, program / (stem + ".pro"));
+      if (auto mod = platform::FindNoCase(program, "pass2mod.123")) batch::MoveFileOver(*mod, program / (stem + ".mod"));
 
       if (settings.switches.graphs_wanted && host.reports) {
         log(texts::kGeneratingGraphs);
         std::error_code ec;
         fs::create_directories(graphs_folder, ec);
-        batch::SeriesResult series{d, a, returned, graphs_folder, name + ".asc", name, name};
-        batch::ClearEarlierGraphs(graphs_folder, name);
+        batch::SeriesResult series{d, a, returned, graphs_folder, stem + ".asc", stem, name};
+        batch::ClearEarlierGraphs(graphs_folder, stem);
         host.reports->DrawGraphs(series);
       }
 

@@ -97,7 +97,7 @@ TEST_F(RunnerTest, EveryRowGetsItsForecastsAndTheHeadingsTheNextPeriods) {
   auto a = MonthlySeries(24, 1), b = MonthlySeries(20, 2), c = MonthlySeries(24, 3);
   fs::path book = dir / "my books" / "sales book.xlsx";
   MakeXlsx(book, {{"Notes", {{S("x")}}},
-                  {"Sales", {Header(), Row("ALPHA", a), Row("SHORT", b), Row("BROKEN", c), Row("GAMMA", c),
+                  {"Sales", {Header(), Row("ALPHA", a), Row("SHORT", b), Row("BROKEN", c), Row("GAM/MA", c),
                              {}, Row("AFTER", a)}}});
   std::string before = ReadFile(book);
   engine.fail = {"BROKEN"};
@@ -105,11 +105,12 @@ TEST_F(RunnerTest, EveryRowGetsItsForecastsAndTheHeadingsTheNextPeriods) {
   ASSERT_TRUE(r.finished) << r.error;
   EXPECT_EQ(r.rows, 4);
   EXPECT_EQ(r.forecast_rows, 3);
-  EXPECT_EQ(engine.names, (std::vector<std::string>{"ALPHA", "SHORT", "BROKEN", "GAMMA"}));
+  EXPECT_EQ(engine.names, (std::vector<std::string>{"ALPHA", "SHORT", "BROKEN", "GAM/MA"}));
   EXPECT_EQ(engine.observations, (std::vector<int>{24, 20, 24, 24}));
   EXPECT_EQ(ReadFile(book), before);
   EXPECT_EQ(r.result_book, dir / "my books" / "tslyb.xlsx");
   EXPECT_TRUE(fs::exists(engine.folder / "ALPHA.pro"));
+  EXPECT_TRUE(fs::exists(engine.folder / "GAM_MA.pro"));
   EXPECT_TRUE(Logged("File Name: " + book.string()));
   EXPECT_TRUE(Logged("Worksheet: Sales"));
   EXPECT_TRUE(Logged("Series: SHORT row: 3"));
@@ -120,7 +121,7 @@ TEST_F(RunnerTest, EveryRowGetsItsForecastsAndTheHeadingsTheNextPeriods) {
   EXPECT_TRUE(Logged("Engine Error: " + code5));
   EXPECT_TRUE(Logged("Writing Forecasts to Spreadsheet."));
   EXPECT_EQ(log.back(), "Finished");
-  EXPECT_EQ(reports->drawn, (std::vector<std::string>{"ALPHA", "SHORT", "GAMMA"}));
+  EXPECT_EQ(reports->drawn, (std::vector<std::string>{"ALPHA", "SHORT", "GAM_MA"}));
 
   Workbook out;
   ASSERT_TRUE(ReadWorkbook(r.result_book, out).ok());
@@ -144,7 +145,7 @@ TEST_F(RunnerTest, EveryRowGetsItsForecastsAndTheHeadingsTheNextPeriods) {
   EXPECT_DOUBLE_EQ(std::stod(cells["V3"]), b.back() + 1);
   EXPECT_DOUBLE_EQ(std::stod(cells["BI5"]), c.back() + 36);
   EXPECT_EQ(cells.count("Z4"), 0u);
-  EXPECT_EQ(cells["A5"], "GAMMA");
+  EXPECT_EQ(cells["A5"], "GAM/MA");
 }
 
 TEST_F(RunnerTest, ABadSheetStopsWithItsMessageAndLeavesNoResult) {

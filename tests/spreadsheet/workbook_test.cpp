@@ -82,29 +82,6 @@ TEST(WorkbookTest, HandMadeXlsxGivesStringsDatesGapsAndBothSheets) {
   EXPECT_EQ(book.Find("Notes")->grid.At(3, 28).number, -0.25);
 }
 
-TEST(WorkbookTest, LibxlsxwriterBookReadsBackCellForCell) {
-  TempDir dir;
-  std::vector<SheetSpec> sheets = {
-      {"Series", {{std::string("Name"), std::string("2001Jan"), std::string("2001Feb")},
-                  {std::string("A"), 1.5, std::monostate{}, 7.0},
-                  {std::string("B"), -2.0, 1e-7, std::string("n/a")}}},
-      {"PROPERTIES", {{std::string("PROPERTY"), std::string("VALUE")}, {std::string("SEASONALITY"), 4.0}}}};
-  MakeXlsx(dir / "made.xlsx", sheets);
-  Workbook book;
-  ASSERT_TRUE(ReadWorkbook(dir / "made.xlsx", book).ok());
-  ASSERT_EQ(book.sheets.size(), 2u);
-  const Grid& g = book.sheets[0].grid;
-  EXPECT_EQ(g.Text(1, 3), "2001Feb");
-  EXPECT_EQ(g.At(2, 2).number, 1.5);
-  EXPECT_TRUE(g.At(2, 3).Empty());
-  EXPECT_EQ(g.At(2, 4).number, 7.0);
-  EXPECT_EQ(g.At(3, 3).number, 1e-7);
-  EXPECT_EQ(g.Text(3, 4), "n/a");
-  double v;
-  EXPECT_FALSE(g.NumericValue(3, 4, v));
-  EXPECT_EQ(book.Find("properties")->grid.At(2, 2).number, 4.0);
-}
-
 TEST(WorkbookTest, XlsFromXlwtReadsThroughFreeXL) {
   TempDir dir;
   if (!MakeXls(dir / "old.xls", {{"Monthly", {{std::string("Name"), std::string("2001Jan")},
