@@ -112,15 +112,6 @@ TEST(WorkbookTest, CsvFollowsRfc4180) {
       {"", {}},
   };
   for (const auto& c : cases) EXPECT_EQ(ParseCsv(c.text), c.rows) << c.text;
-  TempDir dir;
-  tessaly::testing::WriteFile(dir / "s.csv", "Sales,Cost\r\n1,\r\n2.5,3\r\n");
-  Workbook book;
-  ASSERT_TRUE(ReadWorkbook(dir / "s.csv", book).ok());
-  EXPECT_EQ(book.sheets[0].name, "s");
-  double v;
-  EXPECT_TRUE(book.sheets[0].grid.NumericValue(3, 1, v));
-  EXPECT_EQ(v, 2.5);
-  EXPECT_TRUE(book.sheets[0].grid.At(2, 2).Empty());
 }
 
 TEST(WorkbookTest, FilesThatAreNotWorkbooksAreRefusedByKind) {
