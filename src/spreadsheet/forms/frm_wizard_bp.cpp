@@ -91,7 +91,10 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
   chkNames = new QCheckBox;
   chkNames->setObjectName("chkNames");
   l->addWidget(chkNames);
-  l->addStretch(1);
+  // The sheet again, so that the first row and column can be seen while choosing.
+  tblNamesPreview = new QTableWidget;
+  tblNamesPreview->setObjectName("tblNamesPreview");
+  l->addWidget(tblNamesPreview, 1);
 
   // Step 2: the name grid and the mode.
   Page(fraStep, l);
@@ -320,7 +323,8 @@ void frmWizardBP::Refresh() {
   cboSheet->setCurrentText(Q(w_.sheet));
   optColumns->setChecked(w_.tabular);
   optRows->setChecked(!w_.tabular);
-  if (const Grid* g = w_.SheetGrid(); g && step <= 1) ShowGrid(TslySpread, *g);
+  if (const Grid* g = w_.SheetGrid(); g && step == 0) ShowGrid(TslySpread, *g);
+  if (const Grid* g = w_.SheetGrid(); g && step == 1) ShowGrid(tblNamesPreview, *g, 50);
   chkNames->setText(w_.tabular ? texts::kFirstRowNames : texts::kFirstColumnNames);
   chkNames->setChecked(w_.names_in_first);
   optOneFile->setChecked(w_.mode == ImportMode::OneFile);

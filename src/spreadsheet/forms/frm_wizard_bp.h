@@ -36,6 +36,7 @@ class frmWizardBP : public QDialog {
   QRadioButton* optColumns = nullptr;
   QRadioButton* optRows = nullptr;
   QCheckBox* chkNames = nullptr;
+  QTableWidget* tblNamesPreview = nullptr;  // the sheet on the names step
   QRadioButton* optOneFile = nullptr;
   QRadioButton* optBatchImport = nullptr;
   QRadioButton* optBatchRun = nullptr;
