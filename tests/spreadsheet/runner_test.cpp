@@ -24,7 +24,7 @@ using S = std::string;
 // one named `cancel_at` is cancelled; DETAILS.HTM and TS50PRO.123 are left as the engine does.
 struct ScriptedEngine {
   fs::path folder;
-  std::set<std::string> fail;
+  std::set<std::string> fail, no_details;
   std::string cancel_at;
   std::vector<std::string> names;
   std::vector<int> observations;
@@ -38,7 +38,7 @@ struct ScriptedEngine {
     observations.push_back(n);
     if (c.series_name == cancel_at) return {batch::EngineCallOutcome::Canceled, 21, ""};
     if (fail.count(c.series_name)) return {batch::EngineCallOutcome::Done, 5, ""};
-    tessaly::testing::WriteFile(folder / "DETAILS.HTM", "<html></html>");
+    if (!no_details.count(c.series_name)) tessaly::testing::WriteFile(folder / "DETAILS.HTM", "<html></html>");
     tessaly::testing::WriteFile(folder / "TS50PRO.123", "forecasts");
     r.returned_data_prop.assign(8, 0);
     r.returned_data_prop[7] = static_cast<int16_t>(nf);
@@ -239,11 +239,15 @@ TEST_F(RunnerTest, SwitchesChooseTheGraphs) {
   EXPECT_TRUE(Logged("Generating Graphs "));
 }
 
-TEST_F(RunnerTest, CancelEndsTheSheetWithoutAResult) {
+TEST_F(RunnerTest, AMissingReportSkipsTheRowAndCancelEndsTheSheetWithoutAResult) {
   MakeXlsx(dir / "c.xlsx", {{"S", {Header(), Row("A", MonthlySeries(24, 6)), Row("B", MonthlySeries(24, 7)),
                                    Row("C", MonthlySeries(24, 8))}}});
   engine.cancel_at = "B";
+  engine.no_details = {"A"};
   RunnerResult r = Run(dir / "c.xlsx", "S");
+  EXPECT_TRUE(Logged(" DETAILS.HTM file was not found."));
+  EXPECT_TRUE(Logged("There was an error running the Tessaly Engine"));
+  EXPECT_FALSE(Logged("Writing Forecasts to Spreadsheet."));
   EXPECT_TRUE(r.canceled);
   EXPECT_FALSE(r.finished);
   EXPECT_EQ(engine.names, (std::vector<std::string>{"A", "B"}));
