@@ -40,7 +40,9 @@ int RunWorkbookFromCommandLine(const fs::path& file, const std::string& workshee
   engine.reset();
   batch::RunCanceled() = false;
   RunnerResult result = XLSEngine(file, worksheet, settings, host);
-  if (!result.error.empty()) platform::Dialogs().Message(result.error, platform::mb::OKOnly, "Run Excel File");
+  // Without a window the person reads only this line: it names the workbook.
+  if (!result.error.empty())
+    platform::Dialogs().Message(result.error + " (" + file.string() + ")", platform::mb::OKOnly, "Run Excel File");
   if (!result.opened) return 2;
   return result.finished ? 0 : 1;
 }
