@@ -32,6 +32,71 @@ struct SheetError {
   std::string text;
 };
 
+// What every row of a run gets: the seasonality, the first period and the forecasts.
+struct RunFigures {
+  int seasonality = 12, year = 0, period = 0, forecasts = 36;
+};
+
+// The command line takes the defaults (monthly, the date's year and month, 3 x seasonality
+// forecasts); the dialog its fields.
+RunFigures FiguresOf(const SheetLayout& layout, const RunnerSettings& settings) {
+  RunFigures f{12, layout.year, layout.month, 36};
+  if (settings.use_figures) {
+    f.seasonality = settings.figures.seasonality;
+    if (settings.figures.major > 0) f.year = settings.figures.major;
+    if (settings.figures.minor > 0)
+      f.period = settings.figures.minor;
+    else if (f.seasonality != 12)
+      // The month of the date as a period of the chosen year: a quarter for 4, else the first.
+      f.period = 12 % f.seasonality == 0 ? (f.period - 1) / (12 / f.seasonality) + 1 : 1;
+    f.forecasts = settings.figures.forecasts;
+  }
+  f.forecasts = std::clamp(f.forecasts, 1, dataset::MaxForecasts);
+  return f;
+}
+
+// The row as a dataset of one series: its cells from column 2 up to the first blank one.
+// Returns the number of observations; a cell of text ends the sheet.
+int FillRowDataset(const Grid& grid, int row, int last_column, const RunFigures& f, const std::string& name,
+                   dataset::AscDataset& d) {
+  d.Objectives(1) = 0;
+  d.Objectives(2) = 0;
+  d.Objectives(3) = 1;
+  int n = 0;
+  for (int c = 2; c <= last_column && n < dataset::MaxObservations; ++c) {
+    if (grid.At(row, c).Empty()) break;
+    double v;
+    if (!grid.NumericValue(row, c, v))
+      throw SheetError{"Type mismatch: row " + std::to_string(row) + ", column " + std::to_string(c) + " holds \"" +
+                       grid.Text(row, c) + "\", not a number."};
+    d.DataValues(++n) = v;
+  }
+  const int props[8] = {1, f.seasonality, f.year, f.period, n, 0, 0, f.forecasts};
+  for (int k = 0; k < 8; ++k) d.DataProp(k + 1) = static_cast<int16_t>(props[k]);
+  d.DataNames(1) = name;
+  d.DataTypes(1) = 0;
+  d.K = 0;
+  return n;
+}
+
+// The forecasts go into the row from the column after its last observation. When the
+// heading there is free (or the row ends the sheet), the headings of the next periods are
+// written too, by the walk of one period at a time.
+void WriteForecastsBack(Grid& grid, int row, int n, const std::vector<double>& values, int nf, const RunFigures& f) {
+  int last = n + 1;
+  if (last == grid.MaxCols() || grid.At(1, last + 1).Empty()) {
+    int y = f.year, p = f.period;
+    for (int k = 1; k <= n + nf; ++k) {
+      if (k > n) grid.SetText(1, last + (k - n), PeriodHeading(y, p, f.seasonality));
+      if (++p > f.seasonality) {
+        p = 1;
+        ++y;
+      }
+    }
+  }
+  for (int k = 0; k < nf; ++k) grid.SetNumber(row, last + 1 + k, values[k]);
+}
+
 }  // namespace
 
 RunnerSwitches RunnerSwitches::Parse(const std::vector<std::string>& tokens) {
@@ -152,19 +217,7 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
     log(texts::kFileName + file.string());
     log(texts::kWorksheet + found->name);
 
-    int seasonality = 12, year = layout.year, month = layout.month;
-    int forecasts = 3 * seasonality;
-    if (settings.use_figures) {
-      seasonality = settings.figures.seasonality;
-      if (settings.figures.major > 0) year = settings.figures.major;
-      if (settings.figures.minor > 0)
-        month = settings.figures.minor;
-      else if (seasonality != 12)
-        // The month of the date as a period of the chosen year: a quarter for 4, else the first.
-        month = 12 % seasonality == 0 ? (month - 1) / (12 / seasonality) + 1 : 1;
-      forecasts = settings.figures.forecasts;
-    }
-    forecasts = std::clamp(forecasts, 1, dataset::MaxForecasts);
+    const RunFigures figures = FiguresOf(layout, settings);
     while (!grid.At(result.rows + 2, 1).Empty()) ++result.rows;
 
     auto dataset = std::make_unique<dataset::AscDataset>();
@@ -176,25 +229,7 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
       std::string name = dataset::TrimBlanks(grid.Text(row, 1));
       log(texts::kSeries + name + texts::kRow + std::to_string(row));
       dataset::AscDataset& d = *dataset;
-      d.Objectives(1) = 0;
-      d.Objectives(2) = 0;
-      d.Objectives(3) = 1;
-      int n = 0;
-      for (int c = 2; c <= layout.last_column && n < dataset::MaxObservations; ++c) {
-        if (grid.At(row, c).Empty()) break;
-        double v;
-        if (!grid.NumericValue(row, c, v))
-          throw SheetError{"Type mismatch: row " + std::to_string(row) + ", column " + std::to_string(c) +
-                           " holds \"" + grid.Text(row, c) + "\", not a number."};
-        d.DataValues(++n) = v;
-      }
-      int16_t props[8] = {1, static_cast<int16_t>(seasonality), static_cast<int16_t>(year),
-                          static_cast<int16_t>(month), static_cast<int16_t>(n), 0, 0,
-                          static_cast<int16_t>(forecasts)};
-      for (int k = 0; k < 8; ++k) d.DataProp(k + 1) = props[k];
-      d.DataNames(1) = name;
-      d.DataTypes(1) = 0;
-      d.K = 0;
+      const int n = FillRowDataset(grid, row, layout.last_column, figures, name, d);
 
       // A report of the row before must not pass for this row's.
       while (platform::RemoveNoCase(program, "DETAILS.HTM")) {
@@ -235,21 +270,9 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
       }
 
       int nf = returned.returned_data_prop.size() >= 8 ? returned.returned_data_prop[7] : 0;
-      nf = std::clamp(nf, 0, std::min<int>(forecasts, static_cast<int>(a.forecast_values.size())));
-      int last = n + 1;
-      if (last == grid.MaxCols() || grid.At(1, last + 1).Empty()) {
-        // The headings of the next periods, by the walk of one period at a time.
-        int y = year, p = month;
-        for (int k = 1; k <= n + nf; ++k) {
-          if (k > n) grid.SetText(1, last + (k - n), PeriodHeading(y, p, seasonality));
-          if (++p > seasonality) {
-            p = 1;
-            ++y;
-          }
-        }
-      }
+      nf = std::clamp(nf, 0, std::min<int>(figures.forecasts, static_cast<int>(a.forecast_values.size())));
+      WriteForecastsBack(grid, row, n, a.forecast_values, nf, figures);
       log(texts::kWritingForecasts);
-      for (int k = 0; k < nf; ++k) grid.SetNumber(row, last + 1 + k, a.forecast_values[k]);
       if (nf > 0) ++result.forecast_rows;
     }
     result.result_book = file.parent_path() / texts::kResultBook;
