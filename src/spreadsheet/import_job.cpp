@@ -81,7 +81,8 @@ ImportJobResult RunImportJob(const ImportJob& job) {
   if (!missing.empty()) {
     std::string list;
     for (const auto& m : missing) list += (list.empty() ? "" : ", ") + m;
-    return Refused("Please complete: " + list + ".", texts::kPropertiesTitle);
+    return Refused("Missing " + list + ": give --start YEAR/PERIOD, or MAJOR and MINOR in a PROPERTIES sheet.",
+                   texts::kPropertiesTitle);
   }
   if (!job.single.empty()) {
     request.mode = ImportMode::OneFile;

@@ -104,7 +104,7 @@ TEST_F(ProgramsTest, TslyImportWritesDatasetsAndAProjectThatRuns) {
   // Refusals: no start anywhere, a bad seasonality, a file that is no workbook.
   MakeXlsx(work / "nostart.xlsx", {Monthly("Monthly", 1, 12)});
   EXPECT_EQ(Program("tsly", "import nostart.xlsx --rows", &out), 2);
-  EXPECT_NE(out.find("Major Period"), std::string::npos) << out;
+  EXPECT_NE(out.find("Missing Major Period, Minor Period: give --start YEAR/PERIOD"), std::string::npos) << out;
   EXPECT_EQ(Program("tsly", "import nostart.xlsx --rows --start 2001/13", &out), 2);
   EXPECT_NE(out.find("The value input for Minor Period cannot exceed the selected seasonality."), std::string::npos)
       << out;
