@@ -19,6 +19,8 @@ packages=(
   chromium
   # reference values for the engine's estimates
   python3 python3-numpy python3-statsmodels
+  # .xls workbooks made in the spreadsheet tests
+  python3-xlwt
 )
 
 missing=()

@@ -19,6 +19,8 @@
 #include "batch/forms/frm_project_forms.h"
 #include "batch/run.h"
 #include "batch/run_reports_binding.h"
+#include "spreadsheet/forms/frm_cmd_line.h"
+#include "spreadsheet/forms/frm_wizard_bp.h"
 #include "batch/run_rules_binding.h"
 #include "platform/paths.h"
 #include "report/forms/frm_allgraphs_sel.h"
@@ -147,6 +149,20 @@ void DesktopSession::BuildMenus() {
   file->insertAction(first, mnuFileOpen);
   file->insertAction(first, mnuFileClose);
   file->insertSeparator(first);
+  // Spreadsheets: the Import Wizard and the workbook runner's window.
+  auto* mnu_file_import = new QAction("&Import...", file);
+  mnu_file_import->setObjectName("mnu_file_import");
+  auto* mnuFileRunExcel = new QAction("Run &Excel File...", file);
+  mnuFileRunExcel->setObjectName("mnuFileRunExcel");
+  file->insertAction(first, mnu_file_import);
+  file->insertAction(first, mnuFileRunExcel);
+  file->insertSeparator(first);
+  connect(mnu_file_import, &QAction::triggered, this, [this] { spreadsheet::ShowImportWizard(&form_); });
+  connect(mnuFileRunExcel, &QAction::triggered, this, [this] {
+    spreadsheet::ShowCmdLineRunner(&form_, program_, [this](const report::GraphPreferences& graphs) {
+      return std::make_shared<batch::ProgramRunReports>(program_, graphs);
+    });
+  });
   connect(mnuFileNew, &QAction::triggered, this, &DesktopSession::mnuFileNew_Click);
   connect(mnuFileOpen, &QAction::triggered, this, &DesktopSession::mnuFileOpen_Click);
   connect(mnuFileClose, &QAction::triggered, this, &DesktopSession::mnuFileClose_Click);

@@ -6,6 +6,7 @@
 #include "batch/run_reports_binding.h"
 #include "platform/paths.h"
 #include "shell/command_line.h"
+#include "spreadsheet/runner.h"
 
 #ifdef TESSALY_WITH_DESKTOP
 #include "app/desktop.h"
@@ -22,6 +23,13 @@ class ProgramRunner : public tessaly::shell::CommandLineRunner {
  public:
   int RunProject(const std::filesystem::path& project) override {
     return tessaly::batch::RunProjectFromCommandLine(project);
+  }
+  int RunWorkbook(const std::filesystem::path& workbook, const std::string& sheet,
+                  const std::vector<std::string>& options) override {
+    auto graphs = tessaly::spreadsheet::RunnerSwitches::Parse(options).Preferences();
+    return tessaly::spreadsheet::RunWorkbookFromCommandLine(
+        workbook, sheet, options,
+        std::make_shared<tessaly::batch::ProgramRunReports>(tessaly::platform::ProgramFolder(), graphs));
   }
 };
 }  // namespace

@@ -283,6 +283,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
                "wizard_causal");
     OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
     PoolScreenshots(&form, session, dir, program);
+    SpreadsheetScreenshots(&form, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");

@@ -19,4 +19,6 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
 // The pooling dialogs and a pooling run's analysis (screenshots_pool.cpp).
 void PoolScreenshots(QWidget* parent, DesktopSession& session, const QString& dir,
                      const std::filesystem::path& program);
+// The Import Wizard's pages and the Command Line Runner (screenshots_spreadsheet.cpp).
+void SpreadsheetScreenshots(QWidget* parent, const QString& dir, const std::filesystem::path& program);
 }  // namespace tessaly::app

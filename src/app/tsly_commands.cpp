@@ -37,6 +37,28 @@ constexpr Command kCommands[] = {
      "Exit status: 0 when the run finished, 1 when it was incomplete, 2 when the selection\n"
      "was refused or the usage is wrong.\n",
      &PoolCommand},
+    {"import", "turn a sheet of a workbook (.xlsx, .xls, .csv) into ASC files",
+     "usage: tsly import BOOK.(xlsx|xls|csv) [--sheet NAME] [--rows] [--no-names]\n"
+     "            [--seasonality S] [--start YEAR/PERIOD] [--forecasts N] [--out DIR]\n"
+     "            [--project NAME.xml | --single FILE.asc [--output SERIES]]\n"
+     "\n"
+     "Reads one sheet (the first other than PROPERTIES unless --sheet names one) and writes\n"
+     "one ASC file per series, <name>.asc, into DIR (default: the workbook's folder), as the\n"
+     "Import Wizard's Batch Import does. Series run down the columns, or along the rows with\n"
+     "--rows; the first row (column) holds the names unless --no-names, when they are S-1,\n"
+     "S-2, ... Names are repaired: at most 14 characters, only letters, digits, ( ) + - _.\n"
+     "A blank cell is written as 0; a text among the numbers refuses that series.\n"
+     "\n"
+     "The figures come from the workbook's PROPERTIES sheet (SEASONALITY, MAJOR, MINOR,\n"
+     "FORECASTS), else seasonality 12 and 3 x seasonality forecasts; the options win.\n"
+     "--start is needed when no PROPERTIES sheet gives MAJOR and MINOR.\n"
+     "\n"
+     "--project NAME.xml  also writes a project of the files, ready for 'tsly run'.\n"
+     "--single FILE.asc   writes one dataset of all series instead, the dependent series\n"
+     "                    (--output SERIES, default the last) last.\n"
+     "\n"
+     "Exit status: 0 all written, 1 some series refused, 2 nothing written or bad usage.\n",
+     &ImportCommand},
 };
 }  // namespace
 

@@ -196,6 +196,10 @@ class BatchRun {
   EngineReturn returned_;
 };
 
+// The engine's arrays of one dataset (RunMode 4), filled in the storage of the last call.
+// Also the spreadsheet runner's, which then sets its own RunMode.
+void FillRequest(const dataset::AscDataset& dataset, quorvane::EngineArrays& arrays);
+
 // The names of the engine's leftovers that CleanupReports deletes at start and around a run.
 const std::array<const char*, 17>& ReportCleanList();
 

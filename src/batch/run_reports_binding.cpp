@@ -9,8 +9,8 @@
 
 namespace tessaly::batch {
 
-ProgramRunReports::ProgramRunReports(fs::path program_folder)
-    : program_folder_(std::move(program_folder)) {}
+ProgramRunReports::ProgramRunReports(fs::path program_folder, report::GraphPreferences graphs)
+    : program_folder_(std::move(program_folder)), graphs_(graphs) {}
 
 std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
 #ifndef TESSALY_RUN_GRAPHS
@@ -39,7 +39,7 @@ std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
   in.begin_period = d.DataProp(4);
   in.seasonality = d.DataProp(2);
   in.leading_left_out = s.arrays.integers20.empty() ? 0 : s.arrays.integers20[0];
-  report::GraphFlags flags = report::DrawSeriesGraphs(in, report::GraphPreferences{}, s.output_path);
+  report::GraphFlags flags = report::DrawSeriesGraphs(in, graphs_, s.output_path);
   return flags.drawn;
 #endif
 }

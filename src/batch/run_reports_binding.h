@@ -6,18 +6,21 @@
 
 #include "batch/run.h"
 #include "batch/unattended_run.h"
+#include "report/graph_plan.h"
 
 namespace tessaly::batch {
 
 class ProgramRunReports : public RunReports {
  public:
-  explicit ProgramRunReports(fs::path program_folder);
+  // `graphs`: which of the nine are drawn (the spreadsheet runner's switches choose).
+  explicit ProgramRunReports(fs::path program_folder, report::GraphPreferences graphs = {});
   std::array<bool, 9> DrawGraphs(const SeriesResult& series) override;
   void WriteInterventPage(const SeriesResult& series, const fs::path& target) override;
   void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) override;
 
  private:
   fs::path program_folder_;
+  report::GraphPreferences graphs_;
 };
 
 // `tessaly PROJECT.xml`: the project run with no window, graphs and site included.

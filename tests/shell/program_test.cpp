@@ -120,7 +120,8 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
   EXPECT_THAT(report, HasSubstr("maximized=yes\n"));
   EXPECT_THAT(report, HasSubstr("status=Ready\n"));
   EXPECT_THAT(report, HasSubstr("menu=File\nitem=File|New Project...\nitem=File|Open Project...\n"
-                                "item=File|Close\nitem=File|Exit\nmenu=Batch\n"));
+                                "item=File|Close\nitem=File|Import...\nitem=File|Run Excel File...\n"
+                                "item=File|Exit\nmenu=Batch\n"));
   EXPECT_THAT(report, HasSubstr("menu=Preferences\n"));
   EXPECT_THAT(report, HasSubstr("menu=Help\n"));
   EXPECT_THAT(report, Not(HasSubstr("menu=Test")));
