@@ -321,9 +321,29 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
 
 BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs::path& xml_file,
                                            bool& any_report) {
+  return RunSeries(project, project.List(i), i, i + 1, static_cast<int>(project.Count()), xml_file,
+                   any_report) == SeriesOutcome::Canceled
+             ? FileOutcome::Canceled
+             : FileOutcome::Next;
+}
+
+bool BatchRun::CreateEngine() {
+  int number = 0;
+  std::string description;
+  if (!engine_create_ || engine_create_(number, description)) return true;
+  ShowFault(number, description);
+  return false;
+}
+
+BatchRun::SeriesOutcome BatchRun::RunSeries(cBatchFile& project, const std::string& name, int i,
+                                            int number, int count, const fs::path& xml_file,
+                                            bool& any_report) {
+  using FileOutcome = SeriesOutcome;
   RunFlags& run = RunState();
   const fs::path& program = options_.program_folder;
-  const std::string name = project.List(i);
+  const bool listed = i >= 0;
+  if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
+  if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
   const std::string stem = AscStem(name);
   const fs::path asc = platform::ResolveNoCase(project.InDirectory(), name);
   dataset::AscDataset& d = *dataset_;
@@ -345,14 +365,14 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // 5.8-5.9 A file gone since it was counted.
   if (!fs::exists(asc)) {
     tree_.Remove(SeriesKey(name));
-    project.SetCompleted(i, kTrue);
-    project.SetRunDate(i, TodayMmDdYy());
+    if (listed) project.SetCompleted(i, kTrue);
+    if (listed) project.SetRunDate(i, TodayMmDdYy());
     finish();
     return FileOutcome::Next;
   }
   // 5.10
   Status(texts::kProcessing + name);
-  project.SetCompleted(i, kTrue);
+  if (listed) project.SetCompleted(i, kTrue);
   Remove(output_path_, stem + "err.html");
   // 5.11
   if (dataset::ReadAndCheckAscFile(asc, name, d, log) != dataset::CheckOutcome::Accepted)
@@ -361,7 +381,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // 5.12-5.13
   quorvane::EngineArrays& a = *arrays_;
   FillRequest(d, a);
-  EngineCallContext context{i + 1, static_cast<int>(project.Count()), name};
+  EngineCallContext context{number, count, name};
   EngineCallResult result = engine_call_(a, returned_, context);
   if (result.outcome == EngineCallOutcome::Canceled || RunCanceled()) {
     run.UnivariateRun = run.CausalRun = false;
@@ -379,9 +399,9 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
     dataset::WriteErrorReport(result.error_code, name, output_path_, log);
-    project.SetError(i, result.error_code);
-    project.SetCompleted(i, kTrue);
-    project.SetRunDate(i, TodayMmDdYy());
+    if (listed) project.SetError(i, result.error_code);
+    if (listed) project.SetCompleted(i, kTrue);
+    if (listed) project.SetRunDate(i, TodayMmDdYy());
     finish();
     return FileOutcome::Next;
   }
@@ -389,7 +409,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   any_report = true;
   Status(texts::kPreparing);
   AddSeriesNode(tree_, name);
-  project.SetRunDate(i, TodayMmDdYy());
+  if (listed) project.SetRunDate(i, TodayMmDdYy());
   SeriesResult series{d, a, returned_, output_path_, name, stem, current_series_name};
   FileSeriesReports(program, output_path_, name, tree_, flags_, [&](const fs::path& target) {
     if (a.integers20.size() >= 4 && a.integers20[3] > 0) reports_->WriteInterventPage(series, target);
@@ -404,14 +424,14 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, int i, const fs:
   // 5.17
   wizard_->Check4Model(stem, current_series_name);
   // 5.18 Done: saved at once, so a crash later in the run loses nothing of it.
-  project.SetCompleted(i, 1);
-  project.SetError(i, 0);
+  if (listed) project.SetCompleted(i, 1);
+  if (listed) project.SetError(i, 0);
   Remove(output_path_, stem + "err.html");
   view_->HidePreviousReports();
-  project.Build(xml_file);
+  if (listed) project.Build(xml_file);
   // 5.19
   MyEngine().reset();
-  if (i == 0) view_->ShowReportTree(true);
+  if (number == 1) view_->ShowReportTree(true);
   // 5.20
   finish();
   return FileOutcome::Next;

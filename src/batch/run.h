@@ -146,6 +146,17 @@ class BatchRun {
   // Makes OUTPUT under the project's OutDirectory when missing and sets OutputPath.
   void PrepareOutputPath(const cBatchFile& project);
 
+  // For flows with a loop of their own over files (aggregation): the engine object made
+  // once (false, after the fault's message, when it can't start), the output folder they
+  // file into, and the per-series steps on one file of the project's InDirectory, run as
+  // series `number` of `count`. `index` is the file's place in the project's list, or -1
+  // for a file outside it (a parent, a replacement), whose status is kept nowhere.
+  enum class SeriesOutcome { Next, Canceled };
+  bool CreateEngine();
+  void SetOutputPath(fs::path path) { output_path_ = std::move(path); }
+  SeriesOutcome RunSeries(cBatchFile& project, const std::string& asc_name, int index, int number,
+                          int count, const fs::path& xml_file, bool& any_report);
+
  private:
   enum class FileOutcome { Next, Canceled };
   FileOutcome RunOneFile(cBatchFile& project, int index, const fs::path& xml_file,
