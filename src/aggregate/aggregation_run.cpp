@@ -4,6 +4,7 @@
 #include "aggregate/parent_child_files.h"
 #include "aggregate/reconcile.h"
 #include "batch/batch_texts.h"
+#include "batch/engine/engine_client.h"
 #include "batch/run_outputs.h"
 #include "dataset/asc_dataset.h"
 #include "dataset/validation.h"
@@ -281,6 +282,7 @@ AggregationRun::Ending AggregationRun::Run() {
   output_path_ = platform::EnsureSubfolder(in_directory_, "OUTPUT");
   run_->SetOutputPath(output_path_);
   seams_.view->SetRunMenusEnabled(false, false);
+  batch::RunCanceled() = false;
   if (!run_->CreateEngine()) return CancelEnding(kCanceledByUser);
 
   histories_ = LoadChildren(in_directory_, s_.selection.chosen);
