@@ -3,6 +3,7 @@
 #include "aggregate/captions.h"
 #include "aggregate/parent_child_files.h"
 #include "aggregate/reconcile.h"
+#include "aggregate/replacements.h"
 #include "batch/batch_texts.h"
 #include "batch/engine/engine_client.h"
 #include "batch/run_outputs.h"
@@ -23,7 +24,6 @@ namespace mb = platform::mb;
 constexpr const char* kFyi = "FYI";
 constexpr const char* kCanceledByUser = "The process has been cancelled by the user.";
 constexpr const char* kCanceled = "The process has been cancelled.";
-constexpr const char* kReplaceTitle = "Replace Children Files?";
 
 // What the parent's earlier run left in the output folder.
 const char* const kParentOutputs[] = {
