@@ -104,6 +104,7 @@ AggregationRun::AggregationRun(AggregationSetup setup, AggregationSeams seams)
     : s_(std::move(setup)), seams_(std::move(seams)) {
   if (!seams_.view) seams_.view = std::make_shared<batch::RunView>();
   in_directory_ = s_.project->InDirectory();
+  if (seams_.tree) tree_ = seams_.tree;
   replacement_.assign(s_.selection.chosen.size(), kNoReplacement);
 }
 
@@ -273,7 +274,7 @@ AggregationRun::Ending AggregationRun::CancelEnding(const std::string& message) 
 AggregationRun::Ending AggregationRun::Run() {
   const bool no_trend = platform::ExistsNoCase(s_.program_folder, "NOTREND.QVX");
   run_ = std::make_unique<batch::BatchRun>(batch::RunOptions{s_.program_folder, !seams_.reports, no_trend},
-                                           tree_);
+                                           *tree_);
   run_->SetView(std::make_shared<CaptionView>(*this, seams_.view));
   run_->SetRulesWizard(std::make_shared<ObjectiveFromRules>(seams_.rules));
   if (seams_.reports) run_->SetReports(seams_.reports);
@@ -302,7 +303,7 @@ AggregationRun::Ending AggregationRun::Run() {
       RemoveAll(output_path_, "GROUPT.PRO");
     }
     SetStatus(Caption(stage::kParentRunning));
-    tree_.Clear();
+    tree_->Clear();
     const fs::path parent = platform::ResolveNoCase(in_directory_, kParentAsc);
     if (!SelectRunOptionsConditions(RunStage::Parent, parent)) return CancelEnding(kCanceledByUser);
     RemoveAll(output_path_, "GROUPT.PRO");

@@ -55,6 +55,7 @@ struct AggregationSeams {
   std::shared_ptr<batch::RunReports> reports;         // graphs; may be null
   batch::EngineCallFunction engine_call;              // tests; default the real engine
   batch::EngineCreateFunction engine_create;
+  batch::ReportTree* tree = nullptr;                  // the main window's tree; null: the run's own
 };
 
 struct AggregationSetup {
@@ -86,7 +87,7 @@ class AggregationRun {
 
   const std::string& Status() const { return status_; }
   const fs::path& OutputPath() const { return output_path_; }
-  const batch::ReportTree& Tree() const { return tree_; }
+  const batch::ReportTree& Tree() const { return *tree_; }
   // The cancel ending for a flow given up before the run (at the parameters).
   static void CancelBeforeRun(const fs::path& program_folder,
                               const std::shared_ptr<batch::RunView>& view);
@@ -108,7 +109,8 @@ class AggregationRun {
   AggregationSeams seams_;
   fs::path in_directory_;
   fs::path output_path_;
-  batch::ReportTree tree_;
+  batch::ReportTree own_tree_;
+  batch::ReportTree* tree_ = &own_tree_;
   std::unique_ptr<batch::BatchRun> run_;
   ChildHistories histories_;
   std::vector<std::string> replacement_;

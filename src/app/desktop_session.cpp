@@ -13,6 +13,7 @@
 #include <QTextBrowser>
 #include <QTreeWidget>
 
+#include "aggregate/forms/aggregation_desktop.h"
 #include "app/report_pane.h"
 #include "batch/engine/engine_client.h"
 #include "batch/forms/frm_project_forms.h"
@@ -161,6 +162,8 @@ void DesktopSession::BuildMenus() {
   mnuBatchPrevReports =
       mnuBatch->addAction("&Previous Reports", this, &DesktopSession::mnuBatchPrevReports_Click);
   mnuBatchPrevReports->setObjectName("mnuBatchPrevReports");
+  mnu_Agg = mnuBatch->addAction("&Aggregation...", this, &DesktopSession::mnu_Agg_Click);
+  mnu_Agg->setObjectName("mnu_Agg");
 }
 
 void DesktopSession::UpdateCommands() {
@@ -342,6 +345,22 @@ void DesktopSession::mnuBatchRun_Click() {
     ShowReportTree(true);
   }
   UpdateCommands();
+}
+
+void DesktopSession::mnu_Agg_Click() {
+  shell::EnterMenuCommand("frmMain", "mnu_Agg_Click");
+  if (running_) return;
+  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) return;
+  aggregate::DesktopAggregation context{&form_, program_, session_.ctrlBatch.get(), session_.project_path,
+                                        std::make_shared<MainFormRunView>(*this),
+                                        std::make_shared<batch::ProgramRunReports>(program_),
+                                        std::make_shared<rules::DesktopWizardUi>(&form_), &session_.trvMenu};
+  const bool ran = aggregate::mnu_Agg(context);
+  SetRunMenusEnabled(true);
+  if (ran) session_.OutputPath = platform::EnsureSubfolder(session_.ctrlBatch->InDirectory(), "OUTPUT");
+  SyncTree();
+  ShowReportTree(!session_.trvMenu.Empty());
 }
 
 void DesktopSession::trvMenu_NodeClick(const std::string& key) {

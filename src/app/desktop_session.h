@@ -35,6 +35,7 @@ class DesktopSession : public QObject {
   void mnuBatchRun_Click();
   void mnuBatchEdit_Click();
   void mnuBatchPrevReports_Click();
+  void mnu_Agg_Click();
   // A click (or Enter) on a tree node, by its key.
   void trvMenu_NodeClick(const std::string& key);
 
@@ -49,6 +50,7 @@ class DesktopSession : public QObject {
   QAction* mnuBatchRun = nullptr;
   QAction* mnuBatchEdit = nullptr;
   QAction* mnuBatchPrevReports = nullptr;
+  QAction* mnu_Agg = nullptr;
 
   // Keeps the run's menus, status and tree in step (used by the run's view).
   void SetRunMenusEnabled(bool enabled);
