@@ -17,6 +17,7 @@
 #include "app/desktop_session.h"
 #include "app/modal_robot.h"
 #include "app/report_pane.h"
+#include "app/screenshots_aggregate.h"
 #include "batch/forms/frm_progress.h"
 #include "batch/forms/frm_project_forms.h"
 #include "report/forms/frm_allgraphs_sel.h"
@@ -282,6 +283,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),
                "wizard_causal");
     OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
+    TakeAggregationScreenshots(&form, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");
