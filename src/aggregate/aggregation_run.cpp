@@ -159,7 +159,10 @@ bool AggregationRun::BuildParent() {
     if (!allowed) {
       Dialogs().Message("Generated Series can only be added to a parent series with a seasonality "
                         "of 1, 4, 5, 7, 12, 52.", mb::OKOnly, kFyi);
-    } else if (seams_.add_series && seams_.add_series->Add(parent) == ParentSeriesAdder::Outcome::Canceled) {
+    } else if (!seams_.add_series) {
+      Dialogs().Message("Generated series cannot be added in this build of the program; the parent is "
+                        "processed as it was created.", mb::OKOnly, kFyi);
+    } else if (seams_.add_series->Add(parent) == ParentSeriesAdder::Outcome::Canceled) {
       add_series_canceled_ = true;
       return false;
     }

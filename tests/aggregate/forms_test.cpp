@@ -1,6 +1,7 @@
 // The aggregation's dialogs driven as a person would: the lists of frmAggSelect, the
 // questions of frmAggParams appearing in order, and the menu entry running a project's
-// children through the engine with the progress window and the report tree afterwards.
+// children through the engine, a child replaced by a priori data, with the progress window and
+// the report tree afterwards.
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -10,6 +11,7 @@
 
 #include "aggregate/forms/frm_agg_params.h"
 #include "aggregate/forms/frm_agg_select.h"
+#include "aggregate/forms/frm_replacements.h"
 #include "aggregation_fixture.h"
 #include "app/modal_robot.h"
 #include "app/report_pane.h"
@@ -91,6 +93,7 @@ TEST(AggregationDesktop, TheMenuRunsTheParentAndTheChildrenAndTheTreeShowsThem) 
     p.Add_File(regions[k], 0, 0, "00/00/00");
   }
   ASSERT_TRUE(p.Build(d.data / "regions.xml"));
+  WriteFile(d.data / "PRIORI.ASC", ChildAsc("PRIORI", 0.35, 7));
   ASSERT_TRUE(d.session->OpenProject(d.data / "regions.xml"));
 
   std::vector<std::string> seen;
@@ -109,6 +112,18 @@ TEST(AggregationDesktop, TheMenuRunsTheParentAndTheChildrenAndTheTreeShowsThem) 
       params->Box(Box::AscNo)->click();
       return Click(params, "Command1");
     }
+    if (auto* pick = qobject_cast<frmSelChildren*>(modal)) {
+      seen.push_back("frmSelChildren");
+      pick->lstChildren->item(1)->setSelected(true);
+      return Click(pick, "cmdOK");
+    }
+    if (auto* file = qobject_cast<frmSelReplacements*>(modal)) {
+      seen.push_back("frmSelReplacements");
+      EXPECT_EQ(file->windowTitle(), "Select Replacement file for SOUTH.ASC");
+      file->filFiles->setCurrentItem(file->filFiles->findItems("PRIORI.ASC", Qt::MatchExactly).front());
+      file->cmdSelect->click();
+      return Click(file, "cmdOK");
+    }
     if (auto* wizard = qobject_cast<rules::frmWizard1*>(modal)) {
       seen.push_back("frmWizard1");
       return Click(wizard, wizard->Wizard().Step() == 0 ? "cmdNav3" : "cmdNav4");
@@ -126,14 +141,17 @@ TEST(AggregationDesktop, TheMenuRunsTheParentAndTheChildrenAndTheTreeShowsThem) 
             (std::vector<std::string>{"frmAggSelect", "frmAggParams"}));
   EXPECT_TRUE(params_first_question_only);
   EXPECT_NE(std::find(seen.begin(), seen.end(), "frmProgress"), seen.end());
+  EXPECT_NE(std::find(seen.begin(), seen.end(), "frmSelReplacements"), seen.end());
   EXPECT_EQ(d.form->lblStatus->text(), "AGGREGATION - Finished processing.") << d.Messages();
   QTreeWidget* tree = d.session->Pane()->trvMenu;
   std::vector<std::string> top;
   for (int i = 0; i < tree->topLevelItemCount(); ++i) top.push_back(tree->topLevelItem(i)->text(0).toStdString());
-  for (const char* name : {"GROUPT", "NORTH", "SOUTH", "WEST"})
+  for (const char* name : {"GROUPT", "NORTH", "PRIORI", "WEST"})
     EXPECT_NE(std::find_if(top.begin(), top.end(), [&](const std::string& t) { return t.find(name) != std::string::npos; }),
               top.end()) << name;
   EXPECT_TRUE(fs::exists(d.data / "OUTPUT" / "CONregions.PRO"));
+  EXPECT_TRUE(fs::exists(d.data / "OUTPUT" / "PRIORI.PRO"));
+  EXPECT_FALSE(fs::exists(d.data / "OUTPUT" / "SOUTH.PRO"));
   EXPECT_TRUE(d.session->mnu_Agg->isEnabled());
 }
 

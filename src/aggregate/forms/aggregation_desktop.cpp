@@ -3,6 +3,7 @@
 #include "aggregate/captions.h"
 #include "aggregate/forms/frm_agg_params.h"
 #include "aggregate/forms/frm_agg_select.h"
+#include "aggregate/forms/frm_replacements.h"
 #include "aggregate/rules_binding.h"
 
 namespace tessaly::aggregate {
@@ -53,6 +54,8 @@ bool mnu_Agg(const DesktopAggregation& c) {
     seams.view = view;
     seams.reports = c.reports;
     seams.tree = c.tree;
+    seams.replacements = DesktopReplacementChooser(c.parent, c.project->InDirectory(), selection.keep_observations,
+                                                   params.Params().Options().NumberOfForecasts);
     AggregationRun run(SetupFromParams(params.Params(), selection, *c.project, c.project_file, c.program_folder),
                        std::move(seams));
     run.Run();
