@@ -254,3 +254,33 @@ TEST_F(AggregationTest, AParentForecastFileOfAnotherLengthCorrectsTheNumberOfFor
 
 }  // namespace
 }  // namespace tessaly::aggregate::testing
+
+namespace tessaly::aggregate::testing {
+namespace {
+
+// tsly aggregate as a script runs it: the exit statuses, the messages on standard error.
+TEST_F(AggregationTest, TslyAggregateRunsRefusesAndExplains) {
+  const std::vector<std::string> two{"NORTH.ASC", "SOUTH.ASC"};
+  MakeProject(two);
+  WriteChildren(two);
+  auto tsly = [&](const std::string& words, std::string* output) {
+    return tessaly::testing::RunCommand("cd '" + work.path().string() + "' && '" + (program / "tsly").string() +
+                                            "' aggregate " + words + " 2>&1",
+                                        output);
+  };
+  std::string out;
+  EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --reconcile top-down", &out), 0) << out;
+  EXPECT_NE(out.find("FYI: The RECONCILED FORECASTS FOR CHILDREN are concatenated in "), std::string::npos) << out;
+  EXPECT_EQ(Lines(work / "OUTPUT" / "CONregions.PRO").size(), 13u);
+  EXPECT_EQ(ReadFile(work / "NORTH.ASC"), ReadFile(work / "ASCBACKUP" / "NORTH.ASC"));
+  EXPECT_EQ(tsly("regions.xml NORTH.ASC --forecasts 6", &out), 2);
+  EXPECT_NE(out.find("FYI!  The range for selection is from 2 to 149."), std::string::npos) << out;
+  EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --add-series V.his", &out), 2);
+  EXPECT_NE(out.find("generated series (--add-series) are not available in this build"), std::string::npos) << out;
+  EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --rules user --no-fixed-effects", &out), 2);
+  EXPECT_EQ(tsly("--help", &out), 0);
+  EXPECT_NE(out.find("--reconcile D"), std::string::npos) << out;
+}
+
+}  // namespace
+}  // namespace tessaly::aggregate::testing
