@@ -96,7 +96,10 @@ void AggParams::Click(Box box, bool value) {
   Set(box, value);
   const bool radio = box == Box::PtoC || box == Box::CtoP;
   if (value || radio) Set(Partner(box), !value ? true : false);
-  if (radio) options_.ReconcileDirection = Value(Box::PtoC) ? 1 : 2;
+  if (radio) {
+    mint_ = false;
+    options_.ReconcileDirection = Value(Box::PtoC) ? 1 : 2;
+  }
   if (!value) return;
   switch (box) {
     case Box::ForecastsYes: ForecastsYes(); break;
@@ -123,6 +126,14 @@ bool AggParams::FileMissingGoOn(const fs::path& path) {
     return true;
   state_ = State::GivenUp;
   return false;
+}
+
+void AggParams::ChooseMinT(bool on) {
+  if (state_ != State::Open) return;
+  mint_ = on;
+  Set(Box::PtoC, !on);
+  Set(Box::CtoP, false);
+  options_.ReconcileDirection = on ? 3 : 1;
 }
 
 void AggParams::ForecastsYes() {
@@ -208,7 +219,7 @@ bool AggParams::Ok() {
   if (!Value(Box::AscYes) && !Value(Box::AscNo) && !Value(Box::ForecastsYes))
     return refuse("You must indicate whether or not you have an ASC file for the Parent before we can continue.");
   options_.FixedEffectsChoice = Value(Box::FixedEffectsYes) ? 1 : 2;
-  options_.ReconcileDirection = Value(Box::CtoP) ? 2 : 1;
+  options_.ReconcileDirection = mint_ ? 3 : Value(Box::CtoP) ? 2 : 1;
   const std::string max = std::to_string(kMaxForecasts);
   if (Trim(number_).empty())
     return refuse("You must indicate the number of forecasts to be created. The maximum allowed is 0 to " + max + ".");

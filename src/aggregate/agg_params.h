@@ -39,7 +39,7 @@ struct AggOptions {
   bool ParentForecastsProvided = false;
   bool ParentAscProvided = false;
   int FixedEffectsChoice = 2;   // 1: fixed effects disabled for the children
-  int ReconcileDirection = 1;   // 1 Bottom Up, 2 Top Down
+  int ReconcileDirection = 1;   // 1 Bottom Up, 2 Top Down, 3 MinT
   std::string NumberOfForecasts;
   std::string FirstObservationDate;  // m/d/yyyy, seasonality 7 only; may stay empty
 };
@@ -67,6 +67,9 @@ class AggParams {
   void Click(Box box, bool value);
   const std::string& NumberText() const { return number_; }
   void SetNumberText(std::string text) { number_ = std::move(text); }
+  // The third reconciliation, beside Bottom Up and Top Down: both of their boxes clear.
+  void ChooseMinT(bool on);
+  bool MinT() const { return mint_; }
   // Leaving the field: the "###" mask, and the count of a supplied GROUPT.PRO.
   void LeaveNumberField();
   // OK: true when the answers were accepted and the dialog is to be hidden.
@@ -100,6 +103,7 @@ class AggParams {
   ParamsVisibility visible_;
   AggOptions options_;
   State state_ = State::Open;
+  bool mint_ = false;
 };
 
 // The number of forecasts of a GROUPT.PRO: its lines, less a last line that isn't numeric.

@@ -14,6 +14,9 @@
 #include "platform/paths.h"
 #include "platform/textfile.h"
 
+#include <cmath>
+#include <map>
+
 namespace tessaly::aggregate {
 
 namespace {
@@ -57,6 +60,37 @@ class ObjectiveFromRules : public batch::ExistingRulesFiles {
 };
 
 }  // namespace
+
+// Keeps each good series' in-sample errors (actual less fitted) for the MinT reconciliation,
+// and hands the graphs on to the program's reports when there are any.
+class AggregationRun::ResidualRecorder : public batch::RunReports {
+ public:
+  explicit ResidualRecorder(std::shared_ptr<batch::RunReports> inner) : inner_(std::move(inner)) {}
+  std::array<bool, 9> DrawGraphs(const batch::SeriesResult& s) override {
+    std::vector<double>& errors = errors_[platform::ToUpper(s.stem)];
+    const int n = s.dataset.DataProp(5), output = s.dataset.NumberOfSeries();
+    errors.assign(static_cast<std::size_t>(std::max(n, 0)), std::nan(""));
+    for (int t = 0; t < n && t < static_cast<int>(s.arrays.doubles10000a.size()); ++t) {
+      const double fitted = s.arrays.doubles10000a[static_cast<std::size_t>(t)];
+      if (fitted != quorvane::kMissingValue) errors[static_cast<std::size_t>(t)] = s.dataset.Observation(output, t + 1) - fitted;
+    }
+    return inner_ ? inner_->DrawGraphs(s) : std::array<bool, 9>{};
+  }
+  void WriteInterventPage(const batch::SeriesResult& s, const fs::path& target) override {
+    if (inner_) inner_->WriteInterventPage(s, target);
+  }
+  void WriteLinkTree(const batch::cBatchFile& project, const fs::path& output_path) override {
+    if (inner_) inner_->WriteLinkTree(project, output_path);
+  }
+  const std::vector<double>* Of(const std::string& stem) const {
+    auto it = errors_.find(platform::ToUpper(stem));
+    return it == errors_.end() ? nullptr : &it->second;
+  }
+
+ private:
+  std::shared_ptr<batch::RunReports> inner_;
+  std::map<std::string, std::vector<double>> errors_;
+};
 
 // The run's own status texts go through the caption family: "Processing <name>" of the
 // per-series steps becomes the family's "Processing <name>".
@@ -243,7 +277,18 @@ ReconcileInput AggregationRun::ReconcileSetup() const {
   in.batch_name = s_.project->BatchName();
   in.direction = s_.options.ReconcileDirection;
   in.mixed_frequency = s_.period_table;
-  in.stage_caption = Caption(in.direction == 2 ? stage::kParentBoss : stage::kChildrenBoss);
+  in.stage_caption = Caption(in.direction == 2   ? stage::kParentBoss
+                             : in.direction == 3 ? stage::kEveryoneCounts
+                                                 : stage::kChildrenBoss);
+  if (in.direction == 3 && recorder_) {
+    std::vector<std::vector<double>> errors;
+    if (auto* parent = recorder_->Of(kParentName)) errors.push_back(*parent);
+    for (std::size_t c = 0; c < in.chosen.size() && errors.size() == c + 1; ++c) {
+      const std::string name = ChildForecastName(in, c);
+      if (auto* child = recorder_->Of(name.substr(0, name.size() - 4))) errors.push_back(*child);
+    }
+    if (errors.size() == in.chosen.size() + 1) in.residuals = std::move(errors);
+  }
   in.status = [this](const std::string& text) { const_cast<AggregationRun*>(this)->SetStatus(text); };
   return in;
 }
@@ -276,11 +321,17 @@ AggregationRun::Ending AggregationRun::CancelEnding(const std::string& message) 
 
 AggregationRun::Ending AggregationRun::Run() {
   const bool no_trend = platform::ExistsNoCase(s_.program_folder, "NOTREND.QVX");
-  run_ = std::make_unique<batch::BatchRun>(batch::RunOptions{s_.program_folder, !seams_.reports, no_trend},
-                                           *tree_);
+  // MinT needs every series' errors, which the run hands over with its graphs.
+  const bool mint = s_.options.ReconcileDirection == 3;
+  run_ = std::make_unique<batch::BatchRun>(
+      batch::RunOptions{s_.program_folder, !seams_.reports && !mint, no_trend}, *tree_);
+  if (mint) {
+    recorder_ = std::make_shared<ResidualRecorder>(seams_.reports);
+    run_->SetReports(recorder_);
+  }
   run_->SetView(std::make_shared<CaptionView>(*this, seams_.view));
   run_->SetRulesWizard(std::make_shared<ObjectiveFromRules>(seams_.rules));
-  if (seams_.reports) run_->SetReports(seams_.reports);
+  if (seams_.reports && !mint) run_->SetReports(seams_.reports);
   if (seams_.engine_call) run_->SetEngineCall(seams_.engine_call);
   if (seams_.engine_create) run_->SetEngineCreate(seams_.engine_create);
   output_path_ = platform::EnsureSubfolder(in_directory_, "OUTPUT");

@@ -94,6 +94,7 @@ class AggregationRun {
 
  private:
   class CaptionView;
+  class ResidualRecorder;
   std::string Caption(const std::string& stage) const;
   void SetStatus(const std::string& text);
   bool SelectRunOptionsConditions(RunStage stage, const fs::path& asc);
@@ -112,6 +113,7 @@ class AggregationRun {
   batch::ReportTree own_tree_;
   batch::ReportTree* tree_ = &own_tree_;
   std::unique_ptr<batch::BatchRun> run_;
+  std::shared_ptr<ResidualRecorder> recorder_;
   ChildHistories histories_;
   std::vector<std::string> replacement_;
   bool replacements_chosen_ = false;

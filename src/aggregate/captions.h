@@ -19,6 +19,7 @@ inline constexpr const char* kChildrenMaking = "Creating children ASC files";
 inline constexpr const char* kChildrenRunning = "Processing Children ASC files";
 inline constexpr const char* kChildrenBoss = "Children Are The Boss";
 inline constexpr const char* kParentBoss = "The Parent Is The Boss";
+inline constexpr const char* kEveryoneCounts = "Parent And Children Weighed Together (MinT)";
 // The per-file stages are these words and the file's name.
 inline constexpr const char* kCreating = "Creating ";
 inline constexpr const char* kValidating = "Validating ";

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "aggregate/mint.h"
 #include "dataset/asc_dataset.h"
 #include "platform/dates.h"
 #include "platform/dialogs.h"
@@ -194,6 +195,54 @@ void TopDown(const ReconcileInput& in) {
   if (in.mixed_frequency) WritePeriodTable(in, bound);
 }
 
+// Every series at once: parent and children take the combination that adds up and is
+// closest, in the errors' own metric, to all base forecasts; the limits move with them.
+bool MinT(const ReconcileInput& in) {
+  const long bound = Bound(static_cast<long>(platform::Val(in.number_of_forecasts)));
+  std::vector<std::string> names{"GROUPT.PRO"};
+  for (std::size_t c = 0; c < in.chosen.size(); ++c) names.push_back(ChildForecastName(in, c));
+  std::optional<Eigen::MatrixXd> w;
+  if (in.residuals.size() == names.size()) w = ShrunkCovariance(in.residuals);
+  if (!w) return false;
+  const MinTReconciler mint(*w);
+  std::vector<std::string> headers(names.size());
+  std::vector<std::vector<std::string>> lines(names.size());
+  std::size_t periods = static_cast<std::size_t>(bound);
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    lines[k] = ForecastLines(InOutput(in, names[k]), bound, &headers[k]);
+    periods = std::min(periods, lines[k].size());
+  }
+  Status(in, "Reconciling Parent and Children Forecasts(MINT)");
+  std::vector<std::vector<std::string>> out(names.size());
+  for (std::size_t p = 0; p < periods; ++p) {
+    std::vector<Columns> base;
+    std::vector<double> points;
+    for (const auto& node : lines) {
+      base.push_back(ReadProLine(node[p]).value);
+      points.push_back(base.back()[0]);
+    }
+    const std::vector<double> reconciled = mint.Reconcile(points);
+    for (std::size_t k = 0; k < names.size(); ++k) {
+      const double shift = reconciled[k] - points[k];
+      std::string line = lines[k][p].substr(0, 11);
+      for (int col = 0; col < 3; ++col) line += kNine + TenDecimals(base[k][col] + shift);
+      out[k].push_back(line);
+    }
+  }
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const fs::path pro = InOutput(in, names[k]);
+    const fs::path temporary = InOutput(in, Stem(names[k]) + (k == 0 ? ".AJD" : ".ADJ"));
+    platform::TextWriter writer(temporary);
+    writer.Line(dataset::TrimBlanks(headers[k]));
+    for (const auto& line : out[k]) writer.Line(line);
+    writer.Close();
+    Replace(temporary, pro);
+  }
+  WriteDetailTable(in, bound, false);
+  if (in.mixed_frequency) WritePeriodTable(in, bound);
+  return true;
+}
+
 }  // namespace
 
 ProLine ReadProLine(const std::string& line) {
@@ -234,7 +283,11 @@ void ReconcileForecasts(const ReconcileInput& input) {
   Status(input, input.stage_caption);
   if (input.direction == 2) {
     TopDown(input);
-  } else {
+  } else if (input.direction == 3 && !MinT(input)) {
+    platform::Dialogs().Message("The in-sample errors of one or more series are not available, so the forecasts "
+                                "are reconciled bottom up.", platform::mb::OKOnly, "FYI");
+    BottomUp(input);
+  } else if (input.direction != 3) {
     BottomUp(input);
   }
 }

@@ -40,10 +40,12 @@ struct ReconcileInput {
   std::string number_of_forecasts;       // bounds Bottom Up
   long forecast_bound = 0;               // DataProp(8), bounds Top Down
   std::string batch_name;                // the project's file name
-  int direction = 1;                     // 1 Bottom Up, 2 Top Down
+  int direction = 1;                     // 1 Bottom Up, 2 Top Down, 3 MinT
   bool mixed_frequency = false;          // the mixed-frequency box set
   std::string stage_caption;             // the caption family's text for this stage
   std::function<void(const std::string&)> status;
+  // MinT: each series' in-sample one-step errors, the parent first (NaN where none).
+  std::vector<std::vector<double>> residuals;
 };
 
 // The forecast file of child `c`: its replacement's name or its own, less the last four
@@ -52,7 +54,8 @@ std::string ChildForecastName(const ReconcileInput& input, std::size_t c);
 std::string DetailTableName(const std::string& batch_name);   // CON<batch>.PRO
 std::string PeriodTableName(const std::string& batch_name);   // REC<batch>.CSV
 
-// Runs the direction asked, and the detail and per-period tables.
+// Runs the direction asked, and the detail and per-period tables. MinT without the errors of
+// every series says so and reconciles bottom up.
 void ReconcileForecasts(const ReconcileInput& input);
 
 // The three closing messages, each when its file exists; `last_series_stem` names the

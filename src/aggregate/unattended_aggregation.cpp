@@ -25,6 +25,7 @@ bool Answer(AggParams& params, const AggregationAnswers& a) {
   if (v.rules) params.Click(a.user_rules ? Box::Automatic1 : Box::Automatic2, true);
   if (v.fixed_effects) params.Click(a.no_fixed_effects ? Box::FixedEffectsYes : Box::FixedEffectsNo, true);
   params.Click(a.top_down ? Box::CtoP : Box::PtoC, true);
+  if (a.mint) params.ChooseMinT(true);
   if (a.forecasts && (v.number_enabled || params.Options().ParentForecastsProvided)) {
     params.SetNumberText(*a.forecasts);
     params.LeaveNumberField();

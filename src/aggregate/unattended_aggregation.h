@@ -22,6 +22,7 @@ struct AggregationAnswers {
   bool user_rules = false;               // "Automatic With Users Rules"; else QVX rules
   bool no_fixed_effects = false;         // "Disable Fixed Effects for Children?" Yes
   bool top_down = false;
+  bool mint = false;                     // the minimum-trace reconciliation
 };
 
 // Exit statuses: 0 the run finished, 1 it was incomplete or cancelled on the way, 2 the

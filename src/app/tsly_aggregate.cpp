@@ -47,9 +47,10 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
       answers.user_rules = *v == "user";
     } else if (a == "--reconcile") {
       const std::string* v = value("--reconcile");
-      if (!v || (*v != "bottom-up" && *v != "top-down"))
-        return UsageError(kName, "--reconcile takes bottom-up or top-down.", err);
+      if (!v || (*v != "bottom-up" && *v != "top-down" && *v != "mint"))
+        return UsageError(kName, "--reconcile takes bottom-up, top-down or mint.", err);
       answers.top_down = *v == "top-down";
+      answers.mint = *v == "mint";
     } else if (a.rfind("--", 0) == 0) {
       return UsageError(kName, "unknown option '" + a + "'.", err);
     } else if (project.empty()) {

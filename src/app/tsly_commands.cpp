@@ -23,7 +23,7 @@ constexpr Command kCommands[] = {
     {"aggregate", "aggregate children into their parent and reconcile the forecasts",
      "usage: tsly aggregate PROJECT.xml CHILD.ASC [CHILD.ASC ...] --forecasts N\n"
      "           [--parent-forecasts] [--parent-asc] [--mixed-frequency] [--add-series VARIABLES.his]\n"
-     "           [--causal] [--rules user|qvx] [--no-fixed-effects] [--reconcile bottom-up|top-down]\n"
+     "           [--causal] [--rules user|qvx] [--no-fixed-effects] [--reconcile bottom-up|top-down|mint]\n"
      "\n"
      "The children (2 to 149 ASC files of the project, in the order the reconciliation numbers\n"
      "them) are summed into the parent GROUPT.ASC; the parent and then each child go through\n"
@@ -39,7 +39,8 @@ constexpr Command kCommands[] = {
      "  --rules user|qvx      the parent's rules: Automatic With Users or QVX Rules (qvx)\n"
      "  --no-fixed-effects    disable the children's seasonal dummies (with --rules qvx)\n"
      "  --reconcile D         bottom-up (the parent is made the children's sum) or top-down\n"
-     "                        (the parent's forecasts shared out by first-period shares)\n"
+     "                        (the parent's forecasts shared out by first-period shares) or\n"
+     "                        mint (all forecasts combined by their in-sample errors, MinT)\n"
      "\n"
      "Messages go to standard error as 'TITLE: text'. The children's originals are kept in\n"
      "ASCBACKUP and put back at the end.\n"

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "aggregate/agg_params.h"
+#include "aggregate/mint.h"
 #include "aggregate/parent_child_files.h"
 #include "aggregate/reconcile.h"
 #include "aggregate/replacements.h"
@@ -56,8 +57,11 @@ TEST_F(ParamsTest, QuestionsAppearInOrderAndOkChecksThemInOrder) {
   EXPECT_FALSE(p.Value(Box::FixedEffectsNo));
   p.Click(Box::Automatic1, true);
   EXPECT_FALSE(p.Visible().fixed_effects || p.Value(Box::FixedEffectsYes) || p.Value(Box::Automatic2));
+  p.ChooseMinT(true);
+  EXPECT_FALSE(p.Value(Box::PtoC) || p.Value(Box::CtoP));
+  EXPECT_EQ(p.Options().ReconcileDirection, 3);
   p.Click(Box::CtoP, true);
-  EXPECT_FALSE(p.Value(Box::PtoC));
+  EXPECT_FALSE(p.Value(Box::PtoC) || p.MinT());
 
   for (const char* text : {"0", "601", "600"}) {
     p.SetNumberText(text);
@@ -206,6 +210,30 @@ TEST(Reconcile, TextFormatsAndTheWorkedTopDownExample) {
   EXPECT_NE(periods[0].find("     RECONCILED FORECASTS FOR CHILD WITHIN PERIOD"), std::string::npos);
   EXPECT_EQ(periods[3], "    2    1         33.000005");
   EXPECT_FALSE(fs::exists(out / "1.ADJ"));
+}
+
+TEST(MinT, UncorrelatedEqualErrorsShareTheGapEquallyAndAnUnreliableParentGivesWay) {
+  // Orthogonal errors of equal size: no shrinkage target to move to, W is the identity, and
+  // the gap between parent and children's sum is spread equally over the three series.
+  const std::vector<std::vector<double>> equal{{1, -1, 1, -1}, {1, 1, -1, -1}, {1, -1, -1, 1}};
+  double lambda = -1;
+  auto w = ShrunkCovariance(equal, &lambda);
+  ASSERT_TRUE(w);
+  EXPECT_EQ(lambda, 1.0);
+  EXPECT_TRUE(w->isApprox(Eigen::Matrix3d::Identity()));
+  const auto r = MinTReconciler(*w).Reconcile({10, 3, 4});
+  ASSERT_EQ(r.size(), 3u);
+  EXPECT_NEAR(r[1], 4, 1e-12);
+  EXPECT_NEAR(r[2], 5, 1e-12);
+  EXPECT_NEAR(r[0], 9, 1e-12);
+  // A parent whose errors are a thousand times larger hardly moves the children.
+  std::vector<std::vector<double>> noisy = equal;
+  for (double& e : noisy[0]) e *= 1000;
+  const auto b = MinTReconciler(*ShrunkCovariance(noisy)).Reconcile({10, 3, 4});
+  EXPECT_NEAR(b[1], 3, 1e-5);
+  EXPECT_NEAR(b[0], 7, 1e-5);
+  // Too few common observations: none.
+  EXPECT_FALSE(ShrunkCovariance({{1, std::nan("")}, {2, 3}}));
 }
 
 TEST(Replacements, ChecksInOrderAndTheConfirmation) {

@@ -124,6 +124,25 @@ TEST_F(AggregationTest, TopDownSharesTheSuppliedParentByTheFirstPeriodShares) {
   EXPECT_EQ(Lines(out / "CONregions.PRO").size(), 1u + 12u * 2u);
 }
 
+TEST_F(AggregationTest, MinTMakesParentAndChildrenAddUpFromTheirOwnErrors) {
+  MakeProject(kRegions);
+  WriteChildren(kRegions);
+  AggregationAnswers answers{kRegions, "6"};
+  answers.mint = true;
+  ASSERT_EQ(Run(answers), 0) << host.Joined();
+  EXPECT_EQ(host.Starting("The in-sample errors"), nullptr);
+  const fs::path out = work / "OUTPUT";
+  const auto parent = Lines(out / "GROUPT.PRO");
+  ASSERT_EQ(parent.size(), 7u);
+  // The forecasts add up; the limits move with their own series' forecast (limits don't add).
+  for (int p = 1; p <= 6; ++p) {
+    double sum = 0;
+    for (const auto& c : kRegions) sum += ReadProLine(Lines(out / (c.substr(0, c.size() - 4) + ".PRO"))[p]).value[0];
+    EXPECT_NEAR(ReadProLine(parent[p]).value[0], sum, 1e-8) << p;
+  }
+  EXPECT_EQ(Lines(out / "CONregions.PRO").size(), 1u + 6u * 4u);
+}
+
 TEST_F(AggregationTest, CausalChildrenCarryTheParentWithoutSeasonalDummies) {
   const std::vector<std::string> two{"NORTH.ASC", "SOUTH.ASC"};
   MakeProject(two);

@@ -70,6 +70,15 @@ frmAggParams::frmAggParams(ParamsSetup setup, QWidget* parent) : QDialog(parent)
   rec->addWidget(new QLabel("(Parent forecasts will be adjusted to match Children)", fraReconcile), 0, 1);
   rec->addWidget(make_box(Box::CtoP, "Top Down", fraReconcile), 1, 0);
   rec->addWidget(new QLabel("(Children forecasts will be adjusted to match Parent)", fraReconcile), 1, 1);
+  chkMinT = new QCheckBox("Optimal (MinT)", fraReconcile);
+  chkMinT->setObjectName("chkMinT");
+  rec->addWidget(chkMinT, 2, 0);
+  rec->addWidget(new QLabel("(Parent and Children forecasts weighed together by their in-sample errors)",
+                            fraReconcile), 2, 1);
+  connect(chkMinT, &QCheckBox::clicked, this, [this](bool on) {
+    params_.ChooseMinT(on);
+    Sync();
+  });
   layout->addWidget(fraReconcile);
 
   auto* number = new QHBoxLayout;
@@ -129,6 +138,10 @@ void frmAggParams::Sync() {
   for (int i = 0; i < 16; ++i) {
     QSignalBlocker quiet(boxes_[i]);
     boxes_[i]->setChecked(params_.Value(static_cast<aggregate::Box>(i)));
+  }
+  {
+    QSignalBlocker quiet(chkMinT);
+    chkMinT->setChecked(params_.MinT());
   }
   const ParamsVisibility& v = params_.Visible();
   rowAsc->setVisible(v.asc);

@@ -24,6 +24,7 @@ class frmAggParams : public QDialog {
   void Sync();
 
   QLineEdit* txtNumberFore = nullptr;
+  QCheckBox* chkMinT = nullptr;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
