@@ -143,6 +143,35 @@ TEST_F(AggregationTest, MinTMakesParentAndChildrenAddUpFromTheirOwnErrors) {
   EXPECT_EQ(Lines(out / "CONregions.PRO").size(), 1u + 6u * 4u);
 }
 
+// The main window's status line as the run writes it.
+class StatusLine : public batch::RunView {
+ public:
+  void SetStatus(const std::string& text) override { shown.push_back(text); }
+  std::vector<std::string> shown;
+};
+
+TEST_F(AggregationTest, MixedFrequencyChildrenAreSortedByNumberAndGetThePerPeriodTable) {
+  const std::vector<std::string> periods{"3.asc", "1.asc", "2.asc"};
+  MakeProject(periods);
+  WriteChildren(periods);
+  auto status = std::make_shared<StatusLine>();
+  AggregationSeams seams;
+  seams.view = status;
+  AggregationAnswers answers{periods, "4"};
+  answers.mixed_frequency = true;
+  ASSERT_EQ(Run(answers, seams), 0) << host.Joined();
+  const auto& shown = status->shown;
+  EXPECT_NE(std::find(shown.begin(), shown.end(),
+                      "AGGREGATION - MIXED FREQUENCY - Processing 1.asc - Reconcile Bottom to Top"), shown.end());
+  EXPECT_EQ(shown.back(), "AGGREGATION - Finished processing.");
+  const auto table = Lines(work / "OUTPUT" / "RECregions.CSV");
+  ASSERT_EQ(table.size(), 1u + 4u * 3u);
+  // Period 1, child 1 is 1.asc's first forecast, whatever the order of selection.
+  EXPECT_EQ(table[1].substr(0, 19), "    1    1         ");
+  EXPECT_NEAR(std::stod(table[1].substr(19)), ReadProLine(Lines(work / "OUTPUT" / "1.PRO")[1]).value[0], 1e-9);
+  EXPECT_EQ(Lines(work / "OUTPUT" / "CONregions.PRO")[1].substr(35), "     1");
+}
+
 TEST_F(AggregationTest, CausalChildrenCarryTheParentWithoutSeasonalDummies) {
   const std::vector<std::string> two{"NORTH.ASC", "SOUTH.ASC"};
   MakeProject(two);
