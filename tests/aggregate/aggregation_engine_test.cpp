@@ -251,6 +251,45 @@ TEST_F(AggregationTest, ACancelAmongTheChildrenEndsTheRunAndPutsTheChildrenBack)
   EXPECT_FALSE(fs::exists(program / "AGGPARAMS.RWF"));
 }
 
+// The rules wizard cancelled before the parent's or before the children's run.
+class CancelAt : public AggregationRules {
+ public:
+  explicit CancelAt(RunStage stage) : stage_(stage) {}
+  bool Select(RunStage stage, bool, const fs::path&, const std::string&) override { return stage != stage_; }
+
+ private:
+  RunStage stage_;
+};
+
+TEST_F(AggregationTest, AWizardCancelEndsTheFlowWithTheChildrenAsTheyWere) {
+  for (RunStage stage : {RunStage::Parent, RunStage::Children}) {
+    SCOPED_TRACE(stage == RunStage::Parent ? "parent" : "children");
+    MakeProject(kRegions);
+    WriteChildren(kRegions);
+    const auto before = Snapshot(work.path());
+    AggregationSeams seams;
+    seams.rules = std::make_shared<CancelAt>(stage);
+    EXPECT_EQ(Run({kRegions, "12"}, seams), 1);
+    EXPECT_EQ(host.Texts().back(), "The process has been cancelled by the user.");
+    EXPECT_TRUE(fs::exists(work / "GROUPT.ASC"));
+    EXPECT_EQ(fs::exists(work / "OUTPUT" / "GROUPT.PRO"), stage == RunStage::Children);
+    for (const auto& c : kRegions) EXPECT_EQ(ReadFile(work / c), before.at(c)) << c;
+  }
+}
+
+TEST_F(AggregationTest, ASuppliedParentOfAnotherSeasonalityEndsTheAnswers) {
+  const std::vector<std::string> two{"NORTH.ASC", "SOUTH.ASC"};
+  MakeProject(two);
+  WriteChildren(two);
+  WriteFile(work / "GROUPT.ASC", ChildAsc("GROUPT", 1, 0, 144, "4"));
+  const auto before = Snapshot(work.path());
+  AggregationAnswers answers{two, "12"};
+  answers.parent_asc = true;
+  EXPECT_EQ(Run(answers), 2);
+  EXPECT_NE(host.Starting("The GROUPT.ASC file does not relate to the children selected."), nullptr);
+  EXPECT_EQ(Snapshot(work.path()), before);
+}
+
 TEST_F(AggregationTest, RefusedInputChangesNothing) {
   struct Case {
     const char* what;
