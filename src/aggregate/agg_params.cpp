@@ -94,8 +94,9 @@ std::vector<std::string> AggParams::RecordLines() const {
 void AggParams::Click(Box box, bool value) {
   if (state_ != State::Open) return;
   Set(box, value);
+  // A set box clears its partner; the two directions also set each other when cleared.
   const bool radio = box == Box::PtoC || box == Box::CtoP;
-  if (value || radio) Set(Partner(box), !value ? true : false);
+  if (value || radio) Set(Partner(box), !value);
   if (radio) {
     mint_ = false;
     options_.ReconcileDirection = Value(Box::PtoC) ? 1 : 2;
@@ -187,10 +188,8 @@ void AggParams::AscYes() {
 void AggParams::AscNo() {
   options_.ParentAscProvided = false;
   ShowLaterQuestions();
-  if (visible_.mixed || !setup_.all_names_numeric) {
-    Set(Box::MixedNo, true);
-    Set(Box::MixedYes, false);
-  }
+  Set(Box::MixedNo, true);
+  Set(Box::MixedYes, false);
   visible_.number_enabled = true;
 }
 

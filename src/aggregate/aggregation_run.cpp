@@ -267,7 +267,7 @@ bool AggregationRun::RunChildren() {
   return true;
 }
 
-ReconcileInput AggregationRun::ReconcileSetup() const {
+ReconcileInput AggregationRun::ReconcileSetup() {
   ReconcileInput in;
   in.output_path = output_path_;
   in.chosen = s_.selection.chosen;
@@ -289,7 +289,7 @@ ReconcileInput AggregationRun::ReconcileSetup() const {
     }
     if (errors.size() == in.chosen.size() + 1) in.residuals = std::move(errors);
   }
-  in.status = [this](const std::string& text) { const_cast<AggregationRun*>(this)->SetStatus(text); };
+  in.status = [this](const std::string& text) { SetStatus(text); };
   return in;
 }
 

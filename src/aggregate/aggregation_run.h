@@ -101,7 +101,7 @@ class AggregationRun {
   bool BuildParent();
   bool RewriteChildren();
   bool RunChildren();
-  ReconcileInput ReconcileSetup() const;
+  ReconcileInput ReconcileSetup();
   void HandBackChildren();
   Ending CancelEnding(const std::string& message);
   void ReportRunErrors();

@@ -19,13 +19,10 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
   std::filesystem::path project;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
-    auto value = [&](const char* flag) -> const std::string* {
-      if (i + 1 >= args.size()) return nullptr;
-      (void)flag;
-      return &args[++i];
-    };
+    // The word after a flag that takes one; null at the end of the words.
+    auto value = [&]() -> const std::string* { return i + 1 < args.size() ? &args[++i] : nullptr; };
     if (a == "--forecasts") {
-      const std::string* v = value("--forecasts");
+      const std::string* v = value();
       if (!v) return UsageError(kName, "--forecasts needs a number.", err);
       answers.forecasts = *v;
     } else if (a == "--parent-forecasts") {
@@ -35,18 +32,18 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
     } else if (a == "--mixed-frequency") {
       answers.mixed_frequency = true;
     } else if (a == "--add-series") {
-      if (!value("--add-series")) return UsageError(kName, "--add-series needs a VARIABLES.his file.", err);
+      if (!value()) return UsageError(kName, "--add-series needs a VARIABLES.his file.", err);
       answers.add_series = true;
     } else if (a == "--causal") {
       answers.causal = true;
     } else if (a == "--no-fixed-effects") {
       answers.no_fixed_effects = true;
     } else if (a == "--rules") {
-      const std::string* v = value("--rules");
+      const std::string* v = value();
       if (!v || (*v != "user" && *v != "qvx")) return UsageError(kName, "--rules takes user or qvx.", err);
       answers.user_rules = *v == "user";
     } else if (a == "--reconcile") {
-      const std::string* v = value("--reconcile");
+      const std::string* v = value();
       if (!v || (*v != "bottom-up" && *v != "top-down" && *v != "mint"))
         return UsageError(kName, "--reconcile takes bottom-up, top-down or mint.", err);
       answers.top_down = *v == "top-down";
