@@ -383,6 +383,7 @@ AggregationRun::Ending AggregationRun::Run() {
   }
   const ReconcileInput input = ReconcileSetup();
   ReconcileForecasts(input);
+  if (seams_.reports) seams_.reports->WriteLinkTree(*s_.project, output_path_);
   batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
   seams_.view->SetRunMenusEnabled(true, true);
   ShowClosingMessages(input, last_series_stem_);

@@ -283,7 +283,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),
                "wizard_causal");
     OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
-    TakeAggregationScreenshots(&form, dir, program);
+    TakeAggregationScreenshots(form, session, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");

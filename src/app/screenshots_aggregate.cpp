@@ -3,12 +3,21 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QTreeWidget>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTimer>
 #include <memory>
 
 #include "aggregate/forms/frm_agg_params.h"
 #include "aggregate/forms/frm_agg_select.h"
+#include "app/desktop_session.h"
+#include "app/modal_robot.h"
+#include "app/report_pane.h"
+#include "batch/forms/frm_progress.h"
+#include "rules/forms/frm_wizard1.h"
+#include "shell/forms/frm_main.h"
 #include "platform/dialogs.h"
 #include "platform/forms/qt_dialog_host.h"
 #include "platform/textfile.h"
@@ -23,7 +32,57 @@ void Save(QWidget& w, const QString& file) {
 }
 }  // namespace
 
-void TakeAggregationScreenshots(QWidget* parent, const QString& dir, const std::filesystem::path& program) {
+namespace {
+// The quarterly sample's two series as the children, answered as a person would.
+void RunFromTheMenu(shell::frmMain& form, DesktopSession& session, const QString& dir,
+                    const std::filesystem::path& program) {
+  bool progress_taken = false;
+  ModalRobot robot(&form, [&](QWidget* modal) {
+    if (auto* select = qobject_cast<aggregate::frmAggSelect*>(modal)) {
+      select->chkAddAll->click();
+      select->cmdAdd->click();
+      return ModalRobot::ClickLater(select, "cmdFinish");
+    }
+    if (auto* params = qobject_cast<aggregate::frmAggParams*>(modal)) {
+      params->Box(aggregate::Box::ForecastsNo)->click();
+      params->Box(aggregate::Box::AscNo)->click();
+      params->Box(aggregate::Box::Automatic2)->click();
+      return ModalRobot::ClickLater(params, "Command1");
+    }
+    if (auto* wizard = qobject_cast<rules::frmWizard1*>(modal))
+      return ModalRobot::ClickLater(wizard, wizard->Wizard().Step() == 0 ? "cmdNav3" : "cmdNav4");
+    if (auto* progress = qobject_cast<batch::frmProgress*>(modal)) {
+      if (!progress_taken) progress->grab().save(dir + "/agg_progress.png");
+      progress_taken = true;
+      return false;
+    }
+    if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+      // No a priori replacements; every other message as its default button answers it.
+      QAbstractButton* answer = box->text().contains("replace any children") ? box->button(QMessageBox::No)
+                                                                             : box->defaultButton();
+      QTimer::singleShot(0, box, [box, answer] { answer ? answer->click() : box->accept(); });
+      return true;
+    }
+    return false;
+  });
+  session.OpenProject(program / "examples" / "quarterly.xml");
+  session.mnu_Agg_Click();
+  robot.Stop();
+  ReportPane* pane = session.Pane();
+  pane->trvMenu->expandAll();
+  const std::string details = batch::RowKey("GROUPT.ASC", "R1");
+  if (QTreeWidgetItem* parent = pane->ItemByKey(details)) {
+    pane->trvMenu->setCurrentItem(parent);
+    session.trvMenu_NodeClick(details);
+  }
+  QApplication::processEvents();
+  form.grab().save(dir + "/agg_main_after_run.png");
+}
+}  // namespace
+
+void TakeAggregationScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir,
+                                const std::filesystem::path& program) {
+  QWidget* parent = &form;
   // The messages the answers raise are recorded, not shown: the pictures are of the dialogs.
   platform::SetDialogHost(std::make_shared<platform::RecordingDialogHost>());
   {
@@ -62,6 +121,7 @@ void TakeAggregationScreenshots(QWidget* parent, const QString& dir, const std::
   std::error_code ec;
   std::filesystem::remove_all(data, ec);
   platform::SetDialogHost(std::make_shared<platform::QtDialogHost>());
+  RunFromTheMenu(form, session, dir, program);
 }
 
 }  // namespace tessaly::app

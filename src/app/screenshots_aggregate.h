@@ -1,11 +1,16 @@
 #pragma once
-// The aggregation's dialogs for the screenshot session: frmAggSelect as it opens and with
-// children chosen, and frmAggParams at each stage of its questions.
+// The aggregation for the screenshot session.
 #include <QString>
 #include <filesystem>
 
-class QWidget;
+namespace tessaly::shell {
+class frmMain;
+}
 
 namespace tessaly::app {
-void TakeAggregationScreenshots(QWidget* parent, const QString& dir, const std::filesystem::path& program);
+class DesktopSession;
+// The two dialogs at each stage, then an aggregation of the quarterly sample run from the
+// Batch menu: the progress window and the main window's tree with the parent and children.
+void TakeAggregationScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir,
+                                const std::filesystem::path& program);
 }  // namespace tessaly::app
