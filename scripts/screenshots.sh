@@ -5,7 +5,8 @@
 # sample project (each wizard page on the automatic path "2. With User  Rules", the option
 # tree's four panes, the progress window, the messages at the end), the main window after
 # the run with a graph, a report, a text file, a series' overview and a summary shown, the
-# step dialog of the "All" walk, the wizard's model pages for one and several series, and
+# step dialog of the "All" walk, the wizard's model pages for one and several series, the
+# aggregation's frmAggSelect and frmAggParams at each stage of its questions (agg_*.png), and
 # the help window.
 #   scripts/screenshots.sh OUTPUT_FOLDER [PROGRAM_FOLDER]
 # PROGRAM_FOLDER is the built program folder (default: $TESSALY_BUILD_DIR/program, or

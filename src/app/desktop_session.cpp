@@ -14,6 +14,7 @@
 #include <QTreeWidget>
 
 #include "app/desktop_pool.h"
+#include "aggregate/forms/aggregation_desktop.h"
 #include "app/report_pane.h"
 #include "batch/engine/engine_client.h"
 #include "batch/forms/frm_project_forms.h"
@@ -180,6 +181,8 @@ void DesktopSession::BuildMenus() {
   mnuBatchPrevReports->setObjectName("mnuBatchPrevReports");
   Mnu_Pool = mnuBatch->addAction("&Pool Series...", this, &DesktopSession::Mnu_Pool_Click);
   Mnu_Pool->setObjectName("Mnu_Pool");
+  mnu_Agg = mnuBatch->addAction("&Aggregation...", this, &DesktopSession::mnu_Agg_Click);
+  mnu_Agg->setObjectName("mnu_Agg");
 }
 
 void DesktopSession::UpdateCommands() {
@@ -369,6 +372,22 @@ void DesktopSession::mnuBatchRun_Click() {
     ShowReportTree(true);
   }
   UpdateCommands();
+}
+
+void DesktopSession::mnu_Agg_Click() {
+  shell::EnterMenuCommand("frmMain", "mnu_Agg_Click");
+  if (running_) return;
+  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) return;
+  aggregate::DesktopAggregation context{&form_, program_, session_.ctrlBatch.get(), session_.project_path,
+                                        std::make_shared<MainFormRunView>(*this),
+                                        std::make_shared<batch::ProgramRunReports>(program_),
+                                        std::make_shared<rules::DesktopWizardUi>(&form_), &session_.trvMenu};
+  const bool ran = aggregate::mnu_Agg(context);
+  SetRunMenusEnabled(true);
+  if (ran) session_.OutputPath = platform::EnsureSubfolder(session_.ctrlBatch->InDirectory(), "OUTPUT");
+  SyncTree();
+  ShowReportTree(!session_.trvMenu.Empty());
 }
 
 void DesktopSession::trvMenu_NodeClick(const std::string& key) {

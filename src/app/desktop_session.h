@@ -36,6 +36,7 @@ class DesktopSession : public QObject {
   void mnuBatchEdit_Click();
   void mnuBatchPrevReports_Click();
   void Mnu_Pool_Click();
+  void mnu_Agg_Click();
   // A click (or Enter) on a tree node, by its key.
   void trvMenu_NodeClick(const std::string& key);
 
@@ -51,6 +52,7 @@ class DesktopSession : public QObject {
   QAction* mnuBatchEdit = nullptr;
   QAction* mnuBatchPrevReports = nullptr;
   QAction* Mnu_Pool = nullptr;
+  QAction* mnu_Agg = nullptr;
 
   // Keeps the run's menus, status and tree in step (used by the run's view).
   void SetRunMenusEnabled(bool enabled);

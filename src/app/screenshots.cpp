@@ -17,6 +17,7 @@
 #include "app/desktop_session.h"
 #include "app/modal_robot.h"
 #include "app/report_pane.h"
+#include "app/screenshots_aggregate.h"
 #include "batch/forms/frm_progress.h"
 #include "batch/forms/frm_project_forms.h"
 #include "report/forms/frm_allgraphs_sel.h"
@@ -284,6 +285,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
     PoolScreenshots(&form, session, dir, program);
     SpreadsheetScreenshots(&form, dir, program);
+    TakeAggregationScreenshots(form, session, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");

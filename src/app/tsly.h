@@ -43,5 +43,6 @@ int UsageError(std::string_view command, std::string_view text, std::ostream& er
 int RunCommand(const Args& args, std::ostream& out, std::ostream& err);
 int PoolCommand(const Args& args, std::ostream& out, std::ostream& err);
 int ImportCommand(const Args& args, std::ostream& out, std::ostream& err);
+int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err);
 
 }  // namespace tessaly::app::tsly

@@ -59,6 +59,34 @@ constexpr Command kCommands[] = {
      "\n"
      "Exit status: 0 all written, 1 some series refused, 2 nothing written or bad usage.\n",
      &ImportCommand},
+    {"aggregate", "aggregate children into their parent and reconcile the forecasts",
+     "usage: tsly aggregate PROJECT.xml CHILD.ASC [CHILD.ASC ...] --forecasts N\n"
+     "           [--parent-forecasts] [--parent-asc] [--mixed-frequency] [--add-series VARIABLES.his]\n"
+     "           [--causal] [--rules user|qvx] [--no-fixed-effects] [--reconcile bottom-up|top-down|mint]\n"
+     "\n"
+     "The children (2 to 149 ASC files of the project, in the order the reconciliation numbers\n"
+     "them) are summed into the parent GROUPT.ASC; the parent and then each child go through\n"
+     "the engine and the forecasts are reconciled. One flag per question of the Aggregation\n"
+     "Parameters dialog, with its defaults:\n"
+     "  --forecasts N         the number of forecasts to be created (0 to 600)\n"
+     "  --parent-forecasts    the parent's forecasts are in GROUPT.PRO in the input folder\n"
+     "                        (the reconciliation is then top down)\n"
+     "  --parent-asc          the parent is GROUPT.ASC in the input folder (else it is built)\n"
+     "  --mixed-frequency     the children are the periods of a parent period (numbered names)\n"
+     "  --add-series FILE     generated series for the parent (not available in this build)\n"
+     "  --causal              the parent's history and forecasts as a causal in the children\n"
+     "  --rules user|qvx      the parent's rules: Automatic With Users or QVX Rules (qvx)\n"
+     "  --no-fixed-effects    disable the children's seasonal dummies (with --rules qvx)\n"
+     "  --reconcile D         bottom-up (the parent is made the children's sum) or top-down\n"
+     "                        (the parent's forecasts shared out by first-period shares) or\n"
+     "                        mint (all forecasts combined by their in-sample errors, MinT)\n"
+     "\n"
+     "Messages go to standard error as 'TITLE: text'. The children's originals are kept in\n"
+     "ASCBACKUP and put back at the end.\n"
+     "\n"
+     "Exit status: 0 when the run finished, 1 when it was incomplete, 2 when the selection or\n"
+     "the answers were refused or the usage is wrong.\n",
+     &AggregateCommand},
 };
 }  // namespace
 

@@ -1,0 +1,71 @@
+#include "aggregate/forms/aggregation_desktop.h"
+
+#include "aggregate/captions.h"
+#include "aggregate/forms/frm_agg_params.h"
+#include "aggregate/forms/frm_agg_select.h"
+#include "aggregate/forms/frm_replacements.h"
+#include "aggregate/rules_binding.h"
+
+namespace tessaly::aggregate {
+
+namespace {
+// The captions before the parameters are answered follow the dialog's last showing.
+struct LastAnswers {
+  bool mixed = false;
+  bool bottom_up = true;
+};
+LastAnswers& Last() {
+  static LastAnswers last;
+  return last;
+}
+}  // namespace
+
+bool mnu_Agg(const DesktopAggregation& c) {
+  if (!c.project) return false;
+  auto view = c.view ? c.view : std::make_shared<batch::RunView>();
+  view->ShowReportTree(false);
+  ShowAdvisory(c.program_folder, c.project->InDirectory());
+  std::vector<std::string> files;
+  for (int i = 0; i < static_cast<int>(c.project->Count()); ++i) files.push_back(c.project->List(i));
+
+  bool ran = false;
+  frmAggSelect* select = nullptr;
+  auto finish = [&](const std::vector<std::string>& chosen) {
+    SelectionContext context{SelectionFlow::Aggregation, c.project->InDirectory(),
+                             [&](const std::string& s) { view->SetStatus(s); },
+                             StageCaption(stage::kValidatingChildren, Last().mixed, Last().bottom_up)};
+    const SelectionResult selection = ValidateChildren(chosen, context);
+    if (selection.outcome == SelectionResult::Outcome::CountRefused) return false;
+    if (selection.outcome == SelectionResult::Outcome::FileRefused) return true;
+    select->hide();
+    view->SetStatus(status::kSelectParameters);
+    frmAggParams params({c.program_folder, c.project->InDirectory(), selection.chosen,
+                         selection.all_names_numeric, selection.keep_seasonality,
+                         selection.first_forecast_count, nullptr},
+                        c.parent);
+    const bool answered = params.exec() == QDialog::Accepted;
+    Last() = {params.Params().Value(Box::MixedYes), params.Params().Value(Box::PtoC)};
+    if (!answered) {
+      AggregationRun::CancelBeforeRun(c.program_folder, view);
+      return true;
+    }
+    AggregationSeams seams;
+    seams.rules = std::make_shared<AggregationRulesWizard>(c.program_folder, c.wizard_window);
+    seams.view = view;
+    seams.reports = c.reports;
+    seams.tree = c.tree;
+    seams.replacements = DesktopReplacementChooser(c.parent, c.project->InDirectory(), selection.keep_observations,
+                                                   params.Params().Options().NumberOfForecasts);
+    AggregationRun run(SetupFromParams(params.Params(), selection, *c.project, c.project_file, c.program_folder),
+                       std::move(seams));
+    run.Run();
+    ran = true;
+    return true;
+  };
+  frmAggSelect dialog(SelectionFlow::Aggregation, files, finish, c.parent);
+  select = &dialog;
+  if (dialog.exec() != QDialog::Accepted) DeleteParamsRecord(c.program_folder);
+  return ran;
+}
+
+}  // namespace tessaly::aggregate
