@@ -22,7 +22,8 @@ endfunction()
 set(TESSALY_ENGINE_PROCESS_TESTS
   desktop_tests batch_tests batch_engine_run_tests engine_client_tests batch_forms_progress_tests
   engine_client_real_engine_tests qvxengine_tests platform_process_tests shell_program_tests
-  rules_tests tsly_tests)
+  rules_tests tsly_tests
+  genseries_cli_tests)
 
 # tessaly_test(NAME SOURCES... [DEPS ...]) : a GoogleTest executable registered with CTest.
 # Tests find the built program folder through TESSALY_PROGRAM_DIR and the source tree

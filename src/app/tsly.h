@@ -41,5 +41,6 @@ int UsageError(std::string_view command, std::string_view text, std::ostream& er
 
 // The commands, each in its own file.
 int RunCommand(const Args& args, std::ostream& out, std::ostream& err);
+int AddSeriesCommand(const Args& args, std::ostream& out, std::ostream& err);
 
 }  // namespace tessaly::app::tsly
