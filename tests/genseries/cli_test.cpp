@@ -96,7 +96,12 @@ TEST_F(AddSeriesCli, TheEngineKeepsAGeneratedLevelShiftInItsModel) {
   ASSERT_TRUE(equation && rhside) << out;
   EXPECT_NE(equation->find("IIL00061SALES"), std::string::npos) << *equation;
   EXPECT_NE(rhside->find("IIL00061SALES"), std::string::npos) << *rhside;
-  std::cout << "EQUATION.TXT:\n" << *equation << "\nRHSIDE.TXT:\n" << *rhside << std::endl;
+  // The step's size is found: the coefficient of the input lies near the +40 put in.
+  const std::string term = "IIL00061SALES LAG 0";
+  const size_t at = rhside->find(term);
+  ASSERT_NE(at, std::string::npos);
+  const double coefficient = std::stod(rhside->substr(at + term.size()));
+  EXPECT_NEAR(coefficient, 40.0, 2.0) << *rhside;
 }
 
 }  // namespace
