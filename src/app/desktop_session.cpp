@@ -17,6 +17,7 @@
 #include "batch/engine/engine_client.h"
 #include "batch/forms/frm_project_forms.h"
 #include "batch/run.h"
+#include "genseries/forms/frm_adjust.h"
 #include "batch/run_reports_binding.h"
 #include "batch/run_rules_binding.h"
 #include "platform/paths.h"
@@ -161,6 +162,16 @@ void DesktopSession::BuildMenus() {
   mnuBatchPrevReports =
       mnuBatch->addAction("&Previous Reports", this, &DesktopSession::mnuBatchPrevReports_Click);
   mnuBatchPrevReports->setObjectName("mnuBatchPrevReports");
+  mnuBatch->addSeparator();
+  mnuBatch->addAction("Add &Generated Series...", this, [this] {
+    shell::EnterMenuCommand("frmMain", "mnu_Select_Generated_Series");
+    if (session_.ctrlBatch) genseries::mnu_Select_Generated_Series(&form_, *session_.ctrlBatch, session_.project_path, program_);
+  })->setObjectName("mnu_Select_Generated_Series");
+  mnuBatch->addAction("A&djust ASC Files...", this, [this] {
+    shell::EnterMenuCommand("frmMain", "mnu_Adjust_ASCfiles");
+    if (session_.ctrlBatch)
+      genseries::mnu_Adjust_ASCfiles(&form_, *session_.ctrlBatch, genseries::VariablesFileOf(*session_.ctrlBatch, session_.project_path), {}, program_);
+  })->setObjectName("mnu_Adjust_ASCfiles");
 }
 
 void DesktopSession::UpdateCommands() {
@@ -168,6 +179,8 @@ void DesktopSession::UpdateCommands() {
   mnuFileClose->setEnabled(open && !running_);
   mnuBatchEdit->setEnabled(open && !running_);
   mnuBatchPrevReports->setEnabled(open && !running_);
+  for (QAction* a : mnuBatch->actions())
+    if (a->objectName().startsWith("mnu_")) a->setEnabled(open && !running_);
   QString title = "Tessaly";
   if (open) title += " - " + QString::fromStdString(session_.ctrlBatch->BatchName());
   form_.setWindowTitle(title);

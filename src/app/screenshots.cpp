@@ -1,4 +1,5 @@
 #include "app/screenshots.h"
+#include "app/screenshots_genseries.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -282,6 +283,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),
                "wizard_causal");
     OptionTreePages(&form, dir, program, program / "examples" / "AIRLINE.ASC");
+    GenSeriesScreenshots(&form, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");

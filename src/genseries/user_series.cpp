@@ -165,7 +165,9 @@ void BusinessDays(GenContext& ctx, int16_t type) {
   }
 }
 
+// A cell left blank counts as 0; any other text must be a number.
 double ToValue(const std::string& text) {
+  if (dataset::TrimBlanks(text).empty()) return 0.0;
   platform::NumberConversion c = platform::ToNumber(text);
   if (!c.ok()) RaiseTypeMismatch(kProcedure);
   return c.value;

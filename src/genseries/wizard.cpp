@@ -138,12 +138,13 @@ bool AddSeriesWizard::SPAllowed() const { return ds_.seasonality != 1; }
 bool AddSeriesWizard::UserDefAllowed() const { return ds_.seasonality != 1; }
 
 void AddSeriesWizard::SelectHolidays(const std::vector<std::string>& marked) {
-  for (const std::string& h : marked) {
-    auto it = std::find(lstHolidays1.begin(), lstHolidays1.end(), h);
-    if (it == lstHolidays1.end()) continue;
-    lstHolidays1.erase(it);
-    lstHolidays2.push_back(h);
+  // In the order of the Available list, whatever order they were marked in.
+  std::vector<std::string> keep;
+  for (const std::string& h : lstHolidays1) {
+    if (std::find(marked.begin(), marked.end(), h) != marked.end()) lstHolidays2.push_back(h);
+    else keep.push_back(h);
   }
+  lstHolidays1 = keep;
 }
 
 void AddSeriesWizard::RemoveHolidays(const std::vector<std::string>& marked) {
