@@ -50,11 +50,6 @@ frmSelAdjSeries::frmSelAdjSeries(QWidget* parent, fs::path folder, fs::path vari
   setWindowTitle("Select ASC Files To Adjust");
   auto* v = new QVBoxLayout(this);
   v->addWidget(Wrapped(this, texts::kSelAdjText));
-  auto* heads = new QHBoxLayout;
-  heads->addWidget(new QLabel("Available:", this));
-  heads->addStretch(1);
-  heads->addWidget(new QLabel("Selected:", this));
-  v->addLayout(heads);
   lists = new batch::TwoLists(this);
   v->addWidget(lists, 1);
   auto* nav = new QHBoxLayout;

@@ -83,10 +83,11 @@ frmWizard2::frmWizard2(AddSeriesWizard& wizard, QWidget* parent) : QDialog(paren
   fraStep->addWidget(BuildIntervention("fraTrend", txtTrend));
   fraStep->addWidget(BuildHolidays());
   fraStep->addWidget(BuildUserDef());
-  auto* finished = new QLabel("Click Finish to save your choices and choose the files to adjust.", this);
-  finished->setObjectName("fraFinished");
-  finished->setAlignment(Qt::AlignCenter);
-  fraStep->addWidget(finished);
+  lblSummary = new QLabel(this);
+  lblSummary->setObjectName("fraFinished");
+  lblSummary->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  lblSummary->setWordWrap(true);
+  fraStep->addWidget(lblSummary);
   layout->addWidget(fraStep, 1);
 
   auto* nav = new QHBoxLayout;
@@ -104,7 +105,7 @@ frmWizard2::frmWizard2(AddSeriesWizard& wizard, QWidget* parent) : QDialog(paren
   connect(cmdNav[1], &QPushButton::clicked, this, &frmWizard2::cmdNext_Click);
   connect(cmdNav[2], &QPushButton::clicked, this, &frmWizard2::cmdCancel_Click);
   connect(cmdNav[3], &QPushButton::clicked, this, &frmWizard2::cmdFinish_Click);
-  resize(640, 480);
+  resize(660, 540);
   Refresh();
 }
 
@@ -350,13 +351,44 @@ void frmWizard2::Refresh() {
   QString note;
   if (w_.user_method == "Manual") note = texts::kManualNote;
   if (w_.user_method == "Business Days") {
-    for (const char* line : texts::kBusinessDaysNote) note += QString(line) + "\n";
+    // The two opening lines, the holidays on one line, the closing line.
+    const int n = static_cast<int>(std::size(texts::kBusinessDaysNote));
+    QStringList holidays;
+    for (int i = 2; i < n - 1; ++i) holidays << texts::kBusinessDaysNote[i];
+    note = QString("%1\n%2 %3.\n%4").arg(texts::kBusinessDaysNote[0], texts::kBusinessDaysNote[1],
+                                         holidays.join(", "), texts::kBusinessDaysNote[n - 1]);
   }
   lblMethodNote->setText(note.trimmed());
+  if (step == WizardStep::Finished) lblSummary->setText(Summary());
   cmdNav[0]->setEnabled(step != WizardStep::Options);
   cmdNav[1]->setEnabled(step != WizardStep::Finished);
   cmdNav[3]->setEnabled(step == WizardStep::Finished);
   refreshing_ = false;
+}
+
+QString frmWizard2::Summary() const {
+  const GenerationVariables v = w_.Variables();
+  QStringList lines = {"Click Finish to save these choices and choose the files to adjust:", ""};
+  auto range = [&](const char* what, const std::string& sy, const std::string& sp, const std::string& ey,
+                   const std::string& ep, bool with_end) {
+    if (sy.empty()) return;
+    QString line = QString("%1 from %2/%3").arg(what, Q(sy), Q(sp));
+    if (with_end) line += QString(" to %1/%2").arg(Q(ey), Q(ep));
+    lines << line;
+  };
+  range("Level intervention", v.LevelStartYear, v.LevelStartPeriod, v.LevelEndYear, v.LevelEndPeriod, true);
+  range("Pulse intervention", v.PulseStartYear, v.PulseStartPeriod, "", "", false);
+  range("Seasonal pulse intervention", v.SPStartYear, v.SPStartPeriod, "", "", false);
+  range("Trend", v.TrendStartYear, v.TrendStartPeriod, v.TrendEndYear, v.TrendEndPeriod, true);
+  if (v.NumberofHolidaysSelected != "0") {
+    QStringList names;
+    for (const std::string& h : v.HolidayNames()) names << Q(h);
+    lines << QString("Holidays: %1").arg(names.join(", "));
+  }
+  if (!v.UserDefName.empty())
+    lines << QString("User defined series G_%1: %2, type %3").arg(Q(v.UserDefName), Q(v.UserDefMethod), Q(v.UserDefType));
+  lines << "" << QString("%1 series in all.").arg(w_.NewSeriesCount());
+  return lines.join("\n");
 }
 
 bool frmWizard2::EnsureDate(bool holidays) {

@@ -46,6 +46,7 @@ class frmWizard2 : public QDialog {
   QGroupBox *OptionQuarter = nullptr, *OptionMonth = nullptr, *OptionDay = nullptr;
   std::vector<QRadioButton*> optQuarter, optMonth, optDay;
   QLabel* lblMethodNote = nullptr;
+  QLabel* lblSummary = nullptr;  // the Finished step: what Finish will save
 
   void cmdBack_Click();
   void cmdNext_Click();
@@ -64,6 +65,7 @@ class frmWizard2 : public QDialog {
   void MethodChosen();
   void TypeChosen(int type);
   bool EnsureDate(bool holidays);
+  QString Summary() const;
   AddSeriesWizard& w_;
   bool refreshing_ = false;
   bool manual_note_shown_ = false;
