@@ -33,13 +33,9 @@ TEST_F(Merging, TheHeaderIsRewrittenAndTheDependentSeriesKeptLast) {
   EXPECT_TRUE(r.log_lines.empty());
   AscRead out = ReadAsc(asc);
   EXPECT_EQ(out.objectives, (std::vector<int>{2, 1, 3}));
-  EXPECT_EQ(out.series, 5);
-  EXPECT_EQ(out.seasonality, 12);
-  EXPECT_EQ(out.year, 1998);
-  EXPECT_EQ(out.period, 4);
-  EXPECT_EQ(out.observations, 30);
-  EXPECT_EQ(out.future, 6);
-  EXPECT_EQ(out.forecasts, 6);
+  EXPECT_EQ((std::vector<int>{out.series, out.seasonality, out.year, out.period, out.observations,
+                              out.future, out.retained, out.forecasts}),
+            (std::vector<int>{5, 12, 1998, 4, 30, 6, 0, 6}));
   EXPECT_EQ(out.names, (std::vector<std::string>{"PRICE", "PROMO", "IIL00015UNITS", "G_QTR", "UNITS"}));
   EXPECT_EQ(out.types, (std::vector<int>{1, 0, 1, 2, 0}));
   EXPECT_EQ(out.obs["UNITS"][29], 3029.5);
@@ -122,6 +118,15 @@ TEST_F(Merging, TheLimitsOf149And150Series) {
   EXPECT_EQ(out.series, 150);
   EXPECT_EQ(out.names[148], "IIL00005S150");
   EXPECT_EQ(out.names[149], "S150");
+
+  // One generator over several files measures the next against the series it last wrote.
+  clsGenerateSeries gen(dir / "program");
+  asc = Asc("ALMOST.ASC", almost);
+  EXPECT_FALSE(gen.GenerateSeries(asc, dir / kVariablesFileName));
+  EXPECT_FALSE(gen.GenerateSeries(Asc("SMALL.ASC", AscSpec{{"Y"}, {0}, 4, 1990, 1, 12, 0, 0, 4}),
+                                  dir / kVariablesFileName));
+  EXPECT_EQ(gen.LogLines(), std::vector<std::string>{texts::kNoOtherSeries});
+  EXPECT_FALSE(gen.Written());
 }
 
 TEST_F(Merging, RefusalsBeforeReadingLeaveTheFileByteForByte) {

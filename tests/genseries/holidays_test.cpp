@@ -92,15 +92,6 @@ TEST(HolidayCalendar, MemorialDayBefore1971FailsOnFiveDayAndWeeklyData) {
   EXPECT_THROW(IsHoliday({1970, 5, 24}, "M_MEMORIALDAY", 52), GenFailure);
 }
 
-TEST(HolidayCalendar, TheWizardOffersElevenToMonthlyAndEighteenToDailyData) {
-  EXPECT_EQ(HolidaysOffered(12).size(), 11u);
-  EXPECT_EQ(HolidaysOffered(5).size(), 18u);
-  EXPECT_EQ(HolidaysOffered(7), AllHolidayKeys());
-  EXPECT_TRUE(HolidaysOffered(52).empty());
-  EXPECT_EQ(AllHolidayKeys().front(), "M_GOODFRIDAY");
-  EXPECT_EQ(AllHolidayKeys().back(), "M_MARDIGRAS");
-}
-
 // Whole series through GenerateSeries: every mark of a holiday over decades, checked against
 // the calendar of the standard library.
 class HolidaySeries : public GenTest {};

@@ -47,7 +47,9 @@ TEST_F(Wizard, WeeklyDataStartOnTheSundayOfTheFirstWeek) {
 TEST_F(Wizard, StepsFollowTheTicksAndEachCheckKeepsTheWizardWhereItIs) {
   AddSeriesWizard wiz(Monthly());
   EXPECT_TRUE(wiz.CheckSeasonality());
+  EXPECT_EQ(wiz.lstHolidays1, HolidaysOffered(12));
   EXPECT_EQ(wiz.lstHolidays1.size(), 11u);
+  EXPECT_TRUE(HolidaysOffered(52).empty());
   EXPECT_FALSE(wiz.Next());
   EXPECT_EQ(host->shown.back().title, "Process Error");
   EXPECT_EQ(Last(), texts::kSelectASeries);
@@ -146,6 +148,7 @@ TEST_F(Wizard, TheLimitOfNewSeriesAndTheOtherSeasonalities) {
   WizardDataset daily = Monthly();
   daily.seasonality = 7, daily.observations = 300, daily.forecasts = 30;
   AddSeriesWizard d(daily);
+  EXPECT_EQ(d.lstHolidays1, AllHolidayKeys());
   EXPECT_EQ(d.lstHolidays1.size(), 18u);
   EXPECT_EQ(MethodsOffered(daily).back(), "4-4-5");  // 330 days: no MonthlyEffect
   d.chkAddUserDef = true;
