@@ -268,17 +268,6 @@ TEST_F(Merging, AdjustingAProjectsFilesWithSafetyCopies) {
   EXPECT_FALSE(fs::exists(dir / "ASCBACKUP" / "A.ASC"));
   EXPECT_FALSE(fs::exists(dir / "ASCBACKUP" / "C.asc"));
 
-  // Adjusted again, then nothing saved: every file is as it was before.
-  const std::string a_kept = Bytes(dir / "A.ASC");
-  v.PulseStartYear.clear();
-  v.LevelStartYear = "2000", v.LevelStartPeriod = "6", v.LevelEndYear = "2000", v.LevelEndPeriod = "8";
-  ASSERT_TRUE(BuildXML(his, v, "", "", dir / "program"));
-  run = AdjustChosenFiles(dir.path(), {"A.ASC", "C.asc"}, his, {}, dir / "program");
-  EXPECT_EQ(run.Message(), texts::kAllAdjusted);
-  RestoreOriginals(dir.path(), {"A.ASC", "B.ASC", "C.asc"});
-  EXPECT_EQ(Bytes(dir / "A.ASC"), a_kept);
-  EXPECT_EQ(Bytes(dir / "C.asc"), a_before);
-
   // One dataset of two series split into univariate files.
   std::vector<fs::path> parts = Create_individual_ASC_files(dir / "A.ASC", dir / "program");
   ASSERT_EQ(parts.size(), 3u);

@@ -111,17 +111,10 @@ TEST_F(Wizard, StepsFollowTheTicksAndEachCheckKeepsTheWizardWhereItIs) {
   EXPECT_EQ(wiz.Step(), WizardStep::UserDef);
 
   GenerationVariables v = wiz.Variables();
-  EXPECT_EQ(v.FirstObjective, "2");
-  EXPECT_EQ(v.NumberOfNewSeries, "13");
-  EXPECT_EQ(v.BPSeaonality, "12");
-  EXPECT_EQ(v.MajorPeriod, "1995");
-  EXPECT_EQ(v.MinorPeriod, "4");
-  EXPECT_EQ(v.LevelStartYear, "1996");
-  EXPECT_EQ(v.PulseStartYear, "");
-  EXPECT_EQ(v.TrendEndPeriod, "3");
-  EXPECT_EQ(v.UserDefMethod, "MonthlyEffect");
-  EXPECT_EQ(v.DateOfFirstObservation, kNoDate);
-  EXPECT_EQ(v.NumberofHolidaysSelected, "0");
+  EXPECT_EQ((std::vector<std::string>{v.FirstObjective, v.NumberOfNewSeries, v.BPSeaonality, v.MajorPeriod,
+                                      v.MinorPeriod, v.LevelStartYear, v.PulseStartYear, v.TrendEndPeriod,
+                                      v.UserDefMethod, v.DateOfFirstObservation, v.NumberofHolidaysSelected}),
+            (std::vector<std::string>{"2", "13", "12", "1995", "4", "1996", "", "3", "MonthlyEffect", kNoDate, "0"}));
 }
 
 TEST_F(Wizard, TheLimitOfNewSeriesAndTheOtherSeasonalities) {
