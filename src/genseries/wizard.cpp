@@ -195,29 +195,42 @@ bool AddSeriesWizard::CheckSeriesLimit() const {
   return Fail(texts::TooManySeries(count, excess), texts::kProcessErrorTitle);
 }
 
-bool AddSeriesWizard::CheckIntervention(const InterventionFields& f) const {
+bool AddSeriesWizard::CheckInterventionField(const InterventionFields& f, int i) const {
   const int s = ds_.seasonality;
-  int v[4];
-  for (int i = 0; i < 4; ++i) {
-    std::string t = Trim(f[i]);
-    if (t.empty() || !platform::IsNumeric(t)) return Fail(texts::kCompleteEachSection, kInputTitle);
-    v[i] = static_cast<int>(platform::Val(t));
-  }
-  if (s == 1 || s == 4 || s == 12) {
-    for (int i : {0, 2})
-      if (Trim(f[i]).size() < 4) return Fail(texts::YearShort(Trim(f[i])), kRangeTitle);
-  }
+  const std::string t = Trim(f[i]);
+  if (t.empty()) return true;  // told at Next, with the other empty fields
+  if (!platform::IsNumeric(t)) return Fail(texts::kCompleteEachSection, kInputTitle);
+  const int value = static_cast<int>(platform::Val(t));
+  auto year_of = [&](int k) {
+    const std::string y = Trim(f[k]);
+    return platform::IsNumeric(y) ? static_cast<int>(platform::Val(y)) : -1;
+  };
   auto N = [](int x) { return std::to_string(x); };
-  if (v[0] < ds_.begin_year) return Fail(texts::kStartYearLow + N(ds_.begin_year), kRangeTitle);
-  if (v[0] > ds_.last_year) return Fail(texts::kStartYearHigh + N(ds_.last_year), kRangeTitle);
-  if (v[1] > std::max(s, 1)) return Fail(texts::kStartPeriodHigh + N(s), kRangeTitle);
-  if (v[0] == ds_.begin_year && v[1] < ds_.begin_period)
+  const bool start = i < 2;
+  if (i == 0 || i == 2) {
+    if ((s == 1 || s == 4 || s == 12) && t.size() < 4) return Fail(texts::YearShort(t), kRangeTitle);
+    if (value < ds_.begin_year)
+      return Fail((start ? texts::kStartYearLow : texts::kEndYearLow) + N(ds_.begin_year), kRangeTitle);
+    if (value > ds_.last_year)
+      return Fail((start ? texts::kStartYearHigh : texts::kEndYearHigh) + N(ds_.last_year), kRangeTitle);
+    return true;
+  }
+  if (value > std::max(s, 1))
+    return Fail((start ? texts::kStartPeriodHigh : texts::kEndPeriodHigh) + N(s), kRangeTitle);
+  if (start && year_of(0) == ds_.begin_year && value < ds_.begin_period)
     return Fail(texts::kStartPeriodLow + N(ds_.begin_period), kRangeTitle);
-  if (v[2] < ds_.begin_year) return Fail(texts::kEndYearLow + N(ds_.begin_year), kRangeTitle);
-  if (v[2] > ds_.last_year) return Fail(texts::kEndYearHigh + N(ds_.last_year), kRangeTitle);
-  if (v[3] > std::max(s, 1)) return Fail(texts::kEndPeriodHigh + N(s), kRangeTitle);
-  if (v[2] == ds_.last_year && v[3] > ds_.last_period)
+  if (!start && year_of(2) == ds_.last_year && value > ds_.last_period)
     return Fail(texts::kEndPeriodHighLast + N(ds_.last_period), kRangeTitle);
+  return true;
+}
+
+bool AddSeriesWizard::CheckIntervention(const InterventionFields& f) const {
+  for (int i = 0; i < 4; ++i) {
+    const std::string t = Trim(f[i]);
+    if (t.empty() || !platform::IsNumeric(t)) return Fail(texts::kCompleteEachSection, kInputTitle);
+  }
+  for (int i = 0; i < 4; ++i)
+    if (!CheckInterventionField(f, i)) return false;
   return true;
 }
 

@@ -102,6 +102,9 @@ class AddSeriesWizard {
 
   // The checks, each showing its message and returning false on failure.
   bool CheckIntervention(const InterventionFields& f) const;
+  // The checks of one field (0 start year, 1 start period, 2 end year, 3 end period), as the
+  // field is left; an empty field waits for Next.
+  bool CheckInterventionField(const InterventionFields& f, int index) const;
   bool CheckUserStep() const;
   bool CheckSeriesLimit() const;
 

@@ -224,6 +224,18 @@ TEST_F(FormsTest, DailyDataAskForTheDateOfTheFirstObservationAndCancelAsks) {
   AddSeriesWizard wizard(daily);
   frmWizard2 form(wizard);
   EXPECT_EQ(form.lstHolidays1->count(), 18);
+  EXPECT_TRUE(form.chkAddHoliday->isEnabled() && form.chkAddSP->isEnabled());
+
+  // A level's fields are checked as each is left.
+  form.chkAddLevel->setChecked(true);
+  form.cmdNext_Click();
+  form.show();
+  form.txtLevel[1]->setText("8");
+  emit form.txtLevel[1]->editingFinished();
+  EXPECT_EQ(host->shown.back().text, std::string(texts::kStartPeriodHigh) + "7");
+  form.txtLevel[1]->setText("1");
+  form.cmdBack_Click();
+  form.chkAddLevel->setChecked(false);
   form.chkAddHoliday->setChecked(true);
   form.cmdNext_Click();
   EXPECT_EQ(form.lblInstruction->text().toStdString(), texts::kHolidayNote);

@@ -98,6 +98,7 @@ frmWizard2::frmWizard2(AddSeriesWizard& wizard, QWidget* parent) : QDialog(paren
     cmdNav[i] = new QPushButton(captions[i], this);
     cmdNav[i]->setObjectName(names[i]);
     cmdNav[i]->setAutoDefault(false);
+    cmdNav[i]->setFocusPolicy(Qt::NoFocus);  // a click on Next does not leave the field first
     nav->addWidget(cmdNav[i]);
   }
   layout->addLayout(nav);
@@ -140,6 +141,16 @@ QWidget* frmWizard2::BuildIntervention(const char* name, std::array<QLineEdit*, 
     fields[i]->setObjectName(QString("txt%1%2").arg(stem).arg(i + 1));
     fields[i]->setMaximumWidth(120);
     form->addRow(labels[i], fields[i]);
+    // Each field is checked as it is left, and keeps the focus while it is in error.
+    connect(fields[i], &QLineEdit::editingFinished, this, [this, &fields, i] {
+      if (refreshing_ || !fields[i]->isVisible()) return;
+      InterventionFields values;
+      for (int k = 0; k < 4; ++k) values[k] = fields[k]->text().toStdString();
+      if (!w_.CheckInterventionField(values, i)) {
+        fields[i]->setFocus();
+        fields[i]->selectAll();
+      }
+    });
   }
   const WizardDataset& d = w_.Dataset();
   auto* note = new QLabel(QString("The dataset runs from %1/%2 to %3/%4 (seasonality %5), future values included.")
