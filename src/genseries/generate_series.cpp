@@ -23,7 +23,7 @@ std::string Trim(const std::string& s) { return dataset::TrimBlanks(s); }
 
 bool IsFutureType(int16_t type) { return type >= 1 && type <= 3; }
 
-// Step 9: what the new request replaces. A monthly set replaces a quarterly one and the
+// What a new request replaces. A monthly set replaces a quarterly one and the
 // other way round; a new holiday selection replaces the old holidays as a whole.
 bool Replaced(const std::string& name, const GenerationVariables& v) {
   const std::string upper = platform::ToUpper(name);
@@ -34,7 +34,7 @@ bool Replaced(const std::string& name, const GenerationVariables& v) {
   return false;
 }
 
-// Step 11: the set of the chosen method that the file already holds, with its line.
+// The set of the chosen method that the file already holds, with its line.
 const char* ExistingSetLine(const GenerationVariables& v, const std::vector<std::string>& names) {
   const std::string method = platform::ToUpper(Trim(v.UserDefMethod));
   const char* needle = nullptr;
