@@ -141,7 +141,11 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
     return import_ok_ = false;
   }
   try {
-    if (!Run(asc_path, output_path)) import_ok_ = false;
+    try {
+      if (!Run(asc_path, output_path)) import_ok_ = false;
+    } catch (const std::exception& e) {
+      throw GenFailure{5, e.what(), "GenerateSeries"};
+    }
   } catch (const GenFailure& f) {
     // The procedure's error exit: the standard error line and box; the file is not written.
     const std::string text = "Error #" + std::to_string(f.number) + ": " + f.description + ", " +
