@@ -80,6 +80,12 @@ frmWizard2::frmWizard2(AddSeriesWizard& wizard, QWidget* parent) : QDialog(paren
   fraStep->addWidget(BuildIntervention("fraLevel", txtLevel));
   fraStep->addWidget(BuildIntervention("fraPulse", txtPulse));
   fraStep->addWidget(BuildIntervention("fraSP", txtSP));
+  for (auto* fields : {&txtPulse, &txtSP}) {
+    for (int i : {2, 3}) {
+      (*fields)[i]->setReadOnly(true);
+      connect((*fields)[i - 2], &QLineEdit::textChanged, (*fields)[i], &QLineEdit::setText);
+    }
+  }
   fraStep->addWidget(BuildIntervention("fraTrend", txtTrend));
   fraStep->addWidget(BuildHolidays());
   fraStep->addWidget(BuildUserDef());
@@ -308,6 +314,8 @@ void frmWizard2::Pull() {
   read(txtPulse, w_.pulse);
   read(txtSP, w_.sp);
   read(txtTrend, w_.trend);
+  // A pulse ends where it starts; its end fields follow the start.
+  for (InterventionFields* f : {&w_.pulse, &w_.sp}) (*f)[2] = (*f)[0], (*f)[3] = (*f)[1];
   w_.holiday_date = DateText(dtpHolidays);
   w_.user_name = txtUserDef1->text().toStdString();
   w_.user_date = DateText(dtpUserDef);
