@@ -15,6 +15,8 @@
 #include "genseries/forms/frm_adjust.h"
 #include "genseries/forms/frm_wizard2.h"
 #include "genseries/gen_fixture.h"
+#include "genseries/texts.h"
+#include "genseries/wizard_texts.h"
 
 namespace tessaly::genseries::test {
 namespace {
@@ -35,7 +37,8 @@ TEST(DesktopMenu, AddGeneratedSeriesToTheOpenProject) {
   ASSERT_TRUE(d.session->OpenProject(project));
   EXPECT_TRUE(add->isEnabled() && adjust->isEnabled());
 
-  // A pulse at July 1955 of the airline series, kept for AIRLINE.ASC only.
+  // A pulse at July 1955 of the airline series and two holidays, kept for AIRLINE.ASC only,
+  // with the wizard's and the dialogs' checks met on the way.
   QTimer robot;
   std::vector<QString> seen;
   QObject::connect(&robot, &QTimer::timeout, [&] {
@@ -44,15 +47,26 @@ TEST(DesktopMenu, AddGeneratedSeriesToTheOpenProject) {
     seen.push_back(modal->objectName());
     if (auto* wiz = qobject_cast<frmWizard2*>(modal)) {
       QTimer::singleShot(0, [wiz] {
+        wiz->cmdNext_Click();  // nothing ticked
         wiz->chkAddPulse->setChecked(true);
+        wiz->chkAddHoliday->setChecked(true);
         wiz->cmdNext_Click();
         wiz->txtPulse[0]->setText("1955");
+        wiz->txtPulse[1]->setText("13");
+        wiz->cmdNext_Click();  // refused: a period above the seasonality
         wiz->txtPulse[1]->setText("7");
+        wiz->cmdNext_Click();
+        for (int i = 0; i < wiz->lstHolidays1->count(); ++i) {
+          QString h = wiz->lstHolidays1->item(i)->text();
+          wiz->lstHolidays1->item(i)->setSelected(h == "M_CHRISTMAS" || h == "M_JULY4TH");
+        }
+        wiz->cmdSelect->click();
         wiz->cmdNext_Click();
         wiz->cmdFinish_Click();
       });
     } else if (auto* sel = qobject_cast<frmSelAdjSeries*>(modal)) {
       QTimer::singleShot(0, [sel] {
+        sel->cmdNext->click();  // nothing chosen
         sel->lists->chkAddAll->click();
         sel->lists->cmdAdd->click();
         sel->cmdNext->click();
@@ -71,8 +85,17 @@ TEST(DesktopMenu, AddGeneratedSeriesToTheOpenProject) {
   EXPECT_EQ(seen, (std::vector<QString>{"frmWizard2", "frmSelAdjSeries", "frmAdjSeries"}));
   EXPECT_TRUE(fs::exists(d.program / "examples" / "rwf.his"));
   AscRead airline = ReadAsc(d.program / "examples" / "AIRLINE.ASC");
-  EXPECT_EQ(airline.names, (std::vector<std::string>{"IIP00079PASSENGERS", "PASSENGERS"}));
+  EXPECT_EQ(airline.names, (std::vector<std::string>{"IIP00079PASSENGERS", "M_CHRISTMAS", "M_JULY4TH",
+                                                     "PASSENGERS"}));
   EXPECT_EQ(airline.obs["IIP00079PASSENGERS"][78], 1.0);
+  EXPECT_EQ(airline.obs["M_JULY4TH"][6], 1.0);
+  EXPECT_EQ(airline.fut["M_CHRISTMAS"][11], 1.0);
+  const std::vector<std::string> texts = d.host.Texts();
+  ASSERT_GE(texts.size(), 4u) << d.Messages();
+  EXPECT_EQ(texts[0], texts::kSelectASeries);
+  EXPECT_EQ(texts[1], std::string(texts::kStartPeriodHigh) + "12");
+  EXPECT_EQ(texts[2], texts::kNoFilesChosen);
+  EXPECT_EQ(texts.back().rfind(std::string("FYI! ") + texts::kReportHeading, 0), 0u) << texts.back();
   // Every other file of the project is as it was: the annual file was refused (the saved
   // options are monthly), and the other monthly file was adjusted but not kept.
   EXPECT_EQ(ReadAsc(d.program / "examples" / "NILE.ASC").series, 1);
