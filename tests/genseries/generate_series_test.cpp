@@ -127,6 +127,16 @@ TEST_F(Merging, TheLimitsOf149And150Series) {
                                   dir / kVariablesFileName));
   EXPECT_EQ(gen.LogLines(), std::vector<std::string>{texts::kNoOtherSeries});
   EXPECT_FALSE(gen.Written());
+
+  // A set that would pass 150 is refused whole; the holidays after it still come.
+  names.resize(140);
+  AscSpec many{names, std::vector<int>(140, 0), 12, 1990, 1, 24, 0, 0, 12};
+  GenerationVariables set = VarsFor(many);
+  set.UserDefName = "MONTHLYEFFECT", set.UserDefMethod = "MonthlyEffect", set.UserDefType = "1";
+  set.SelectedHolidays = {{1, "M_CHRISTMAS"}}, set.NumberofHolidaysSelected = "1";
+  r = Generate(set, Asc("MANY.ASC", many));
+  EXPECT_EQ(r.log_lines, std::vector<std::string>{texts::kMonthlyOverflowUndated});
+  EXPECT_EQ(ReadAsc(dir / "MANY.ASC").names[139], "M_CHRISTMAS");
 }
 
 TEST_F(Merging, RefusalsBeforeReadingLeaveTheFileByteForByte) {
