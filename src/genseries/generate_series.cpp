@@ -202,6 +202,16 @@ bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::pa
     Log(dataset::msg::SizeMismatch(shown));
     return false;
   }
+  // A value that is not a number would be read as 0 and written back as 0: the file is left
+  // as it is, so the user can mend it.
+  if (auto text = platform::ReadAllLines(asc_path)) {
+    for (size_t k = 11 + 2 * static_cast<size_t>(n); k < text->size(); ++k) {
+      if (!platform::IsNumeric((*text)[k])) {
+        Log(texts::NotANumber(shown, static_cast<long>(k) + 1));
+        return false;
+      }
+    }
+  }
   auto file = std::make_unique<dataset::AscDataset>();
   if (!dataset::ReadAscFile(asc_path, *file).ok()) {
     Log(dataset::msg::Malformed(shown));

@@ -44,6 +44,10 @@ inline std::string OutputRenamed(const std::string& name) {
   return "The name of the output series has been changed to incorporate the date of the first "
          "observation in your data: " + name;
 }
+inline std::string NotANumber(const std::string& name, long line) {
+  return name + " holds a value that is not a number at line " + std::to_string(line) +
+         ". Therefore, no series may be added.";
+}
 // A duplicate intervention; kind is "Level", "Pulse", "Seasonal" or "Trend".
 std::string DuplicateIntervention(const std::string& kind, const std::string& name);
 // The overflow lines of the sets and of the single series of a user method.

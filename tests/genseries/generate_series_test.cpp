@@ -234,10 +234,12 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
   const std::pair<const char*, std::string> files[] = {
       {"NOTES.ASC", "Quarterly sales notes\nsee attached\n"},
       {"CUT.ASC", before.substr(0, before.size() / 2)},
-      {"EMPTY.ASC", ""}};
+      {"EMPTY.ASC", ""},
+      {"TYPO.ASC", before.substr(0, before.find("\r\n1000.5\r\n") + 2) + "1O00.5" +
+                       before.substr(before.find("\r\n1000.5\r\n") + 8)}};
   const std::string expected[] = {dataset::msg::DataPropNonNumeric(1), dataset::msg::SizeMismatch("CUT.ASC"),
-                                  dataset::msg::SizeCheckEmpty("EMPTY.ASC")};
-  for (size_t i = 0; i < 3; ++i) {
+                                  dataset::msg::SizeCheckEmpty("EMPTY.ASC"), texts::NotANumber("TYPO.ASC", 14)};
+  for (size_t i = 0; i < 4; ++i) {
     fs::path bad = dir / files[i].first;
     platform::WriteWholeFile(bad, files[i].second);
     r = Generate(v, bad);
