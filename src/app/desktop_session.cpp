@@ -19,6 +19,7 @@
 #include "batch/engine/engine_client.h"
 #include "batch/forms/frm_project_forms.h"
 #include "batch/run.h"
+#include "genseries/forms/frm_adjust.h"
 #include "batch/run_reports_binding.h"
 #include "spreadsheet/forms/frm_cmd_line.h"
 #include "spreadsheet/forms/frm_wizard_bp.h"
@@ -183,6 +184,16 @@ void DesktopSession::BuildMenus() {
   Mnu_Pool->setObjectName("Mnu_Pool");
   mnu_Agg = mnuBatch->addAction("&Aggregation...", this, &DesktopSession::mnu_Agg_Click);
   mnu_Agg->setObjectName("mnu_Agg");
+  mnuBatch->addSeparator();
+  mnuBatch->addAction("Add &Generated Series...", this, [this] {
+    shell::EnterMenuCommand("frmMain", "mnu_Select_Generated_Series");
+    if (session_.ctrlBatch) genseries::mnu_Select_Generated_Series(&form_, *session_.ctrlBatch, session_.project_path, program_);
+  })->setObjectName("mnu_Select_Generated_Series");
+  mnuBatch->addAction("A&djust ASC Files...", this, [this] {
+    shell::EnterMenuCommand("frmMain", "mnu_Adjust_ASCfiles");
+    if (session_.ctrlBatch)
+      genseries::mnu_Adjust_ASCfiles(&form_, *session_.ctrlBatch, genseries::VariablesFileOf(*session_.ctrlBatch, session_.project_path), {}, program_);
+  })->setObjectName("mnu_Adjust_ASCfiles");
 }
 
 void DesktopSession::UpdateCommands() {
@@ -190,6 +201,8 @@ void DesktopSession::UpdateCommands() {
   mnuFileClose->setEnabled(open && !running_);
   mnuBatchEdit->setEnabled(open && !running_);
   mnuBatchPrevReports->setEnabled(open && !running_);
+  for (QAction* a : mnuBatch->actions())
+    if (a->objectName().startsWith("mnu_")) a->setEnabled(open && !running_);
   QString title = "Tessaly";
   if (open) title += " - " + QString::fromStdString(session_.ctrlBatch->BatchName());
   form_.setWindowTitle(title);

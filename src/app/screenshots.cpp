@@ -1,4 +1,5 @@
 #include "app/screenshots.h"
+#include "app/screenshots_genseries.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -286,6 +287,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     PoolScreenshots(&form, session, dir, program);
     SpreadsheetScreenshots(&form, dir, program);
     TakeAggregationScreenshots(form, session, dir, program);
+    GenSeriesScreenshots(&form, dir, program);
     form.mnu_help_Contents_Click();
     QApplication::processEvents();
     if (auto* help = form.findChild<QWidget*>("frmHelp")) Grab(*help, dir + "/help.png");

@@ -87,6 +87,19 @@ constexpr Command kCommands[] = {
      "Exit status: 0 when the run finished, 1 when it was incomplete, 2 when the selection or\n"
      "the answers were refused or the usage is wrong.\n",
      &AggregateCommand},
+    {"add-series", "add the generated series of a variables file (rwf.his) to ASC files",
+     "usage: tsly add-series VARIABLES.his FILE.ASC [FILE.ASC ...] [--out DIR]\n"
+     "\n"
+     "Adds the series the Add Series wizard saved in VARIABLES.his (interventions, holidays,\n"
+     "calendar effects, business days, a user series) to each ASC file, as the desktop's\n"
+     "adjusting step does. Each file is rewritten in place, or written under the same name\n"
+     "into DIR with --out (the original is then left as it was). For each file the command\n"
+     "prints whether it was adjusted, partly adjusted or refused, and the lines of its\n"
+     "generation log. A file that is refused is never changed.\n"
+     "\n"
+     "Exit status: 0 when every file was adjusted, 1 when any was partly adjusted or refused,\n"
+     "2 when the variables file cannot be read or the usage is wrong.\n",
+     &AddSeriesCommand},
 };
 }  // namespace
 
