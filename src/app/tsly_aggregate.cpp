@@ -4,6 +4,7 @@
 #include <memory>
 #include <ostream>
 
+#include "aggregate/parent_series.h"
 #include "aggregate/unattended_aggregation.h"
 #include "app/tsly.h"
 #include "batch/engine/unattended_wait.h"
@@ -17,6 +18,7 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
   constexpr std::string_view kName = "aggregate";
   aggregate::AggregationAnswers answers;
   std::filesystem::path project;
+  std::filesystem::path variables;  // --add-series: the generation variables for the parent
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     // The word after a flag that takes one; null at the end of the words.
@@ -32,8 +34,10 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
     } else if (a == "--mixed-frequency") {
       answers.mixed_frequency = true;
     } else if (a == "--add-series") {
-      if (!value()) return UsageError(kName, "--add-series needs a VARIABLES.his file.", err);
+      const std::string* v = value();
+      if (!v) return UsageError(kName, "--add-series needs a VARIABLES.his file.", err);
       answers.add_series = true;
+      variables = *v;
     } else if (a == "--causal") {
       answers.causal = true;
     } else if (a == "--no-fixed-effects") {
@@ -61,16 +65,16 @@ int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err) {
   if (!answers.forecasts) return UsageError(kName, "--forecasts N is required.", err);
   if (answers.no_fixed_effects && answers.user_rules)
     return UsageError(kName, "--no-fixed-effects goes with --rules qvx only.", err);
-  if (answers.add_series) {
-    err << "tsly aggregate: generated series (--add-series) are not available in this build.\n";
-    return kExitNothing;
-  }
+  std::error_code ec;
+  if (answers.add_series && !std::filesystem::is_regular_file(variables, ec))
+    return UsageError(kName, "the variables file '" + variables.string() + "' does not exist.", err);
   InstallUnattendedHost();
   platform::SetProgressWait(std::make_shared<batch::UnattendedProgressWait>());
   const std::filesystem::path program = platform::ProgramFolder();
   aggregate::AggregationSeams seams;
   seams.reports = std::make_shared<batch::ProgramRunReports>(program);
-  std::error_code ec;
+  if (answers.add_series)
+    seams.add_series = std::make_shared<aggregate::VariablesFileSeriesAdder>(std::filesystem::absolute(variables, ec), program);
   const int status = aggregate::RunAggregationUnattended(std::filesystem::absolute(project, ec), answers,
                                                          std::move(seams), program);
   if (status == 0) out << "Aggregation finished.\n";

@@ -73,7 +73,7 @@ constexpr Command kCommands[] = {
      "                        (the reconciliation is then top down)\n"
      "  --parent-asc          the parent is GROUPT.ASC in the input folder (else it is built)\n"
      "  --mixed-frequency     the children are the periods of a parent period (numbered names)\n"
-     "  --add-series FILE     generated series for the parent (not available in this build)\n"
+     "  --add-series FILE     the generated series that FILE (rwf.his) asks for added to the parent\n"
      "  --causal              the parent's history and forecasts as a causal in the children\n"
      "  --rules user|qvx      the parent's rules: Automatic With Users or QVX Rules (qvx)\n"
      "  --no-fixed-effects    disable the children's seasonal dummies (with --rules qvx)\n"

@@ -7,6 +7,7 @@
 
 #include "aggregate/reconcile.h"
 #include "aggregation_fixture.h"
+#include "genseries/variables.h"
 #include "platform/progress_wait.h"
 
 namespace tessaly::aggregate::testing {
@@ -363,7 +364,19 @@ TEST_F(AggregationTest, TslyAggregateRunsRefusesAndExplains) {
   EXPECT_EQ(tsly("regions.xml NORTH.ASC --forecasts 6", &out), 2);
   EXPECT_NE(out.find("FYI!  The range for selection is from 2 to 149."), std::string::npos) << out;
   EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --add-series V.his", &out), 2);
-  EXPECT_NE(out.find("generated series (--add-series) are not available in this build"), std::string::npos) << out;
+  EXPECT_NE(out.find("tsly aggregate: the variables file 'V.his' does not exist."), std::string::npos) << out;
+  // A level shift generated for the parent enters GROUPT.ASC before the parent's own series.
+  genseries::GenerationVariables level;
+  level.BPSeaonality = "12", level.MajorPeriod = "1949", level.MinorPeriod = "1";
+  level.LevelStartYear = "1955", level.LevelStartPeriod = "1", level.LevelEndYear = "1960", level.LevelEndPeriod = "12";
+  ASSERT_TRUE(genseries::BuildXML(work / "rwf.his", level, "", "", program.path()));
+  EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --add-series rwf.his", &out), 0) << out;
+  const auto parent = Lines(work / "GROUPT.ASC");
+  ASSERT_GT(parent.size(), 15u);
+  EXPECT_EQ(parent[3], "2");
+  EXPECT_EQ(parent[11].rfind("IIL", 0), 0u) << parent[11];
+  EXPECT_EQ(parent[12], "GROUPT");
+  EXPECT_EQ(Lines(work / "OUTPUT" / "CONregions.PRO").size(), 13u);
   EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --rules user --no-fixed-effects", &out), 2);
   EXPECT_EQ(tsly("--help", &out), 0);
   EXPECT_NE(out.find("--reconcile D"), std::string::npos) << out;

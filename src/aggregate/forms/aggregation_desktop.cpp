@@ -4,7 +4,9 @@
 #include "aggregate/forms/frm_agg_params.h"
 #include "aggregate/forms/frm_agg_select.h"
 #include "aggregate/forms/frm_replacements.h"
+#include "aggregate/parent_series.h"
 #include "aggregate/rules_binding.h"
+#include "genseries/forms/frm_adjust.h"
 
 namespace tessaly::aggregate {
 
@@ -18,6 +20,25 @@ LastAnswers& Last() {
   static LastAnswers last;
   return last;
 }
+
+// The Add Series wizard on the parent, its choices saved as the project's rwf.his, then the
+// generator on GROUPT.ASC; a cancel of the wizard ends the aggregation.
+class WizardSeriesAdder : public ParentSeriesAdder {
+ public:
+  explicit WizardSeriesAdder(const DesktopAggregation& c) : c_(c) {}
+  Outcome Add(const fs::path& parent_asc) override {
+    auto request = genseries::AskForSeries(c_.parent, parent_asc, parent_asc.filename().string(),
+                                           genseries::VariablesFileOf(*c_.project, c_.project_file),
+                                           c_.project->InDirectory(), c_.project->OutDirectory(),
+                                           c_.program_folder);
+    if (!request) return Outcome::Canceled;
+    AddGeneratedSeriesToParent(request->variables, parent_asc, request->manual, c_.program_folder);
+    return Outcome::Added;
+  }
+
+ private:
+  const DesktopAggregation& c_;
+};
 }  // namespace
 
 bool mnu_Agg(const DesktopAggregation& c) {
@@ -54,6 +75,7 @@ bool mnu_Agg(const DesktopAggregation& c) {
     seams.view = view;
     seams.reports = c.reports;
     seams.tree = c.tree;
+    seams.add_series = std::make_shared<WizardSeriesAdder>(c);
     seams.replacements = DesktopReplacementChooser(c.parent, c.project->InDirectory(), selection.keep_observations,
                                                    params.Params().Options().NumberOfForecasts);
     AggregationRun run(SetupFromParams(params.Params(), selection, *c.project, c.project_file, c.program_folder),

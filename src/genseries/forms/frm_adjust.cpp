@@ -144,42 +144,50 @@ void mnu_Adjust_ASCfiles(QWidget* parent, const batch::cBatchFile& project,
   keep.exec();
 }
 
+std::optional<SeriesRequest> AskForSeries(QWidget* parent, const fs::path& asc, const std::string& name,
+                                          const fs::path& variables, const std::string& in_directory,
+                                          const std::string& out_directory, const fs::path& program_folder) {
+  std::optional<WizardDataset> ds = WizardDataset::FromFile(asc);
+  if (!ds) {
+    Tell(dataset::msg::Malformed(name));
+    return std::nullopt;
+  }
+  AddSeriesWizard wizard(*ds);
+  if (!wizard.CheckSeasonality()) return std::nullopt;
+  frmWizard2 form(wizard, parent);
+  if (form.exec() != QDialog::Accepted) return std::nullopt;
+
+  // Do_Finish: the manual grids, then the variables file.
+  SeriesRequest request{variables, {}};
+  ManualData& manual = request.manual;
+  if (wizard.chkAddUserDef && wizard.user_method == "Manual") {
+    if (wizard.user_type == 0) {
+      auto values = ShowManualGrid(parent, "frmUserDefData", "Manual Data", wizard.PeriodLabels(false));
+      if (!values) return std::nullopt;
+      manual.history = *values;
+    } else {
+      auto history = ShowManualGrid(parent, "frmUserDefManualData", "Manual Data", wizard.PeriodLabels(false));
+      if (!history) return std::nullopt;
+      auto future = ShowManualGrid(parent, "frmUserDefManualFV", texts::kManualFVTitle, wizard.PeriodLabels(true));
+      if (!future) return std::nullopt;
+      manual.history = *history;
+      manual.future = *future;
+    }
+  }
+  if (!BuildXML(variables, wizard.Variables(), in_directory, out_directory, program_folder)) return std::nullopt;
+  return request;
+}
+
 fs::path mnu_Select_Generated_Series(QWidget* parent, const batch::cBatchFile& project,
                                      const fs::path& project_file, const fs::path& program_folder) {
   if (project.Count() == 0) return {};
   const std::string first = project.List(0);
   const fs::path first_file = platform::ResolveNoCase(project.InDirectory(), first);
-  std::optional<WizardDataset> ds = WizardDataset::FromFile(first_file);
-  if (!ds) {
-    Tell(dataset::msg::Malformed(first));
-    return {};
-  }
-  AddSeriesWizard wizard(*ds);
-  if (!wizard.CheckSeasonality()) return {};
-  frmWizard2 form(wizard, parent);
-  if (form.exec() != QDialog::Accepted) return {};
-
-  // Do_Finish: the manual grids, then the variables file.
-  ManualData manual;
-  if (wizard.chkAddUserDef && wizard.user_method == "Manual") {
-    if (wizard.user_type == 0) {
-      auto values = ShowManualGrid(parent, "frmUserDefData", "Manual Data", wizard.PeriodLabels(false));
-      if (!values) return {};
-      manual.history = *values;
-    } else {
-      auto history = ShowManualGrid(parent, "frmUserDefManualData", "Manual Data", wizard.PeriodLabels(false));
-      if (!history) return {};
-      auto future = ShowManualGrid(parent, "frmUserDefManualFV", texts::kManualFVTitle, wizard.PeriodLabels(true));
-      if (!future) return {};
-      manual.history = *history;
-      manual.future = *future;
-    }
-  }
-  const fs::path variables = VariablesFileOf(project, project_file);
-  if (!BuildXML(variables, wizard.Variables(), project.InDirectory(), project.OutDirectory(), program_folder))
-    return {};
-  mnu_Adjust_ASCfiles(parent, project, variables, manual, program_folder);
-  return variables;
+  auto request = AskForSeries(parent, first_file, first, VariablesFileOf(project, project_file),
+                              project.InDirectory(), project.OutDirectory(), program_folder);
+  if (!request) return {};
+  mnu_Adjust_ASCfiles(parent, project, request->variables, request->manual, program_folder);
+  return request->variables;
 }
 
 }  // namespace tessaly::genseries

@@ -4,6 +4,7 @@
 // two menu commands of the main window that lead through them and the Add Series wizard.
 #include <QDialog>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,19 @@ class frmAdjSeries : public QDialog {
 void mnu_Adjust_ASCfiles(QWidget* parent, const batch::cBatchFile& project,
                          const fs::path& variables_file, const ManualData& manual,
                          const fs::path& program_folder);
+
+// What the Add Series wizard asked for: the variables file it wrote and the manual grids' values.
+struct SeriesRequest {
+  fs::path variables;
+  ManualData manual;
+};
+
+// The Add Series wizard on one dataset (`asc`, shown as `name`), its manual grids, and the
+// variables file written to `variables`; nullopt when the person cancelled or the wizard
+// could not start on that file (it has said why).
+std::optional<SeriesRequest> AskForSeries(QWidget* parent, const fs::path& asc, const std::string& name,
+                                          const fs::path& variables, const std::string& in_directory,
+                                          const std::string& out_directory, const fs::path& program_folder);
 
 // mnu_Select_Generated_Series: the Add Series wizard on the project's first file, the manual
 // grids, rwf.his written into the project file's folder, then mnu_Adjust_ASCfiles. Returns
