@@ -7,6 +7,8 @@
 #include "aggregate/parent_series.h"
 #include "aggregate/rules_binding.h"
 #include "genseries/forms/frm_adjust.h"
+#include "genseries/forms/frm_dialogs.h"
+#include "genseries/variables.h"
 
 namespace tessaly::aggregate {
 
@@ -62,7 +64,12 @@ bool mnu_Agg(const DesktopAggregation& c) {
     view->SetStatus(status::kSelectParameters);
     frmAggParams params({c.program_folder, c.project->InDirectory(), selection.chosen,
                          selection.all_names_numeric, selection.keep_seasonality,
-                         selection.first_forecast_count, nullptr},
+                         selection.first_forecast_count,
+                         [&]() -> std::optional<std::string> {
+                           auto date = genseries::AskFirstObservation(c.parent);
+                           if (!date) return std::nullopt;
+                           return genseries::FormatVariableDate(*date);
+                         }},
                         c.parent);
     const bool answered = params.exec() == QDialog::Accepted;
     Last() = {params.Params().Value(Box::MixedYes), params.Params().Value(Box::PtoC)};
