@@ -6,7 +6,9 @@
 #include "app/desktop_session.h"
 #include "batch/engine/engine_client.h"
 #include "batch/run_reports_binding.h"
-#include "pool/forms/frm_pool_select.h"
+#include "aggregate/forms/frm_agg_select.h"
+#include "pool/forms/frm_load_group_data.h"
+#include "pool/pool_selection.h"
 #include "pool/pool_rules.h"
 #include "pool/pool_run.h"
 #include "rules/forms/frm_wizard1.h"
@@ -50,13 +52,24 @@ void RunPoolFlow(DesktopSession& session, QWidget* window, const std::filesystem
   if (!run.Open(*project)) return;
   std::vector<std::string> files;
   for (int i = 0; i < static_cast<int>(project->Count()); ++i) files.push_back(project->List(i));
-  pool::frmPoolSelect select(window, files, project->InDirectory());
-  select.SetStatus([&session](const std::string& text) { session.SetStatus(text); });
+  // Finish's tests: a count out of range keeps the dialog open, a refused file closes it.
+  std::vector<std::string> chosen;
+  aggregate::frmAggSelect* dialog = nullptr;
+  auto finish = [&](const std::vector<std::string>& names) {
+    const pool::SelectionVerdict verdict = pool::ValidatePoolSelection(
+        names, project->InDirectory(), [&session](const std::string& text) { session.SetStatus(text); });
+    if (verdict == pool::SelectionVerdict::Refused) dialog->reject();
+    if (verdict != pool::SelectionVerdict::Passed) return false;
+    chosen = names;
+    return true;
+  };
+  aggregate::frmAggSelect select(aggregate::SelectionFlow::Pooling, files, finish, window);
+  dialog = &select;
   if (select.exec() != QDialog::Accepted) {
     if (!session.Session().trvMenu.Empty()) session.ShowReportTree(true);
     return;
   }
-  run.Run(*project, select.Chosen());
+  run.Run(*project, chosen);
   session.Session().OutputPath = run.OutputPath();
   session.SyncTree();
   session.ShowReportTree(true);

@@ -1,4 +1,4 @@
-// The pooling dialogs for the screenshot session: frmPoolSelect with files moved across,
+// The pooling dialogs for the screenshot session: the selection in its pooling flow with files moved across,
 // frmLoadGroupData with a group count typed, and the main window after a pooling run of
 // three like series with the F-test report shown.
 #include <QApplication>
@@ -17,7 +17,8 @@
 #include "app/screenshots.h"
 #include "platform/numfmt.h"
 #include "platform/textfile.h"
-#include "pool/forms/frm_pool_select.h"
+#include "aggregate/forms/frm_agg_select.h"
+#include "pool/forms/frm_load_group_data.h"
 #include "pool/pool_headless.h"
 #include "pool/pool_texts.h"
 
@@ -49,10 +50,10 @@ void PoolScreenshots(QWidget* parent, DesktopSession& session, const QString& di
   };
   std::vector<std::string> files{"STORE01.ASC", "STORE02.ASC", "STORE03.ASC", "STORE04.ASC", "STORE05.ASC",
                                  "STORE06.ASC", "STORE07.ASC"};
-  pool::frmPoolSelect select(parent, files, (program / "examples").string());
+  aggregate::frmAggSelect select(aggregate::SelectionFlow::Pooling, files, nullptr, parent);
   grab(select, dir + "/pool_select.png");
   for (int row : {0, 1, 2}) select.lstRoster->item(row)->setSelected(true);
-  select.cmdAdd_Click();
+  select.cmdAdd->click();
   grab(select, dir + "/pool_select_chosen.png");
   pool::frmLoadGroupData groups(parent, 144);
   groups.txtGroupData->setText("3");

@@ -18,7 +18,8 @@
 #include "batch/forms/frm_progress.h"
 #include "platform/numfmt.h"
 #include "platform/textfile.h"
-#include "pool/forms/frm_pool_select.h"
+#include "aggregate/forms/frm_agg_select.h"
+#include "pool/forms/frm_load_group_data.h"
 #include "rules/forms/frm_wizard1.h"
 
 namespace tessaly::testing {
@@ -53,7 +54,7 @@ TEST(PoolDesktop, PoolMenuFromSelectionToTheAnalysis) {
   std::vector<std::string> group_counts{"7", "2"};
   bool shape_checked = false, groups_asked = false;
   ModalRobot robot(nullptr, [&](QWidget* modal) {
-    if (auto* select = qobject_cast<pool::frmPoolSelect*>(modal)) {
+    if (auto* select = qobject_cast<aggregate::frmAggSelect*>(modal)) {
       EXPECT_EQ(select->windowTitle().toStdString(), "Select ASC files for Pooling");
       EXPECT_EQ(select->txtAvailable->text().toStdString(), finish_clicks == 0 ? "3" : "2");
       const char* take = finish_clicks == 0 ? "EAST.ASC" : "WEST.ASC";

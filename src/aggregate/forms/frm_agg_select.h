@@ -1,5 +1,6 @@
 #pragma once
-// frmAggSelect: the two lists of the children (or of a pool's members), bound to ChildLists.
+// frmAggSelect: the two lists of the children, or of a pool's members in the pooling flow
+// (where it is frmPoolSelect), bound to ChildLists.
 // Finish hands the chosen names to the flow, which says whether the dialog closes.
 #include <QDialog>
 #include <functional>
