@@ -28,7 +28,7 @@ after='(\s*(\*/\s*)?$|\s+[A-Z(])'
 dotted="${num}\\.(${num})?(\\s*(-|to)\\s*${piece})?\\.?${after}"
 int_range="${num}\\s*(-|to)\\s*${num}(\\.${after}|\\s*(\\*/\\s*)?$)"
 step_words='\b[Ss]teps? [0-9]+\.[0-9]+'
-phrases='the original system|as the product does|as the original|the original did|\bthe spec\b|\bspec\.md\b|\bthe description\b'
+phrases='the original system|as the product does|as the original|the original did|\bthe s[p]ec\b|\bs[p]ec\.md\b|\bthe description\b'
 part_ref='\bParts? [0-9]+(\.[0-9]+)*\b'
 
 cpp_files=()

@@ -30,8 +30,8 @@ TEST_F(AddSeriesCli, AddsToEachFileAndSaysWhatHappened) {
   EXPECT_EQ(Tsly("add-series rwf.his A.ASC --out", &out), 2);
   EXPECT_EQ(Tsly("add-series missing.his A.ASC", &out), 2);
 
-  AscSpec good{{"PRICE", "SALES"}, {1, 0}, 12, 2000, 1, 48, 12, 0, 12};
-  AscSpec retained{{"SALES"}, {0}, 12, 2000, 1, 48, 0, 4, 12};
+  AscLayout good{{"PRICE", "SALES"}, {1, 0}, 12, 2000, 1, 48, 12, 0, 12};
+  AscLayout retained{{"SALES"}, {0}, 12, 2000, 1, 48, 0, 4, 12};
   Asc("A.ASC", good);
   Asc("B.ASC", retained);
   const std::string b_before = *platform::ReadWholeFile(dir / "B.ASC");
@@ -75,7 +75,7 @@ TEST_F(AddSeriesCli, TheEngineKeepsAGeneratedLevelShiftInItsModel) {
     lines.push_back(std::to_string(100 + (t >= 60 ? 40 : 0) + noise + 2 * std::sin(t)));
   }
   ASSERT_TRUE(platform::WriteAllLines(dir / "SALES.ASC", lines));
-  AscSpec shape{{"SALES"}, {0}, 12, 2000, 1, 120, 0, 0, 12};
+  AscLayout shape{{"SALES"}, {0}, 12, 2000, 1, 120, 0, 0, 12};
   GenerationVariables v = VarsFor(shape);
   v.LevelStartYear = "2005", v.LevelStartPeriod = "1", v.LevelEndYear = "2010", v.LevelEndPeriod = "12";
   std::string out;

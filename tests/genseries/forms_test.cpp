@@ -67,9 +67,9 @@ class FormsTest : public GenTest {
   void SetUp() override {
     testing::OffscreenApp();
     fs::create_directories(dir / "program");
-    Asc("SALES.ASC", AscSpec{{"PRICE", "SALES"}, {1, 0}, 12, 2000, 1, 48, 12, 0, 12});
-    Asc("COSTS.ASC", AscSpec{{"COSTS"}, {0}, 12, 2000, 1, 48, 0, 0, 12});
-    Asc("OLD.ASC", AscSpec{{"OLD"}, {0}, 12, 2000, 1, 48, 0, 6, 12});
+    Asc("SALES.ASC", AscLayout{{"PRICE", "SALES"}, {1, 0}, 12, 2000, 1, 48, 12, 0, 12});
+    Asc("COSTS.ASC", AscLayout{{"COSTS"}, {0}, 12, 2000, 1, 48, 0, 0, 12});
+    Asc("OLD.ASC", AscLayout{{"OLD"}, {0}, 12, 2000, 1, 48, 0, 6, 12});
     project.SetInDirectory(dir.path().string());
     project.SetOutDirectory(dir.path().string());
     for (const char* f : {"SALES.ASC", "COSTS.ASC", "OLD.ASC"}) project.Add_File(f, 0, 0, "00/00/00");

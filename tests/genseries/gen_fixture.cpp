@@ -5,7 +5,7 @@
 
 namespace tessaly::genseries::test {
 
-void WriteAsc(const fs::path& path, const AscSpec& s) {
+void WriteAsc(const fs::path& path, const AscLayout& s) {
   std::vector<std::string> lines;
   for (int o : s.objectives) lines.push_back(std::to_string(o));
   for (int v : {static_cast<int>(s.names.size()), s.seasonality, s.year, s.period, s.observations,
@@ -57,11 +57,11 @@ GenerationResult GenTest::Generate(const GenerationVariables& vars, const fs::pa
   return GenerateSeries(his, asc, std::nullopt, manual, program);
 }
 
-GenerationVariables GenTest::VarsFor(const AscSpec& spec) {
+GenerationVariables GenTest::VarsFor(const AscLayout& layout) {
   GenerationVariables v;
-  v.BPSeaonality = std::to_string(spec.seasonality);
-  v.MajorPeriod = std::to_string(spec.year);
-  v.MinorPeriod = std::to_string(spec.period);
+  v.BPSeaonality = std::to_string(layout.seasonality);
+  v.MajorPeriod = std::to_string(layout.year);
+  v.MinorPeriod = std::to_string(layout.period);
   return v;
 }
 

@@ -16,7 +16,7 @@ namespace tessaly::genseries::test {
 
 namespace fs = std::filesystem;
 
-struct AscSpec {
+struct AscLayout {
   std::vector<std::string> names;  // the last is the dependent series
   std::vector<int> types;
   int seasonality = 12, year = 2000, period = 1, observations = 24, future = 0, retained = 0,
@@ -26,7 +26,7 @@ struct AscSpec {
 
 // Series i (0-based) has observation t = (i + 1) * 1000 + t + 0.5, future value t =
 // -(i + 1) * 1000 - t, retained value t = 7.
-void WriteAsc(const fs::path& path, const AscSpec& spec);
+void WriteAsc(const fs::path& path, const AscLayout& layout);
 
 struct AscRead {
   std::vector<int> objectives;
@@ -45,11 +45,11 @@ class GenTest : public ::testing::Test {
  protected:
   GenerationResult Generate(const GenerationVariables& vars, const fs::path& asc,
                             const ManualData& manual = {});
-  // Variables for a dataset: seasonality and beginning from the spec.
-  static GenerationVariables VarsFor(const AscSpec& spec);
-  fs::path Asc(const std::string& name, const AscSpec& spec) {
+  // Variables for a dataset: seasonality and beginning from the layout.
+  static GenerationVariables VarsFor(const AscLayout& layout);
+  fs::path Asc(const std::string& name, const AscLayout& layout) {
     fs::path p = dir / name;
-    WriteAsc(p, spec);
+    WriteAsc(p, layout);
     return p;
   }
   testing::TempDir dir;

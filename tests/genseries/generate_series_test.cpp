@@ -22,9 +22,9 @@ class Merging : public GenTest {
 };
 
 TEST_F(Merging, TheHeaderIsRewrittenAndTheDependentSeriesKeptLast) {
-  AscSpec spec{{"PRICE", "PROMO", "UNITS"}, {1, 0, 0}, 12, 1998, 4, 30, 6, 0, 6};
-  fs::path asc = Asc("UNITS.ASC", spec);
-  GenerationVariables v = VarsFor(spec);
+  AscLayout layout{{"PRICE", "PROMO", "UNITS"}, {1, 0, 0}, 12, 1998, 4, 30, 6, 0, 6};
+  fs::path asc = Asc("UNITS.ASC", layout);
+  GenerationVariables v = VarsFor(layout);
   v.FirstObjective = "2", v.SecondObjective = "1", v.ThirdObjective = "3";
   v.LevelStartYear = "1999", v.LevelStartPeriod = "6", v.LevelEndYear = "2000", v.LevelEndPeriod = "11";
   v.UserDefName = "QTR", v.UserDefMethod = "Month", v.SelectedMonth = "12", v.UserDefType = "2";
@@ -81,9 +81,9 @@ TEST_F(Merging, RequestsReplaceOrRefuseWhatTheFileHolds) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    AscSpec spec{c.names, std::vector<int>(c.names.size(), 0), 12, 2000, 1, 36, 0, 0, 12};
-    fs::path asc = Asc("Y.ASC", spec);
-    GenerationVariables v = VarsFor(spec);
+    AscLayout layout{c.names, std::vector<int>(c.names.size(), 0), 12, 2000, 1, 36, 0, 0, 12};
+    fs::path asc = Asc("Y.ASC", layout);
+    GenerationVariables v = VarsFor(layout);
     v.UserDefMethod = c.method, v.UserDefName = c.user_name, v.UserDefType = "1";
     for (const auto& [k, h] : c.holidays) v.SelectedHolidays[k] = h;
     v.NumberofHolidaysSelected = std::to_string(c.holidays.size());
@@ -97,7 +97,7 @@ TEST_F(Merging, RequestsReplaceOrRefuseWhatTheFileHolds) {
 TEST_F(Merging, TheLimitsOf149And150Series) {
   std::vector<std::string> names;
   for (int i = 1; i <= 150; ++i) names.push_back("S" + std::to_string(i));
-  AscSpec full{names, std::vector<int>(150, 0), 4, 1990, 1, 12, 0, 0, 4};
+  AscLayout full{names, std::vector<int>(150, 0), 4, 1990, 1, 12, 0, 0, 4};
   fs::path asc = Asc("FULL.ASC", full);
   const std::string before = Bytes(asc);
   GenerationVariables v = VarsFor(full);
@@ -109,7 +109,7 @@ TEST_F(Merging, TheLimitsOf149And150Series) {
   EXPECT_EQ(Bytes(asc), before);
 
   names.erase(names.begin());
-  AscSpec almost{names, std::vector<int>(149, 0), 4, 1990, 1, 12, 0, 0, 4};
+  AscLayout almost{names, std::vector<int>(149, 0), 4, 1990, 1, 12, 0, 0, 4};
   asc = Asc("ALMOST.ASC", almost);
   r = Generate(v, asc);
   EXPECT_EQ(r.outcome, GenerationOutcome::PartlyAdjusted);
@@ -123,14 +123,14 @@ TEST_F(Merging, TheLimitsOf149And150Series) {
   clsGenerateSeries gen(dir / "program");
   asc = Asc("ALMOST.ASC", almost);
   EXPECT_FALSE(gen.GenerateSeries(asc, dir / kVariablesFileName));
-  EXPECT_FALSE(gen.GenerateSeries(Asc("SMALL.ASC", AscSpec{{"Y"}, {0}, 4, 1990, 1, 12, 0, 0, 4}),
+  EXPECT_FALSE(gen.GenerateSeries(Asc("SMALL.ASC", AscLayout{{"Y"}, {0}, 4, 1990, 1, 12, 0, 0, 4}),
                                   dir / kVariablesFileName));
   EXPECT_EQ(gen.LogLines(), std::vector<std::string>{texts::kNoOtherSeries});
   EXPECT_FALSE(gen.Written());
 
   // A set that would pass 150 is refused whole; the holidays after it still come.
   names.resize(140);
-  AscSpec many{names, std::vector<int>(140, 0), 12, 1990, 1, 24, 0, 0, 12};
+  AscLayout many{names, std::vector<int>(140, 0), 12, 1990, 1, 24, 0, 0, 12};
   GenerationVariables set = VarsFor(many);
   set.UserDefName = "MONTHLYEFFECT", set.UserDefMethod = "MonthlyEffect", set.UserDefType = "1";
   set.SelectedHolidays = {{1, "M_CHRISTMAS"}}, set.NumberofHolidaysSelected = "1";
@@ -140,7 +140,7 @@ TEST_F(Merging, TheLimitsOf149And150Series) {
 }
 
 TEST_F(Merging, RefusalsBeforeReadingLeaveTheFileByteForByte) {
-  AscSpec retained{{"X", "Y"}, {1, 0}, 12, 2000, 1, 24, 3, 2, 3};
+  AscLayout retained{{"X", "Y"}, {1, 0}, 12, 2000, 1, 24, 3, 2, 3};
   fs::path asc = Asc("RET.ASC", retained);
   const std::string before = Bytes(asc);
   GenerationVariables v = VarsFor(retained);
@@ -148,7 +148,7 @@ TEST_F(Merging, RefusalsBeforeReadingLeaveTheFileByteForByte) {
   EXPECT_EQ(Generate(v, asc).log_lines, std::vector<std::string>{texts::kRetainedData});
   EXPECT_EQ(Bytes(asc), before);
 
-  AscSpec quarterly{{"Y"}, {0}, 4, 2000, 1, 24, 0, 0, 4};
+  AscLayout quarterly{{"Y"}, {0}, 4, 2000, 1, 24, 0, 0, 4};
   asc = Asc("Q.ASC", quarterly);
   const std::string q = Bytes(asc);
   EXPECT_EQ(Generate(v, asc).log_lines, std::vector<std::string>{texts::kSeasonalityDisagrees});
@@ -171,7 +171,7 @@ TEST_F(Merging, TheDailyOutputSeriesIsRenamedUnlessItsNameBeginsWithTwoUnderscor
   const std::pair<const char*, const char*> cases[] = {
       {"SALESXYZ", "SALESX__011501"}, {"ABC", "ABC__011501"}, {"__ABC", "__ABC"}};
   for (const auto& [name, renamed] : cases) {
-    AscSpec daily{{name}, {0}, 7, 2001, 1, 60, 0, 0, 10};
+    AscLayout daily{{name}, {0}, 7, 2001, 1, 60, 0, 0, 10};
     fs::path asc = Asc("D.ASC", daily);
     GenerationVariables v = VarsFor(daily);
     v.SelectedHolidays = {{1, "M_MARTINLKING"}};
@@ -191,13 +191,13 @@ TEST_F(Merging, TheDailyOutputSeriesIsRenamedUnlessItsNameBeginsWithTwoUnderscor
 }
 
 TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
-  AscSpec spec{{"Y"}, {0}, 7, 2001, 1, 40, 0, 0, 5};
-  fs::path asc = Asc("Y.ASC", spec);
+  AscLayout layout{{"Y"}, {0}, 7, 2001, 1, 40, 0, 0, 5};
+  fs::path asc = Asc("Y.ASC", layout);
   const std::string before = Bytes(asc);
   fs::create_directories(dir / "program");
 
   // A truncated variables file: the parser's reason in a box, and nothing selected.
-  GenerationVariables v = VarsFor(spec);
+  GenerationVariables v = VarsFor(layout);
   v.LevelStartYear = "2001", v.LevelStartPeriod = "3", v.LevelEndYear = "2001", v.LevelEndPeriod = "4";
   fs::path his = dir / "rwf.his";
   ASSERT_TRUE(BuildXML(his, v, "", "", dir / "program"));
@@ -211,7 +211,7 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
 
   // Holidays on daily data without the date of the first observation: the generator's
   // error exit, and the file is not written.
-  GenerationVariables nodate = VarsFor(spec);
+  GenerationVariables nodate = VarsFor(layout);
   nodate.SelectedHolidays = {{1, "M_CHRISTMAS"}};
   nodate.NumberofHolidaysSelected = "1";
   r = Generate(nodate, asc);
@@ -222,7 +222,7 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
   EXPECT_TRUE(fs::exists(dir / "program" / "tslyberr.txt"));
 
   // Weekly effects from week 1: the one-digit week does not convert; nothing is written.
-  AscSpec weekly{{"W"}, {0}, 52, 2001, 1, 60, 0, 0, 5};
+  AscLayout weekly{{"W"}, {0}, 52, 2001, 1, 60, 0, 0, 5};
   fs::path wasc = Asc("W.ASC", weekly);
   const std::string wbefore = Bytes(wasc);
   GenerationVariables we = VarsFor(weekly);
@@ -250,8 +250,8 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
 }
 
 TEST_F(Merging, AdjustingAProjectsFilesWithSafetyCopies) {
-  AscSpec good{{"X", "Y"}, {0, 0}, 12, 2000, 1, 24, 0, 0, 6};
-  AscSpec retained{{"Y"}, {0}, 12, 2000, 1, 24, 0, 1, 6};
+  AscLayout good{{"X", "Y"}, {0, 0}, 12, 2000, 1, 24, 0, 0, 6};
+  AscLayout retained{{"Y"}, {0}, 12, 2000, 1, 24, 0, 1, 6};
   Asc("A.ASC", good);
   Asc("B.ASC", retained);
   Asc("C.asc", good);

@@ -103,7 +103,7 @@ unsigned WeekdayOf(int y, int m, int d) {
 
 TEST_F(HolidaySeries, DailyAndFiveDayDataOverDecades) {
   // Daily from January 1, 1995: 9,500 days to 2021.
-  AscSpec daily{{"VISITS"}, {0}, 7, 1995, 1, 9000, 0, 0, 500};
+  AscLayout daily{{"VISITS"}, {0}, 7, 1995, 1, 9000, 0, 0, 500};
   fs::path asc = Asc("VISITS.ASC", daily);
   GenerationVariables v = VarsFor(daily);
   v.SelectedHolidays = {{1, "M_CHRISTMAS"}, {2, "M_THANKSGIVING"}, {3, "M_GOODFRIDAY"}};
@@ -134,7 +134,7 @@ TEST_F(HolidaySeries, DailyAndFiveDayDataOverDecades) {
 
 TEST_F(HolidaySeries, FiveDayDataMarkWeekendHolidaysOnTheFriday) {
   // Weekdays from Monday January 2, 1989, 31 years.
-  AscSpec five{{"SALES"}, {0}, 5, 1989, 1, 8000, 0, 0, 100};
+  AscLayout five{{"SALES"}, {0}, 5, 1989, 1, 8000, 0, 0, 100};
   fs::path asc = Asc("SALES.ASC", five);
   GenerationVariables v = VarsFor(five);
   v.SelectedHolidays = {{1, "M_JULY4TH"}, {2, "M_NEWYEARS"}};
@@ -160,7 +160,7 @@ TEST_F(HolidaySeries, FiveDayDataMarkWeekendHolidaysOnTheFriday) {
 }
 
 TEST_F(HolidaySeries, MonthlyAndWeeklyDataOverDecades) {
-  AscSpec monthly{{"RETAIL"}, {0}, 12, 1980, 1, 480, 0, 0, 24};
+  AscLayout monthly{{"RETAIL"}, {0}, 12, 1980, 1, 480, 0, 0, 24};
   fs::path asc = Asc("RETAIL.ASC", monthly);
   GenerationVariables v = VarsFor(monthly);
   v.SelectedHolidays = {{1, "M_GOODFRIDAY"}, {2, "M_THANKSGIVING"}};
@@ -177,7 +177,7 @@ TEST_F(HolidaySeries, MonthlyAndWeeklyDataOverDecades) {
 
   // Weekly data from the week of Sunday January 1, 1995, with holidays named in a hand-made
   // variables file (the wizard offers weekly data none).
-  AscSpec weekly{{"UNITS"}, {0}, 52, 1995, 1, 1300, 0, 0, 52};
+  AscLayout weekly{{"UNITS"}, {0}, 52, 1995, 1, 1300, 0, 0, 52};
   fs::path wasc = Asc("UNITS.ASC", weekly);
   GenerationVariables w = VarsFor(weekly);
   w.SelectedHolidays = {{1, "M_JULY4TH"}, {2, "M_COLUMBUSDAY"}};

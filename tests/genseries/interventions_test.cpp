@@ -44,9 +44,9 @@ TEST_F(Interventions, ValuesAndNamesAtTheEdgesAndIntoTheFutureBlock) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    AscSpec spec{{"X1", "Sales"}, {1, 0}, c.seasonality, c.year, c.period, c.observations, 0, 0, c.forecasts};
-    fs::path asc = Asc("SALES.ASC", spec);
-    GenerationVariables v = VarsFor(spec);
+    AscLayout layout{{"X1", "Sales"}, {1, 0}, c.seasonality, c.year, c.period, c.observations, 0, 0, c.forecasts};
+    fs::path asc = Asc("SALES.ASC", layout);
+    GenerationVariables v = VarsFor(layout);
     std::string sy = std::to_string(c.start_year), sp = std::to_string(c.start_period);
     std::string ey = std::to_string(c.end_year), ep = std::to_string(c.end_period);
     if (std::string(c.kind) == "Level") v.LevelStartYear = sy, v.LevelStartPeriod = sp, v.LevelEndYear = ey, v.LevelEndPeriod = ep;
@@ -80,9 +80,9 @@ TEST_F(Interventions, SeasonalPulseKeepsItsSpacingAcrossTheBoundary) {
   };
   for (const SP& c : cases) {
     SCOPED_TRACE("start " + std::to_string(c.start_index));
-    AscSpec spec{{"SALES"}, {0}, 12, 2000, 1, c.observations, 0, 0, c.forecasts};
-    fs::path asc = Asc("SALES.ASC", spec);
-    GenerationVariables v = VarsFor(spec);
+    AscLayout layout{{"SALES"}, {0}, 12, 2000, 1, c.observations, 0, 0, c.forecasts};
+    fs::path asc = Asc("SALES.ASC", layout);
+    GenerationVariables v = VarsFor(layout);
     v.SPStartYear = std::to_string(2000 + c.start_index / 12);
     v.SPStartPeriod = std::to_string(c.start_index % 12 + 1);
     v.SPEndYear = "1900";  // the end travels in the file but is not read
@@ -108,9 +108,9 @@ TEST_F(Interventions, NamesCarryTheirBandsOfZeros) {
       {201, "IIP0201"}, {999, "IIP0999"}, {1000, "IIP1000"}, {2000, "IIP2000"}, {2001, "IIP02001"}};
   // The name is the prefix, the number and the dependent series' name in capitals.
   for (const auto& [n, prefix] : cases) {
-    AscSpec spec{{"Demand "}, {0}, 200, 1, 1, 2100, 0, 0, 10};
-    fs::path asc = Asc("D.ASC", spec);
-    GenerationVariables v = VarsFor(spec);
+    AscLayout layout{{"Demand "}, {0}, 200, 1, 1, 2100, 0, 0, 10};
+    fs::path asc = Asc("D.ASC", layout);
+    GenerationVariables v = VarsFor(layout);
     v.PulseStartYear = std::to_string(1 + (n - 1) / 200);
     v.PulseStartPeriod = std::to_string((n - 1) % 200 + 1);
     Generate(v, asc);
@@ -119,10 +119,10 @@ TEST_F(Interventions, NamesCarryTheirBandsOfZeros) {
 }
 
 TEST_F(Interventions, ADuplicateIsRefusedAndTheFileIsNotRewritten) {
-  AscSpec spec{{"IIL00012SALES", "SALES"}, {1, 0}, 12, 2000, 1, 24, 6, 0, 6};
-  fs::path asc = Asc("SALES.ASC", spec);
+  AscLayout layout{{"IIL00012SALES", "SALES"}, {1, 0}, 12, 2000, 1, 24, 6, 0, 6};
+  fs::path asc = Asc("SALES.ASC", layout);
   const std::string before = *platform::ReadWholeFile(asc);
-  GenerationVariables v = VarsFor(spec);
+  GenerationVariables v = VarsFor(layout);
   v.PulseStartYear = "2000", v.PulseStartPeriod = "3";
   v.LevelStartYear = "2000", v.LevelStartPeriod = "12", v.LevelEndYear = "2001", v.LevelEndPeriod = "12";
   GenerationResult r = Generate(v, asc);

@@ -10,11 +10,11 @@ namespace {
 
 class UserSeries : public GenTest {
  protected:
-  AscRead Run(const AscSpec& spec, const std::string& method, const std::string& name, int type,
+  AscRead Run(const AscLayout& layout, const std::string& method, const std::string& name, int type,
               const std::string& date = kNoDate, GenerationOutcome expected = GenerationOutcome::Adjusted,
               GenerationVariables* extra = nullptr, const ManualData& manual = {}) {
-    fs::path asc = Asc("DATA.ASC", spec);
-    GenerationVariables v = extra ? *extra : VarsFor(spec);
+    fs::path asc = Asc("DATA.ASC", layout);
+    GenerationVariables v = extra ? *extra : VarsFor(layout);
     v.UserDefMethod = method;
     v.UserDefName = name;
     v.UserDefType = std::to_string(type);
@@ -31,7 +31,7 @@ class UserSeries : public GenTest {
 };
 
 TEST_F(UserSeries, CalendarDummiesAnd445) {
-  AscSpec monthly{{"SHIPMENTS"}, {0}, 12, 2010, 1, 36, 0, 0, 12};
+  AscLayout monthly{{"SHIPMENTS"}, {0}, 12, 2010, 1, 36, 0, 0, 12};
   GenerationVariables m = VarsFor(monthly);
   m.SelectedMonth = "7";
   AscRead r = Run(monthly, "Month", "JULY", 2, kNoDate, GenerationOutcome::Adjusted, &m);
@@ -44,7 +44,7 @@ TEST_F(UserSeries, CalendarDummiesAnd445) {
   std::vector<double> f = All(r, "G_4-4-5");
   for (int t = 0; t < 48; ++t) EXPECT_EQ(f[t], t % 3 == 2 ? 5.0 : 4.0) << t;
 
-  AscSpec quarterly{{"GDP"}, {0}, 4, 1990, 3, 20, 0, 0, 8};
+  AscLayout quarterly{{"GDP"}, {0}, 4, 1990, 3, 20, 0, 0, 8};
   GenerationVariables q = VarsFor(quarterly);
   q.SelectedQuarter = "2";
   r = Run(quarterly, "Quarter", "Q2", 1, kNoDate, GenerationOutcome::Adjusted, &q);
@@ -58,7 +58,7 @@ TEST_F(UserSeries, CalendarDummiesAnd445) {
 
 TEST_F(UserSeries, DayAndDayOfMonthOnFiveDayDataCountSaturdayAndSundayForTheFriday) {
   // Weekdays from Monday March 2, 2015.
-  AscSpec five{{"CALLS"}, {0}, 5, 2015, 1, 260, 0, 0, 20};
+  AscLayout five{{"CALLS"}, {0}, 5, 2015, 1, 260, 0, 0, 20};
   GenerationVariables v = VarsFor(five);
   v.SelectedDay = "7";  // Saturday
   AscRead r = Run(five, "Day", "SAT", 3, "03/02/2015", GenerationOutcome::Adjusted, &v);
@@ -78,14 +78,14 @@ TEST_F(UserSeries, DayAndDayOfMonthOnFiveDayDataCountSaturdayAndSundayForTheFrid
 }
 
 TEST_F(UserSeries, BusinessDaysByMonthWeekAndDay) {
-  AscSpec monthly{{"HOURS"}, {0}, 12, 2001, 1, 12, 0, 0, 12};
+  AscLayout monthly{{"HOURS"}, {0}, 12, 2001, 1, 12, 0, 0, 12};
   AscRead r = Run(monthly, "Business Days", "BUSDAYS", 1);
   // 2001: weekdays less the month's allowance for its holidays.
   EXPECT_EQ(All(r, "G_BUSDAYS"), (std::vector<double>{21, 18, 21, 21, 21, 20, 21, 23, 19, 22, 20, 20,
                                                       21, 18, 20, 22, 21, 19, 22, 22, 20, 22, 19, 21}));
 
   // Daily December 2001: Christmas (a Tuesday) gives 0, the 26th 1, every weekend day 1.
-  AscSpec daily{{"ORDERS"}, {0}, 7, 2001, 1, 31, 0, 0, 7};
+  AscLayout daily{{"ORDERS"}, {0}, 7, 2001, 1, 31, 0, 0, 7};
   r = Run(daily, "Business Days", "BUSDAYS", 1, "12/01/2001", GenerationOutcome::PartlyAdjusted);
   std::vector<double> b = All(r, "G_BUSDAYS");
   EXPECT_EQ(b[24], 0.0);
@@ -99,18 +99,18 @@ TEST_F(UserSeries, BusinessDaysByMonthWeekAndDay) {
   // weekly Thanksgiving (the fifth Thursday, November 29, in a November that begins on a
   // Thursday), Christmas, New Year's Day in the December week before it, and Martin Luther
   // King Day.
-  AscSpec weekly{{"LOADS"}, {0}, 52, 2001, 45, 10, 0, 0, 4};
+  AscLayout weekly{{"LOADS"}, {0}, 52, 2001, 45, 10, 0, 0, 4};
   r = Run(weekly, "Business Days", "BUSDAYS", 1, "11/04/2001");
   EXPECT_EQ(All(r, "G_BUSDAYS"), (std::vector<double>{7, 6, 7, 6, 7, 7, 7, 6, 6, 7, 7, 6, 7, 7}));
 
   // Five-day data from Monday December 17, 2001.
-  AscSpec five{{"TRADES"}, {0}, 5, 2001, 1, 10, 0, 0, 5};
+  AscLayout five{{"TRADES"}, {0}, 5, 2001, 1, 10, 0, 0, 5};
   r = Run(five, "Business Days", "BUSDAYS", 1, "12/17/2001");
   EXPECT_EQ(All(r, "G_BUSDAYS"), (std::vector<double>{1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1, 1}));
 }
 
 TEST_F(UserSeries, MonthlyAndQuarterlyEffectSets) {
-  AscSpec jan{{"SALES"}, {0}, 12, 2000, 1, 24, 0, 0, 12};
+  AscLayout jan{{"SALES"}, {0}, 12, 2000, 1, 24, 0, 0, 12};
   AscRead r = Run(jan, "MonthlyEffect", "MONTHLYEFFECT", 1);
   ASSERT_EQ(r.names.size(), 12u);
   for (int m = 1; m <= 11; ++m) {
@@ -120,7 +120,7 @@ TEST_F(UserSeries, MonthlyAndQuarterlyEffectSets) {
   }
 
   // A series that begins in March: the unwrapped scan names 13 and 14, whose columns stay 0.
-  AscSpec march{{"SALES"}, {0}, 12, 2000, 3, 24, 0, 0, 12};
+  AscLayout march{{"SALES"}, {0}, 12, 2000, 3, 24, 0, 0, 12};
   r = Run(march, "MonthlyEffect", "MONTHLYEFFECT", 1);
   EXPECT_EQ(r.names, (std::vector<std::string>{
                          "G_MONTHLYEFFECT3", "G_MONTHLYEFFECT4", "G_MONTHLYEFFECT5", "G_MONTHLYEFFECT6",
@@ -136,14 +136,14 @@ TEST_F(UserSeries, MonthlyAndQuarterlyEffectSets) {
   for (int t = 0; t < 36; ++t) EXPECT_EQ(q2[t], ((t + 2) % 12) / 3 == 1 ? 1.0 : 0.0) << t;
 
   // Quarterly data from the second quarter: the fourth quarter is the base.
-  AscSpec quarterly{{"GDP"}, {0}, 4, 1995, 2, 40, 0, 0, 8};
+  AscLayout quarterly{{"GDP"}, {0}, 4, 1995, 2, 40, 0, 0, 8};
   r = Run(quarterly, "QuarterlyEffect", "QUARTERLYEFFECT", 1);
   EXPECT_EQ(r.names, (std::vector<std::string>{"G_QUARTERLYEFFECT2", "G_QUARTERLYEFFECT3",
                                                "G_QUARTERLYEFFECT1", "GDP"}));
   EXPECT_EQ(All(r, "G_QUARTERLYEFFECT1")[3], 1.0);
 
   // Daily data by the calendar: the month of each day, the base December.
-  AscSpec daily{{"USERS"}, {0}, 7, 2019, 1, 365, 0, 0, 30};
+  AscLayout daily{{"USERS"}, {0}, 7, 2019, 1, 365, 0, 0, 30};
   r = Run(daily, "MonthlyEffect", "MONTHLYEFFECT", 1, "01/01/2019", GenerationOutcome::PartlyAdjusted);
   ASSERT_EQ(r.names.size(), 12u);
   std::vector<double> feb = All(r, "G_MONTHLYEFFECT2");
@@ -153,7 +153,7 @@ TEST_F(UserSeries, MonthlyAndQuarterlyEffectSets) {
 
 TEST_F(UserSeries, ManualValuesFromTheGrids) {
   // Type 0: observations only; a file without future values keeps none.
-  AscSpec annual{{"OUTPUT"}, {0}, 4, 1990, 1, 5, 0, 0, 3};
+  AscLayout annual{{"OUTPUT"}, {0}, 4, 1990, 1, 5, 0, 0, 3};
   ManualData grid{{"1.5", "2", "-3", "0", "1e3"}, {}};
   AscRead r = Run(annual, "Manual", "STRIKE", 0, kNoDate, GenerationOutcome::Adjusted, nullptr, grid);
   EXPECT_EQ(r.future, 0);
