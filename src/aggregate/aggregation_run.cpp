@@ -164,14 +164,7 @@ bool AggregationRun::SelectRunOptionsConditions(RunStage stage, const fs::path& 
   seams_.view->ShowReportTree(false);
   output_path_ = platform::EnsureSubfolder(in_directory_, "OUTPUT");
   run_->SetOutputPath(output_path_);
-  // The dimensioning of the file about to run: its shape is the run's.
-  dataset::AscHeader header;
-  dataset::ReadAscHeader(asc, header);
-  batch::RunFlags& flags = batch::RunState();
-  flags.SeriesProperties = dataset::PropertiesFromHeader(header);
-  flags.UnivariateRun = header.DataProp[1] == 1;
-  flags.CausalRun = !flags.UnivariateRun;
-  forecast_bound_ = header.DataProp[8];
+  forecast_bound_ = batch::TakeRunShapeFrom(asc).DataProp[8];
   return seams_.rules->Select(stage, s_.qvx_rules, asc, batch::ProjectStem(s_.project->BatchName()));
 }
 

@@ -114,6 +114,16 @@ RunFlags& RunState() {
   return flags;
 }
 
+dataset::AscHeader TakeRunShapeFrom(const fs::path& asc) {
+  dataset::AscHeader header;
+  dataset::ReadAscHeader(asc, header);
+  RunFlags& flags = RunState();
+  flags.SeriesProperties = dataset::PropertiesFromHeader(header);
+  flags.UnivariateRun = header.DataProp[1] == 1;
+  flags.CausalRun = !flags.UnivariateRun;
+  return header;
+}
+
 const std::array<const char*, 17>& ReportCleanList() {
   static const std::array<const char*, 17> names{
       "killquor.qvx", "engine.qvx",   "levelrpt.csv", "pulserpt.csv", "earlysig.csv",

@@ -36,6 +36,9 @@ struct RunFlags {
   dataset::clSeriesProperties SeriesProperties;
 };
 RunFlags& RunState();
+// A flow's run is measured by the file it runs first: its shape and kind (one series or
+// causal) become the run's. Returns that file's header.
+dataset::AscHeader TakeRunShapeFrom(const fs::path& asc);
 
 // What a good dataset left, for the graphs and the intervention page.
 struct SeriesResult {

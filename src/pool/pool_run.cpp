@@ -140,17 +140,12 @@ bool PoolRun::SelectRunOptionsConditions(batch::cBatchFile& project, const fs::p
   Remove(options_.program_folder, "Process Errors.Err");
   view_->ShowReportTree(false);
   // The stack is the measure of the run: its seasonality and kind.
-  dataset::AscHeader header;
-  dataset::ReadAscHeader(stack, header);
-  batch::RunFlags& state = batch::RunState();
-  state.SeriesProperties = dataset::PropertiesFromHeader(header);
-  state.UnivariateRun = header.DataProp[1] == 1;
-  state.CausalRun = !state.UnivariateRun;
+  batch::TakeRunShapeFrom(stack);
   Remove(options_.program_folder, texts::kParamsFile);
   platform::WriteAllLines(options_.program_folder / texts::kParamsFile, {"1"});
   Status(texts::kSelectRules);
-  batch::WizardRequest request{batch::ProjectStem(project.BatchName()), stack, state.SeriesProperties,
-                               state.UnivariateRun};
+  batch::WizardRequest request{batch::ProjectStem(project.BatchName()), stack, batch::RunState().SeriesProperties,
+                               batch::RunState().UnivariateRun};
   return wizard_->Show(request);
 }
 
