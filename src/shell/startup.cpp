@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -69,24 +70,35 @@ FolderLock TryLockWorkingFolder(const fs::path& folder, long* holder) {
   if (holder) *holder = 0;
   if (lock_fd >= 0 && locked_folder == folder) return FolderLock::Locked;
   fs::path file = folder / kLockFileName;
-  int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-  if (fd < 0) return FolderLock::Unavailable;
-  if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-    if (holder) {
-      char buf[32] = {};
-      ssize_t n = ::pread(fd, buf, sizeof buf - 1, 0);
-      if (n > 0) *holder = std::strtol(buf, nullptr, 10);
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) return FolderLock::Unavailable;
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+      if (holder) {
+        char buf[32] = {};
+        ssize_t n = ::pread(fd, buf, sizeof buf - 1, 0);
+        if (n > 0) *holder = std::strtol(buf, nullptr, 10);
+      }
+      ::close(fd);
+      return FolderLock::HeldByAnother;
     }
-    ::close(fd);
-    return FolderLock::HeldByAnother;
+    // The holder removes the file as it lets go: a lock taken on a file already removed
+    // holds nothing, so the name must still be this file.
+    struct stat held {}, named {};
+    if (::fstat(fd, &held) != 0 || ::stat(file.c_str(), &named) != 0 || held.st_ino != named.st_ino ||
+        held.st_dev != named.st_dev) {
+      ::close(fd);
+      continue;
+    }
+    // The holder's process id, for the message a second program shows.
+    std::string pid = std::to_string(::getpid()) + "\n";
+    if (::ftruncate(fd, 0) == 0) (void)!::pwrite(fd, pid.data(), pid.size(), 0);
+    UnlockWorkingFolder();
+    lock_fd = fd;
+    locked_folder = folder;
+    return FolderLock::Locked;
   }
-  // The holder's process id, for the message a second program shows.
-  std::string pid = std::to_string(::getpid()) + "\n";
-  if (::ftruncate(fd, 0) == 0) (void)!::pwrite(fd, pid.data(), pid.size(), 0);
-  UnlockWorkingFolder();
-  lock_fd = fd;
-  locked_folder = folder;
-  return FolderLock::Locked;
+  return FolderLock::HeldByAnother;
 }
 
 std::string LockHeldText(const fs::path& folder, long holder) {
@@ -116,6 +128,8 @@ bool LockWorkingFolder(const fs::path& folder) {
 
 void UnlockWorkingFolder() {
   if (lock_fd < 0) return;
+  // Removed while still held, so the folder is left as it was found.
+  ::unlink((locked_folder / kLockFileName).c_str());
   ::close(lock_fd);
   lock_fd = -1;
   locked_folder.clear();
