@@ -5,7 +5,6 @@
 #include "batch/batch_schema.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
-#include "support/small_disk.h"
 
 namespace tessaly::batch {
 namespace {
@@ -191,20 +190,6 @@ TEST_F(BatchFileTest, AHostileProjectFileIsRefusedAndReadsNothingElse) {
     // Only the external DTD, which is never fetched, leaves a project that can be read.
     EXPECT_EQ(loaded, c.data == "A.ASC");
   }
-}
-
-TEST_F(BatchFileTest, AFailedSaveSaysWhyAndLeavesTheSavedProjectWhole) {
-  tessaly::testing::SmallDisk disk(24 * 1024);
-  TESSALY_REQUIRE_SMALL_DISK(disk);
-  cBatchFile b(program.path());
-  b.Add_File("A.ASC", 0, 0, "00/00/00");
-  ASSERT_TRUE(b.Build(disk / "p.xml"));
-  const std::string saved = ReadFile(disk / "p.xml");
-  for (int i = 0; i < 150; ++i) b.Add_File("SERIES" + std::to_string(i) + ".ASC", 1, 0, "11/24/26");
-  std::string reason;
-  EXPECT_FALSE(b.Build(disk / "p.xml", &reason));
-  EXPECT_NE(reason.find("No space left on device"), std::string::npos) << reason;
-  EXPECT_EQ(ReadFile(disk / "p.xml"), saved);
 }
 
 TEST_F(BatchFileTest, IndexBoundsAndEmptyListMessages) {

@@ -108,8 +108,8 @@ TEST_F(InjectedFaults, AFifthOfThreeHundredSeriesFailAndNothingElseIsLost) {
   EXPECT_EQ(forecast, 240);
 }
 
-// The results of forecast datasets that cannot be written fail those datasets and the run;
-// a project that cannot be saved fails the run and keeps its last saved state.
+// Results that cannot be written fail their datasets and the run; a project that cannot
+// be saved fails the run, says why and keeps its last saved state.
 TEST_F(InjectedFaults, WritesThatFailMakeFailedDatasetsAndAFailedRun) {
   fs::rename(program / "qvxengine.real", program / "qvxengine");
   cBatchFile p(program.path());

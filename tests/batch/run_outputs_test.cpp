@@ -5,7 +5,6 @@
 #include "support/program_folder.h"
 #include "support/small_disk.h"
 
-#include <algorithm>
 
 namespace tessaly::batch {
 namespace {
@@ -90,43 +89,28 @@ TEST(RunOutputs, RunWideFilesForecastsAndLeftovers) {
   EXPECT_TRUE(fs::exists(program / "other.PRO"));
 }
 
-// Each filing step names the files it could not write: an output path that is a file, or
-// a disk that fills. The run then fails the dataset with those names.
+// Each filing step names the files it could not write: the output path a file, a
+// read-only or a full disk (the program's folder elsewhere, so a move is a copy).
 TEST(RunOutputs, FilesThatCannotBeWrittenAreNamed) {
-  auto fill_program = [](const fs::path& program) {
+  TempDir program, out;
+  tessaly::testing::SmallDisk read_only(16 * 1024, true), full(8 * 1024);
+  if (!full.Mounted()) GTEST_SKIP() << "a tmpfs of a few KiB cannot be mounted here: the disk cases are not run";
+  WriteFile(out / "OUTPUT", "a file where the folder should be");
+  WriteFile(full / "filler", std::string(6 * 1024, 'f'));
+  for (const fs::path& target : {out / "OUTPUT", read_only.path(), full.path()}) {
     WriteFile(program / "DETAILS.HTM", std::string(20000, 'd'));
-    WriteFile(program / "SUMMAPE.TXT", "mape");
+    WriteFile(program / "SUMMAPE.TXT", std::string(20000, 'm'));
     WriteFile(program / "TS50PRO.123", std::string(20000, '1'));
-  };
-  auto file_all = [](const fs::path& program, const fs::path& out) {
     ReportTree tree;
     RowFlags flags;
     AddSeriesNode(tree, "airline.asc");
-    std::vector<std::string> lost = FileSeriesReports(program, out, "airline.asc", tree, flags, {});
-    for (auto part : {CopyRunWideFiles(program, out, "sample"), FileForecasts(program, out, "airline", "Sample.XML")})
+    std::vector<std::string> lost = FileSeriesReports(program.path(), target, "airline.asc", tree, flags, {});
+    for (auto part : {CopyRunWideFiles(program.path(), target, "sample"),
+                      FileForecasts(program.path(), target, "airline", "Sample.XML")})
       lost.insert(lost.end(), part.begin(), part.end());
-    return lost;
-  };
-  TempDir program, out;
-  fill_program(program.path());
-  WriteFile(out / "OUTPUT", "a file where the folder should be");
-  EXPECT_EQ(file_all(program.path(), out / "OUTPUT"),
-            (std::vector<std::string>{"airline.htm", "sampleMAPE.TXT", "airline.PRO", "CONSample.PRO"}));
-
-  tessaly::testing::SmallDisk disk(24 * 1024);
-  if (!disk.Mounted()) GTEST_SKIP() << "a tmpfs of a few KiB cannot be mounted here: the full-disk case is not run";
-  // The program's folder on the small disk too, so moving a report is a copy that fails.
-  TempDir elsewhere;
-  fill_program(elsewhere.path());
-  WriteFile(disk / "filler", std::string(12 * 1024, 'f'));
-  std::vector<std::string> lost = file_all(elsewhere.path(), disk.path());
-  EXPECT_FALSE(lost.empty());
-  EXPECT_NE(std::find(lost.begin(), lost.end(), "CONSample.PRO"), lost.end());
-
-  tessaly::testing::SmallDisk read_only(16 * 1024, true);
-  ASSERT_TRUE(read_only.Mounted());
-  EXPECT_EQ(file_all(elsewhere.path(), read_only.path()),
-            (std::vector<std::string>{"airline.htm", "sampleMAPE.TXT", "airline.PRO", "CONSample.PRO"}));
+    EXPECT_EQ(lost, (std::vector<std::string>{"airline.htm", "sampleMAPE.TXT", "airline.PRO", "CONSample.PRO"}))
+        << target;
+  }
 }
 
 }  // namespace

@@ -14,8 +14,7 @@ namespace tessaly::testing {
 
 class SmallDisk {
  public:
-  // `read_only`: a disk that takes no write at all, as a read-only output folder is even
-  // to root.
+  // read_only: refuses every write, even root's.
   explicit SmallDisk(size_t bytes, bool read_only = false) {
     std::string options = "size=" + std::to_string(bytes);
     mounted_ = ::mount("tmpfs", dir_.path().c_str(), "tmpfs", read_only ? MS_RDONLY : 0, options.c_str()) == 0;
