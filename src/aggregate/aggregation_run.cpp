@@ -180,7 +180,7 @@ bool AggregationRun::BuildParent() {
   if (!dataset::ValidateAscSize_And_NSeries(parent, cancel, kParentAsc) || cancel) return false;
   if (s_.add_series) {
     SetStatus(Caption(stage::kParentAdding));
-    const int seasonality = static_cast<int>(platform::Val(s_.selection.keep_seasonality));
+    const int seasonality = platform::ValInt(s_.selection.keep_seasonality);
     const bool allowed = seasonality == 1 || seasonality == 4 || seasonality == 5 ||
                          seasonality == 7 || seasonality == 12 || seasonality == 52;
     if (!allowed) {

@@ -74,6 +74,8 @@ int RunDesktop(int& argc, char** argv, const shell::CommandLine& command_line,
   QApplication app(argc, argv);
   QApplication::setApplicationName("Tessaly");
   platform::SetDialogHost(std::make_shared<platform::QtDialogHost>());
+  // Held until exit: a second program on this folder would clear this one's files.
+  if (!shell::LockWorkingFolder(program_folder)) return 2;
 
   shell::MainPrepare(program_folder, command_line, current_folder);
   if (shell::SplashWanted(command_line)) {

@@ -17,6 +17,8 @@ int RunUnattended(const shell::CommandLine& command_line, const std::filesystem:
     if (shell::Shell().LogOn) shell::TraceLog().WriteLine(line);
   });
   platform::SetDialogHost(host);
+  // Held until exit: a second program on this folder would clear this one's files.
+  shell::LockWorkingFolder(program_folder);
 
   shell::MainPrepare(program_folder, command_line, current_folder);
   shell::CSetting& settings = shell::MainSettings();

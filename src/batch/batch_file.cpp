@@ -150,7 +150,7 @@ void cBatchFile::Remove_File() {
   run_date_.pop_back();
 }
 
-bool cBatchFile::Build(const fs::path& path) const {
+bool cBatchFile::Build(const fs::path& path, std::string* reason) const {
   xml::Document doc;
   doc.AppendProcessingInstruction("xml", "version=\"1.0\" encoding=\"UTF-8\"");
   xml::Node batch = doc.SetRoot("batch");
@@ -172,7 +172,7 @@ bool cBatchFile::Build(const fs::path& path) const {
     for (size_t t = 0; t < std::size(kOutputTags); ++t)
       series.AppendElement(kOutputTags[t], stem + kOutputSuffixes[t]);
   }
-  return doc.Save(path);
+  return doc.Save(path, {}, reason);
 }
 
 bool cBatchFile::Load(const fs::path& path) {
@@ -201,7 +201,11 @@ bool cBatchFile::Load(const fs::path& path) {
     batch_name_ = text.substr(text.find_last_of('/') + 1);
     xml::Node batch = parsed.document->Root();
     SetInDirectory(ResolveFolder(batch.Attribute("inputpath").value_or(""), path));
-    SetOutDirectory(ResolveFolder(batch.Attribute("outputpath").value_or(""), path));
+    // A project without an output folder writes beside itself, never at the root of the
+    // file system.
+    std::string out = batch.Attribute("outputpath").value_or("");
+    if (out.find_first_not_of(' ') == std::string::npos) out = ".";
+    SetOutDirectory(ResolveFolder(out, path));
     std::vector<xml::Node> sets = batch.ChildElements();
     if (!sets.empty()) {
       all_complete_ = ToInt16(sets[0].Attribute("runcomplete"));

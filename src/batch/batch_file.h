@@ -50,7 +50,9 @@ class cBatchFile {
   void Add_File(std::string name, int16_t completed, int16_t error, std::string run_date);
   void Remove_File();
   // Writes the whole project to `path`, replacing the file. False when it can't be written.
-  bool Build(const std::filesystem::path& path) const;
+  // Saves through a temporary file and a rename: a failed save leaves the file on disk
+  // as it was; `reason` (when given) says why it failed.
+  bool Build(const std::filesystem::path& path, std::string* reason = nullptr) const;
   // Reads the project, validating it against the schema in DEFAULTXSD. A project written
   // for an older schema is rewritten in the current form and read again.
   bool Load(const std::filesystem::path& path);

@@ -42,6 +42,10 @@ inline constexpr const char* kProcessing = "Processing: ";
 inline constexpr const char* kPreparing = "Preparing Reports & Graphs .";
 inline constexpr const char* kFinished = "Finished processing.";
 inline constexpr const char* kIncomplete = "Processing was incomplete.";
+// A project file that cannot be saved: the path and the system's reason follow.
+inline constexpr const char* kSaveFailed1 = "The project could not be saved to ";
+inline constexpr const char* kSaveFailed2 =
+    "The file keeps its last saved state; the statuses of this run since then are not in it.";
 inline constexpr const char* kForecasts1 = "The forecasts for individual series are shown in ";
 inline constexpr const char* kForecasts2 = "Seriesname.Pro.";
 inline constexpr const char* kForecasts3 = "The forecast values for all the series processed are shown in ";

@@ -188,6 +188,17 @@ void BatchRun::RestoreNoTrend() {
     Remove(folder, "NOTREND.QVX");
 }
 
+fs::path BatchRun::FirstDataset(const cBatchFile& project) const {
+  for (size_t i = 0; i < project.Count(); ++i) {
+    fs::path path = platform::ResolveNoCase(project.InDirectory(), project.List(static_cast<int>(i)));
+    dataset::AscHeader header;
+    if (platform::IsReadableFile(path) && dataset::ReadAscHeader(path, header).ok() &&
+        header.DataProp[1] >= 1)
+      return path;
+  }
+  return project.Count() ? platform::ResolveNoCase(project.InDirectory(), project.List(0)) : fs::path();
+}
+
 void BatchRun::PrepareOutputPath(const cBatchFile& project) {
   fs::path out_dir = project.OutDirectory();
   std::error_code ec;
@@ -199,9 +210,11 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
   RunFlags& run = RunState();
   if (run.UnivariateRun || run.CausalRun) return true;
   dataset::AscHeader header;
-  fs::path first = project.Count() ? fs::path(project.InDirectory()) / project.List(0) : fs::path();
-  dataset::ReadAscHeader(platform::ResolveNoCase(first.parent_path(), first.filename().string()),
-                         header);
+  // The first entry that is a readable dataset sets the run's kind: a folder, a broken link
+  // or a missing file first in the list is rejected on its own turn and must not make every
+  // good file after it "of another seasonality".
+  fs::path first = FirstDataset(project);
+  if (!first.empty()) dataset::ReadAscHeader(first, header);
   dataset::clSeriesProperties& p = run.SeriesProperties;
   p.SetNumberOfSeries(header.DataProp[1]);
   p.SetSeasonality(header.DataProp[2]);
@@ -240,8 +253,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
   // The first file sets the run's measure; then the rules wizard.
   if (!run.UnivariateRun && !run.CausalRun) {
     PrepareRunKind(*project);
-    fs::path first = project->Count() ? platform::ResolveNoCase(project->InDirectory(), project->List(0))
-                                      : fs::path();
+    fs::path first = FirstDataset(*project);
     WizardRequest request{ProjectStem(project->BatchName()), first, run.SeriesProperties, run.UnivariateRun};
     if (!wizard_->Show(request)) {
       run.UnivariateRun = run.CausalRun = false;
@@ -285,6 +297,8 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   // A clean start: no rejections counted, no cancel pending, the arrays ready, the tree and
   // its flags empty, no combined forecasts of an earlier run, no file marked complete.
   run.ErrorCount = 0;
+  save_failed_ = false;
+  write_failures_ = 0;
   RunCanceled() = false;
   if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
   if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
@@ -342,9 +356,10 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   SetAllCompleteFromFiles(project);
   // The project saved with every file's status; the status line says whether any file
   // gave reports; the engine released and the menus back.
-  if (!project.Build(xml_file))
-    ShowFault(0, "The project could not be saved to " + xml_file.string());
-  Status(any_report ? texts::kFinished : texts::kIncomplete);
+  SaveProject(project, xml_file);
+  // A dataset whose results could not be written, or a project that could not be saved,
+  // makes the run incomplete.
+  Status(any_report && !save_failed_ && write_failures_ == 0 ? texts::kFinished : texts::kIncomplete);
   MyEngine().reset();
   view_->SetRunMenusEnabled(true, true);
   // The reasons the checks logged for the files they rejected, shown once at the end.
@@ -354,6 +369,17 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   }
   // NOTREND.QVX back as the program found it at start.
   RestoreNoTrend();
+}
+
+bool BatchRun::SaveProject(const cBatchFile& project, const fs::path& xml_file) {
+  std::string reason;
+  if (project.Build(xml_file, &reason)) return true;
+  // Shown once a run: the saves after each dataset would otherwise repeat it.
+  if (!save_failed_)
+    Dialogs().Message(std::string(texts::kSaveFailed1) + reason + "\r\n\r\n" + texts::kSaveFailed2,
+                      mb::OKOnly + mb::Exclamation, texts::kAppTitle);
+  save_failed_ = true;
+  return false;
 }
 
 bool BatchRun::StartEngine() {
@@ -366,6 +392,8 @@ bool BatchRun::StartEngine() {
 
 void BatchRun::BeginFlowRun() {
   RunState().ErrorCount = 0;
+  save_failed_ = false;
+  write_failures_ = 0;
   RunCanceled() = false;
   if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
   if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
@@ -454,17 +482,34 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
     return FileOutcome::Next;
   }
   // Success: the outputs.
-  any_report = true;
   Status(texts::kPreparing);
   AddSeriesNode(tree_, name);
   if (listed) project.SetRunDate(i, TodayMmDdYy());
   SeriesResult series{d, a, returned_, output_path_, name, stem, current_series_name};
-  FileSeriesReports(program, output_path_, name, tree_, flags_, [&](const fs::path& target) {
-    if (a.integers20.size() >= 4 && a.integers20[3] > 0) reports_->WriteInterventPage(series, target);
-  });
-  CopyRunWideFiles(program, output_path_, ProjectStem(project.BatchName()));
-  FileForecasts(program, output_path_, stem, project.BatchName());
+  std::vector<std::string> unwritten =
+      FileSeriesReports(program, output_path_, name, tree_, flags_, [&](const fs::path& target) {
+        if (a.integers20.size() >= 4 && a.integers20[3] > 0) reports_->WriteInterventPage(series, target);
+      });
+  for (auto part : {CopyRunWideFiles(program, output_path_, ProjectStem(project.BatchName())),
+                    FileForecasts(program, output_path_, stem, project.BatchName())})
+    unwritten.insert(unwritten.end(), part.begin(), part.end());
   MyEngine().reset();
+  // Results that could not be written make a failed dataset: logged with the files it
+  // lost, its status an error, never counted as done.
+  if (!unwritten.empty()) {
+    std::string names;
+    for (const auto& n : unwritten) names += (names.empty() ? "" : ", ") + n;
+    log.Append(name, kOutputsNotWrittenText + names);
+    tree_.Remove(SeriesKey(name));
+    ++write_failures_;
+    ++run.ErrorCount;
+    if (listed) project.SetError(i, kOutputsNotWrittenError);
+    if (listed) project.SetCompleted(i, kTrue);
+    if (listed && !xml_file.empty()) SaveProject(project, xml_file);
+    finish();
+    return FileOutcome::Next;
+  }
+  any_report = true;
   if (!options_.no_graphs) {
     ClearEarlierGraphs(output_path_, stem);
     AddGraphNodes(name, reports_->DrawGraphs(series), tree_, flags_);
@@ -476,7 +521,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   if (listed) project.SetError(i, 0);
   Remove(output_path_, stem + "err.html");
   view_->HidePreviousReports();
-  if (listed && !xml_file.empty()) project.Build(xml_file);
+  if (listed && !xml_file.empty()) SaveProject(project, xml_file);
   if (clean) *clean = true;
   // The engine released; the tree shows once the first file of the list has its reports.
   MyEngine().reset();

@@ -144,6 +144,10 @@ class BatchRun {
 
   const std::string& lblStatus() const { return status_; }
   const fs::path& OutputPath() const { return output_path_; }
+  // After a run: whether a save of the project failed, and how many datasets the engine
+  // forecast whose results could not be written. Either makes the run a failed one.
+  bool SaveFailed() const { return save_failed_; }
+  int WriteFailures() const { return write_failures_; }
   fs::path ProcessErrorsFile() const;
   // The run's shape and kind (univariate or causal) from the first file's header, which Run
   // Project sets before it asks the wizard; nothing changes when a kind is already set.
@@ -192,6 +196,12 @@ class BatchRun {
 
   std::string status_;
   fs::path output_path_;
+  bool save_failed_ = false;
+  int write_failures_ = 0;
+  // Saves the project; the first failure of a run is shown with its reason.
+  bool SaveProject(const cBatchFile& project, const fs::path& xml_file);
+  // The first entry of the project that is a readable dataset (else the first entry).
+  fs::path FirstDataset(const cBatchFile& project) const;
   RowFlags flags_;
   // Sized once for a run at the contract's full bounds, reused for every file.
   std::unique_ptr<dataset::AscDataset> dataset_;

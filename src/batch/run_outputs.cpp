@@ -38,9 +38,10 @@ bool MoveFileOver(const fs::path& from, const fs::path& to) {
   return false;
 }
 
-void FileSeriesReports(const fs::path& program_folder, const fs::path& output_path,
-                       const std::string& asc_name, ReportTree& tree, RowFlags& flags,
-                       const std::function<void(const fs::path&)>& write_intervent) {
+std::vector<std::string> FileSeriesReports(const fs::path& program_folder, const fs::path& output_path,
+                                           const std::string& asc_name, ReportTree& tree, RowFlags& flags,
+                                           const std::function<void(const fs::path&)>& write_intervent) {
+  std::vector<std::string> unwritten;
   const std::string stem = AscStem(asc_name);
   AddReportsNode(tree, asc_name);
   for (size_t i = 0; i < kReportRows.size(); ++i) {
@@ -53,8 +54,10 @@ void FileSeriesReports(const fs::path& program_folder, const fs::path& output_pa
     fs::path target = output_path / target_name;
     bool filed = false;
     if (*row.engine_file) {
-      if (auto engine_file = FindNoCase(program_folder, row.engine_file))
+      if (auto engine_file = FindNoCase(program_folder, row.engine_file)) {
         filed = MoveFileOver(*engine_file, target);
+        if (!filed) unwritten.push_back(target_name);
+      }
     } else {
       if (write_intervent) write_intervent(target);
       filed = ExistsNoCase(output_path, target_name);
@@ -64,6 +67,7 @@ void FileSeriesReports(const fs::path& program_folder, const fs::path& output_pa
       AddReportRow(tree, asc_name, row);
     }
   }
+  return unwritten;
 }
 
 void ClearEarlierGraphs(const fs::path& output_path, const std::string& stem) {
@@ -82,29 +86,34 @@ void AddGraphNodes(const std::string& asc_name, const std::array<bool, 9>& drawn
   }
 }
 
-void CopyRunWideFiles(const fs::path& program_folder, const fs::path& output_path,
-                      const std::string& project_stem) {
+std::vector<std::string> CopyRunWideFiles(const fs::path& program_folder, const fs::path& output_path,
+                                          const std::string& project_stem) {
+  std::vector<std::string> unwritten;
   for (const SummaryRow& row : kSummaryRows) {
     auto source = FindNoCase(program_folder, row.engine_file);
     if (!source) continue;
     std::string target = project_stem + row.suffix;
     while (RemoveNoCase(output_path, target)) {
     }
-    platform::CopyFileOver(*source, output_path / target);
+    if (!platform::CopyFileOver(*source, output_path / target)) unwritten.push_back(target);
   }
+  return unwritten;
 }
 
-void FileForecasts(const fs::path& program_folder, const fs::path& output_path,
-                   const std::string& stem, const std::string& batch_name) {
+std::vector<std::string> FileForecasts(const fs::path& program_folder, const fs::path& output_path,
+                                       const std::string& stem, const std::string& batch_name) {
+  std::vector<std::string> unwritten;
   auto source = FindNoCase(program_folder, "TS50PRO.123");
-  if (!source) return;
-  platform::CopyFileOver(*source, platform::ResolveNoCase(output_path, stem + ".PRO"));
+  if (!source) return unwritten;
+  fs::path own = platform::ResolveNoCase(output_path, stem + ".PRO");
+  if (!platform::CopyFileOver(*source, own)) unwritten.push_back(own.filename().string());
   auto lines = platform::ReadAllLines(*source);
-  if (!lines) return;
-  platform::TextWriter combined(platform::ResolveNoCase(output_path, CombinedForecastName(batch_name)),
-                                platform::TextWriter::Mode::Append);
+  if (!lines) return unwritten;
+  fs::path all = platform::ResolveNoCase(output_path, CombinedForecastName(batch_name));
+  platform::TextWriter combined(all, platform::TextWriter::Mode::Append);
   for (const std::string& line : *lines) combined.Line(line);
-  combined.Close();
+  if (!combined.Close()) unwritten.push_back(all.filename().string());
+  return unwritten;
 }
 
 void DeleteLeftovers(const fs::path& program_folder, const std::string& stem) {

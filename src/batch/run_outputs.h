@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "batch/report_tree.h"
 
@@ -28,7 +29,15 @@ bool MoveFileOver(const fs::path& from, const fs::path& to);
 // the series' "Reports" node (added here). R4 is written by `write_intervent` (which gets
 // the target path and writes it only when the engine found interventions); its node follows
 // when the page exists.
-void FileSeriesReports(const fs::path& program_folder, const fs::path& output_path,
+// The value a dataset's `err` takes when the engine gave its reports but they could not
+// all be put in the output folder (a full disk, a read-only folder, a file where the
+// folder should be): the dataset failed, though the engine did not.
+inline constexpr int kOutputsNotWrittenError = 9000;
+// The reason logged for such a dataset, followed by the names of the files not written.
+inline constexpr const char* kOutputsNotWrittenText = "The results could not be written to the output folder: ";
+
+// Each filing step returns the names of the files it could not write (empty: all filed).
+std::vector<std::string> FileSeriesReports(const fs::path& program_folder, const fs::path& output_path,
                        const std::string& asc_name, ReportTree& tree, RowFlags& flags,
                        const std::function<void(const fs::path&)>& write_intervent);
 
@@ -41,12 +50,12 @@ void AddGraphNodes(const std::string& asc_name, const std::array<bool, 9>& drawn
 
 // S1 to S9: each run-wide file of the program's folder copied over its target under the
 // project's stem.
-void CopyRunWideFiles(const fs::path& program_folder, const fs::path& output_path,
+std::vector<std::string> CopyRunWideFiles(const fs::path& program_folder, const fs::path& output_path,
                       const std::string& project_stem);
 
 // TS50PRO.123, when the engine wrote it: copied to the stem's ".PRO" in the output folder
 // and appended line by line to the combined file.
-void FileForecasts(const fs::path& program_folder, const fs::path& output_path,
+std::vector<std::string> FileForecasts(const fs::path& program_folder, const fs::path& output_path,
                    const std::string& stem, const std::string& batch_name);
 
 // The four leftovers of a dataset in the program's folder: <stem>.STA, .RHS, .RES, .PRO.

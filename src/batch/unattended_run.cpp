@@ -44,6 +44,8 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   RunState().UnivariateRun = RunState().CausalRun = false;
   bool ran = run.mnuBatchRun(project, path);
   if (!engine_started) return 2;
+  // Results that could not be written or a project that could not be saved fail the run.
+  if (ran && (run.SaveFailed() || run.WriteFailures() > 0)) return 1;
   return ran ? 0 : 1;
 }
 

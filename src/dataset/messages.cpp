@@ -28,6 +28,11 @@ std::string SizeMismatch(std::string_view name) {
          "Please see \"Create Your Own ASC File\" in the user's guide for detailed instructions.";
 }
 
+std::string FileNotFound(std::string_view folder) {
+  return "The asc file was not found in the input folder " + std::string(folder) +
+         ". Check the project's input folder.";
+}
+
 std::string DifferentSeasonality(int run_seasonality, std::string_view name, int seasonality) {
   return "You cannot process datasets with different seasonalities in the same xml. Since the "
          "initial series seasonality is " +

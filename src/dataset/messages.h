@@ -16,6 +16,10 @@ std::string SizeMismatch(std::string_view name);
 
 // ---- the run's checks, written to Process Errors.Err ----
 inline constexpr const char* kEmptyFile = "The asc file is empty.";
+// A project entry that names no file: a wrong input folder, a file moved or a broken link.
+std::string FileNotFound(std::string_view folder);
+inline constexpr const char* kNotAFile =
+    "The asc file is not a data file (a folder, a device or a pipe); it was not read.";
 inline constexpr const char* kTooManySeries =
     "The number of series in the dataset exceeds the maximum allowed.";
 std::string DifferentSeasonality(int run_seasonality, std::string_view name, int seasonality);

@@ -77,27 +77,18 @@ bool IllegalNameCharacter(unsigned char c) {
 }  // namespace
 
 bool ReplaceLine(const fs::path& file, long line_number, const std::string& text) {
-  fs::path temp = file.parent_path() / ("123" + file.filename().string());
+  // Written beside the file under a name no dataset has and renamed over it: the user's
+  // file is whole until the repaired copy replaces it, and a real "123<name>" is never
+  // touched.
+  std::vector<std::string> lines;
   {
     platform::LineReader in(file);
     if (!in.IsOpen()) return false;
-    platform::TextWriter out(temp);
-    if (!out.IsOpen()) return false;
-    long n = 0;
-    while (auto line = in.Next()) {
-      ++n;
-      out.Line(n == line_number ? text : *line);
-    }
-    if (!out.Close()) {
-      std::error_code ec;
-      fs::remove(temp, ec);
-      return false;
-    }
+    while (auto line = in.Next()) lines.push_back(std::move(*line));
+    if (in.TooLarge()) return false;
   }
-  std::error_code ec;
-  fs::remove(file, ec);
-  fs::rename(temp, file, ec);
-  return !ec;
+  if (line_number >= 1 && line_number <= static_cast<long>(lines.size())) lines[line_number - 1] = text;
+  return platform::WriteAllLines(file, lines);
 }
 
 ValidateAscResult ValidateASC(const std::string& asc_name, const fs::path& in_directory,

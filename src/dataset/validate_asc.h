@@ -27,10 +27,9 @@ struct ValidateAscResult {
 ValidateAscResult ValidateASC(const std::string& asc_name, const fs::path& in_directory,
                               const fs::path& output_path, const ProcessErrorsLog& log);
 
-// Rewrites line `line_number` (1-based) of `file` to `text`: the lines are copied to a
-// new file named "123" in front of the file name in the same folder, with the new text in
-// place of that line, then the old file is deleted and the new one takes its name.
-// False (and the file unchanged) when the copy cannot be made.
+// Rewrites line `line_number` (1-based) of `file` to `text`: the lines with the new text
+// in place of that one go to a temporary file in the same folder, which is renamed over
+// the file. False (and the file unchanged) when the copy cannot be made.
 bool ReplaceLine(const fs::path& file, long line_number, const std::string& text);
 
 }  // namespace tessaly::dataset

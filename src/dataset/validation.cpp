@@ -93,6 +93,11 @@ bool ValidateAscSize_And_NSeries(const fs::path& file, bool& cancel, const std::
 CheckOutcome CheckAscBeforeReading(const fs::path& file, const std::string& name,
                                    const RunCheckContext& run, const ProcessErrorsLog& log,
                                    AscHeader* header_out) {
+  // A missing file or one that is not a data file is said as such, never "empty".
+  std::error_code ec;
+  fs::file_status st = fs::status(file, ec);
+  if (!fs::exists(st)) return Reject(log, name, msg::FileNotFound(file.parent_path().string()));
+  if (!fs::is_regular_file(st)) return Reject(log, name, msg::kNotAFile);
   long count = CountAscLines(file);
   if (count == 0) return Reject(log, name, msg::kEmptyFile);
   AscHeader header;

@@ -56,7 +56,7 @@ std::optional<std::vector<T>> Fields(const std::string& line, size_t width, size
     double v = std::strtod(field.c_str(), &end);
     if (*end != '\0') return std::nullopt;
     if constexpr (std::is_same_v<T, int>) {
-      if (v != static_cast<int>(v)) return std::nullopt;
+      if (!(v >= -2147483648.0 && v <= 2147483647.0) || v != static_cast<int>(v)) return std::nullopt;
       out.push_back(static_cast<int>(v));
     } else {
       out.push_back(v);

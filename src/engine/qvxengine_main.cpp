@@ -2,6 +2,8 @@
 // folder, it reads QVXREQUEST.BIN, runs, writes its files and QVXRESPONSE.BIN, and exits
 // with status 0. With --asc FILE [--out DIR] it runs one ASC file directly under the rules
 // and control files of the current folder and prints a short summary.
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -10,6 +12,8 @@
 #include <string>
 
 #include "dataset/asc_dataset.h"
+#include "dataset/process_errors.h"
+#include "dataset/validation.h"
 #include "engine/exchange.h"
 #include "engine/quorvane.h"
 #include "engine/rules_reader.h"
@@ -56,14 +60,28 @@ void Usage() {
 
 int RunAsc(const fs::path& asc, const fs::path& out) {
   namespace ds = tessaly::dataset;
-  auto dataset = std::make_unique<ds::AscDataset>();
-  ds::AscReadResult read = ds::ReadAscFile(asc, *dataset);
-  if (!read.ok()) {
-    std::fprintf(stderr, "qvxengine: %s cannot be read as an ASC file\n", asc.c_str());
-    return 2;
-  }
   std::error_code ec;
   fs::create_directories(out, ec);
+  // The run's own checks, in the run's order: the line count against the header, the
+  // ranges, names and types, then the values. The file's own seasonality and kind stand
+  // for the run's. Their reasons go to standard error, not to a log of the folder.
+  auto dataset = std::make_unique<ds::AscDataset>();
+  const fs::path log_folder = fs::temp_directory_path(ec);
+  const ds::ProcessErrorsLog log(log_folder, "qvxengine-" + std::to_string(::getpid()) + ".err");
+  ds::AscHeader header;
+  ds::ReadAscHeader(asc, header);
+  ds::RunCheckContext context{header.DataProp[2],
+                              header.DataProp[1] == 1 ? ds::RunKind::Univariate : ds::RunKind::Causal, ""};
+  const std::string name = asc.filename().string();
+  bool accepted = ds::CheckAscBeforeReading(asc, name, context, log) == ds::CheckOutcome::Accepted &&
+                  ds::ReadAndCheckAscFile(asc, name, *dataset, log) == ds::CheckOutcome::Accepted;
+  auto reasons = log.Text();
+  fs::remove(log.Path(), ec);
+  if (!accepted) {
+    std::fprintf(stderr, "qvxengine: %s was refused by the checks of a run:\n%s", asc.c_str(),
+                 reasons ? reasons->c_str() : "");
+    return 2;
+  }
   quorvane::EngineArrays arrays;
   arrays.work_folder = fs::current_path().string();
   arrays.objective_values = dataset->Objectives.Storage();

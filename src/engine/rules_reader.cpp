@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "platform/numfmt.h"
 #include "platform/paths.h"
 #include "platform/textfile.h"
 
@@ -39,7 +40,8 @@ std::optional<double> ParseNumber(std::string_view field) {
 
 std::optional<int> ParseWhole(std::string_view field) {
   auto v = ParseNumber(field);
-  if (!v || *v != std::floor(*v)) return std::nullopt;
+  // A whole number beyond an int (such as 1e300) is no count the rules know.
+  if (!v || *v != std::floor(*v) || *v < -2147483648.0 || *v > 2147483647.0) return std::nullopt;
   return static_cast<int>(*v);
 }
 
@@ -93,7 +95,7 @@ bool Store(const RuleLine& line_rule, std::string_view field, EngineRules& r,
       return false;
   }
   bool flag = v == 1.0;
-  int whole_value = static_cast<int>(v);
+  int whole_value = tessaly::platform::ToIntClamped(v);
   switch (line_rule.code) {
     case 2002: r.robust_acf = whole_value != 0; break;
     case 2015: r.maximum_lead = whole_value; break;

@@ -69,7 +69,7 @@ std::optional<WizardDataset> WizardDataset::FromFile(const std::filesystem::path
   ds.future = header.DataProp[6] > 0 ? header.DataProp[6] : ds.forecasts;
   if (auto lines = platform::ReadAllLines(asc_file)) {
     for (size_t i = 0; i < 3 && i < lines->size(); ++i)
-      ds.objectives[i] = static_cast<int>(platform::Val((*lines)[i]));
+      ds.objectives[i] = platform::ValInt((*lines)[i]);
   }
   auto [y, p] = EndDate(ds.begin_year, ds.begin_period, ds.observations + ds.future, ds.seasonality);
   ds.last_year = y;
@@ -200,10 +200,10 @@ bool AddSeriesWizard::CheckInterventionField(const InterventionFields& f, int i)
   const std::string t = Trim(f[i]);
   if (t.empty()) return true;  // told at Next, with the other empty fields
   if (!platform::IsNumeric(t)) return Fail(texts::kCompleteEachSection, kInputTitle);
-  const int value = static_cast<int>(platform::Val(t));
+  const int value = platform::ValInt(t);
   auto year_of = [&](int k) {
     const std::string y = Trim(f[k]);
-    return platform::IsNumeric(y) ? static_cast<int>(platform::Val(y)) : -1;
+    return platform::IsNumeric(y) ? platform::ValInt(y) : -1;
   };
   auto N = [](int x) { return std::to_string(x); };
   const bool start = i < 2;

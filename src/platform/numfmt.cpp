@@ -326,6 +326,13 @@ Int16Conversion ToInt16(std::string_view text) {
   return ToInt16(*parsed.value);
 }
 
+int ToIntClamped(double value) {
+  if (std::isnan(value)) return 0;
+  if (value >= 2147483647.0) return 2147483647;
+  if (value <= -2147483648.0) return -2147483647 - 1;
+  return static_cast<int>(value);
+}
+
 double Val(std::string_view text) {
   std::string compact;
   compact.reserve(text.size() < 64 ? text.size() : 64);

@@ -49,6 +49,13 @@ Int16Conversion ToInt16(double value);
 // continue a number, and text without a leading number gives 0. Never fails.
 double Val(std::string_view text);
 
+// A number read from a file made a whole number without undefined behaviour: the part
+// before the point (as a cast would give), held within the range of int; NaN gives 0.
+// "9e9999" read by Val is infinite and gives the largest int, never a wild value.
+int ToIntClamped(double value);
+// Val made a whole number the same way.
+inline int ValInt(std::string_view text) { return ToIntClamped(Val(text)); }
+
 // ---- Writing numbers ------------------------------------------------------------------
 
 // The default number-to-text form: up to 15 significant digits, no trailing zeros,

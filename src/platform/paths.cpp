@@ -105,8 +105,16 @@ std::string WithTrailingSlash(std::string folder) {
 }
 
 bool CopyFileOver(const fs::path& from, const fs::path& to) {
+  // Copied beside the target first and renamed over it: a copy cut short by a full disk
+  // leaves the target as it was.
   std::error_code ec;
-  fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec);
+  fs::path temp = to.parent_path() / ("." + to.filename().string() + ".copy-" + std::to_string(::getpid()));
+  fs::copy_file(from, temp, fs::copy_options::overwrite_existing, ec);
+  if (!ec) fs::rename(temp, to, ec);
+  if (ec) {
+    std::error_code ignored;
+    fs::remove(temp, ignored);
+  }
   return !ec;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/xml.h"
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlsave.h>
@@ -10,6 +11,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "platform/textfile.h"
+
 namespace tessaly::platform::xml {
 
 namespace {
@@ -17,9 +20,30 @@ namespace {
 const xmlChar* X(const std::string& s) { return reinterpret_cast<const xmlChar*>(s.c_str()); }
 const char* C(const xmlChar* s) { return reinterpret_cast<const char*>(s); }
 
+// The folder whose files a schema being read may include; empty outside a validation.
+// Every other outside resource (an external entity, an external DTD, a file or network
+// address named in a document) is refused, so a project file from elsewhere cannot make
+// the program read the user's files or reach the network.
+thread_local std::string schema_folder;
+
+xmlParserInputPtr RefusingEntityLoader(const char* url, const char* id, xmlParserCtxtPtr ctxt) {
+  (void)id;
+  if (url && !schema_folder.empty()) {
+    std::string u(url);
+    if (u.rfind("file://", 0) == 0) u.erase(0, 7);
+    std::error_code ec;
+    auto real = std::filesystem::weakly_canonical(u, ec);
+    if (!ec && real.string().rfind(schema_folder, 0) == 0 && IsReadableFile(real)) {
+      return xmlNewInputFromFile(ctxt, real.c_str());
+    }
+  }
+  return nullptr;
+}
+
 void EnsureInit() {
   static const bool done = [] {
     xmlInitParser();
+    xmlSetExternalEntityLoader(&RefusingEntityLoader);
     return true;
   }();
   (void)done;
@@ -100,6 +124,15 @@ constexpr int kParseOptions = XML_PARSE_NOBLANKS | XML_PARSE_NONET | XML_PARSE_N
 
 ParseResult Finish(xmlDocPtr doc, const ErrorCapture& cap) {
   ParseResult result;
+  // No file of the system declares entities. A document that does is refused whole: an
+  // entity naming an outside file would be read when its text is asked for, and nested
+  // internal entities can grow a small file into gigabytes.
+  if (doc && !cap.seen && ((doc->intSubset && doc->intSubset->entities) ||
+                           (doc->extSubset && doc->extSubset->entities))) {
+    xmlFreeDoc(doc);
+    result.reason = "The document declares entities, which are not read.";
+    return result;
+  }
   if (doc && !cap.seen) {
     result.document.emplace(doc);
     return result;
@@ -413,18 +446,8 @@ bool Document::Save(const std::filesystem::path& path, const SaveOptions& option
     if (reason) *reason = why;
     return false;
   }
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (!file) {
-    if (reason) *reason = path.string() + ": " + std::strerror(errno);
-    return false;
-  }
-  file.write(out.data(), static_cast<std::streamsize>(out.size()));
-  file.close();
-  if (!file) {
-    if (reason) *reason = path.string() + ": write failed";
-    return false;
-  }
-  return true;
+  // Through a temporary file and a rename: a failed save leaves the old file whole.
+  return WriteWholeFile(path, out, reason);
 }
 
 // ---- Parsing and validation ----
@@ -444,11 +467,19 @@ ParseResult ParseFile(const std::filesystem::path& path) {
     r.reason = "The file cannot be found: " + path.string();
     return r;
   }
+  // Read through the bounded reader: a link to a device or a pipe is never parsed.
+  auto bytes = ReadWholeFile(path);
+  if (!bytes) {
+    ParseResult r;
+    r.reason = "The file cannot be read: " + path.string();
+    return r;
+  }
   ErrorCapture cap;
   xmlDocPtr doc;
   {
     GlobalErrorGuard guard(&cap);
-    doc = xmlReadFile(path.c_str(), nullptr, kParseOptions);
+    doc = xmlReadMemory(bytes->data(), static_cast<int>(bytes->size()), path.c_str(), nullptr,
+                        kParseOptions);
   }
   return Finish(doc, cap);
 }
@@ -476,6 +507,13 @@ ValidationResult ValidateAgainstSchema(const Document& document,
   }
   ErrorCapture cap;
   GlobalErrorGuard guard(&cap);
+  struct SchemaFolder {
+    explicit SchemaFolder(const std::filesystem::path& xsd) {
+      std::error_code e;
+      schema_folder = std::filesystem::weakly_canonical(xsd, e).parent_path().string();
+    }
+    ~SchemaFolder() { schema_folder.clear(); }
+  } allow(xsd_path);
   xmlSchemaParserCtxtPtr pctxt = xmlSchemaNewParserCtxt(xsd_path.c_str());
   xmlSchemaSetParserStructuredErrors(pctxt, &ErrorCapture::Handler, &cap);
   xmlSchemaPtr schema = xmlSchemaParse(pctxt);

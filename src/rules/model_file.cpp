@@ -1,5 +1,7 @@
 #include "rules/model_file.h"
 
+#include <algorithm>
+
 #include "platform/numfmt.h"
 #include "platform/textfile.h"
 #include "rules/rule_values.h"
@@ -8,6 +10,7 @@ namespace tessaly::rules {
 
 using platform::RightJustify;
 using platform::Val;
+using platform::ValInt;
 
 std::vector<std::string> ModelTable::Row(int row) const {
   std::vector<std::string> out;
@@ -41,7 +44,7 @@ bool WriteModelFile(const fs::path& file, const ModelTable& table, int series_co
 }
 
 int SeriesCountOfNameLine(const std::string& line) {
-  return line.size() > 37 ? static_cast<int>(Val(line.substr(37, 4))) : 0;
+  return line.size() > 37 ? ValInt(line.substr(37, 4)) : 0;
 }
 
 std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table) {
@@ -99,9 +102,15 @@ std::string RTrim(std::string s) {
 std::string Int6(int v) { return RightJustify(std::to_string(v), 6); }
 
 // Fields of a fixed width from a line; `n` of them from field `first` on, trimmed.
-std::vector<std::string> Chunks(const std::string& line, size_t width, size_t first, size_t n) {
+// Fields `first` to `first + n` of a fixed-width line. Counts come from the file, so a
+// negative one reads nothing and no more fields are read than the line holds: a count of
+// -1 or 9e9999 must not make the page allocate without end.
+std::vector<std::string> Chunks(const std::string& line, size_t width, long long first, long long n) {
   std::vector<std::string> out;
-  for (size_t i = first; i < first + n; ++i) {
+  const long long held = static_cast<long long>((line.size() + width - 1) / width);
+  if (first < 0 || n <= 0 || first >= held) return out;
+  const long long last = first + std::min(n, held - first);
+  for (long long i = first; i < last; ++i) {
     size_t col = i * width;
     out.push_back(col < line.size() ? Trim(line.substr(col, width)) : std::string());
   }
@@ -118,9 +127,9 @@ std::string Join(const std::vector<std::string>& items) {
 }
 
 int SumOf(const std::vector<std::string>& items) {
-  int s = 0;
-  for (const std::string& i : items) s += static_cast<int>(Val(i));
-  return s;
+  long long s = 0;
+  for (const std::string& i : items) s += ValInt(i);
+  return platform::ToIntClamped(static_cast<double>(s));
 }
 
 std::string CountText(int count) { return std::to_string(count); }
@@ -178,9 +187,9 @@ std::vector<std::string> BuildNoiseRow(const StartmodPage& p, const std::string&
     row.push_back(RightJustify(c, 12));
   }
   row.push_back(RightJustify(Trim(p.txtStartmod2.text), 12) + std::string(9, ' ') + "0.0");
-  int ar = static_cast<int>(Val(p.txtStartmod5.text));
-  int diff = static_cast<int>(Val(p.txtStartmod3.text));
-  int ma = static_cast<int>(Val(p.txtStartmod6.text));
+  int ar = ValInt(p.txtStartmod5.text);
+  int diff = ValInt(p.txtStartmod3.text);
+  int ma = ValInt(p.txtStartmod6.text);
   row.push_back(Int6(ar) + Int6(diff) + Int6(ma));
   if (diff > 0) row.push_back(Ints6(p.txtStartmod4.text));
   if (ar + ma > 0) {
@@ -195,9 +204,9 @@ std::vector<std::string> BuildInputRow(const InputmodPage& p) {
   std::vector<std::string> row;
   row.push_back(p.series_name);
   row.push_back(RightJustify(Trim(p.txtInputmod2.text), 12));
-  int den = static_cast<int>(Val(p.txtInputmod5.text));
-  int diff = static_cast<int>(Val(p.txtInputmod3.text));
-  int num = static_cast<int>(Val(p.txtInputmod6.text));
+  int den = ValInt(p.txtInputmod5.text);
+  int diff = ValInt(p.txtInputmod3.text);
+  int num = ValInt(p.txtInputmod6.text);
   row.push_back(Int6(den) + Int6(diff) + Int6(num));
   if (diff > 0) row.push_back(Ints6(p.txtInputmod4.text));
   if (den + num > 0) {
@@ -220,9 +229,10 @@ void FillNoisePage(const std::vector<std::string>& row, StartmodPage& p) {
   if (!IsBlank(cell(at))) p.txtStartmod2.text = LambdaText(cell(at));
   ++at;
   std::vector<std::string> counts = Chunks(cell(at++), 6, 0, 3);
-  int ar = static_cast<int>(Val(counts[0]));
-  int diff = static_cast<int>(Val(counts[1]));
-  int ma = static_cast<int>(Val(counts[2]));
+  counts.resize(3);  // a short line: the counts it lacks are blank
+  int ar = ValInt(counts[0]);
+  int diff = ValInt(counts[1]);
+  int ma = ValInt(counts[2]);
   if (!IsBlank(counts[0])) p.txtStartmod5.text = CountText(ar);
   if (!IsBlank(counts[1])) p.txtStartmod3.text = CountText(diff);
   if (!IsBlank(counts[2])) p.txtStartmod6.text = CountText(ma);
@@ -263,9 +273,10 @@ void FillInputPage(const std::vector<std::string>& row, InputmodPage& p) {
   if (!IsBlank(cell(at))) p.txtInputmod2.text = LambdaText(cell(at));
   ++at;
   std::vector<std::string> counts = Chunks(cell(at++), 6, 0, 3);
-  int den = static_cast<int>(Val(counts[0]));
-  int diff = static_cast<int>(Val(counts[1]));
-  int num = static_cast<int>(Val(counts[2]));
+  counts.resize(3);  // a short line: the counts it lacks are blank
+  int den = ValInt(counts[0]);
+  int diff = ValInt(counts[1]);
+  int num = ValInt(counts[2]);
   if (!IsBlank(counts[0])) p.txtInputmod5.text = CountText(den);
   if (!IsBlank(counts[1])) p.txtInputmod3.text = CountText(diff);
   if (!IsBlank(counts[2])) p.txtInputmod6.text = CountText(num);

@@ -29,7 +29,7 @@ bool FlagOn(std::string_view value) {
 int IntegerValue(std::string_view value) {
   std::string t = Trim(value);
   if (t.empty()) return 0;
-  return static_cast<int>(platform::Val(t));
+  return platform::ValInt(t);
 }
 
 std::string LastDigit(std::string_view value) {

@@ -3,6 +3,7 @@
 // read and change a rule in it. There is no parsed structure: a rule is found by the first
 // occurrence of its key, its value runs from the first bar after the key to the line end.
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,11 +15,12 @@ class RulesText {
  public:
   // The value of the rule whose key occurs first in the text: the characters between the
   // first "|" after the key and the carriage return (or line feed) that ends the line.
-  // A key that is missing reads from the start of the text; the file is trusted.
+  // A key that is missing gives an empty value.
   std::string GetRule(std::string_view key) const;
 
   // Rebuilds the text as everything up to and including the bar, then `value`, then
-  // everything from the line end on. Nothing pads the value here.
+  // everything from the line end on. Nothing pads the value here. A key that is missing
+  // is added as a line of its own at the end; no other rule changes.
   void PutRule(std::string_view key, std::string_view value);
 
   // Reads a file whole into the text; false when it cannot be read (the text is kept).
@@ -37,7 +39,7 @@ class RulesText {
     size_t value_begin;  // first character after the bar
     size_t value_end;    // the line end (or the end of the text)
   };
-  Span Find(std::string_view key) const;
+  std::optional<Span> Find(std::string_view key) const;
 
   std::string text_;
   size_t length_read_ = 0;

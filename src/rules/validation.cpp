@@ -10,6 +10,7 @@ namespace tessaly::rules {
 
 namespace t = text::check;
 using platform::Val;
+using platform::ValInt;
 
 namespace {
 
@@ -33,7 +34,7 @@ std::string S(std::string_view s) { return std::string(s); }
 std::string N(int v) { return std::to_string(v); }
 std::string Paragraphs(std::string_view a, std::string_view b) { return S(a) + "\r\n\r\n" + S(b); }
 
-int Count(const TextField& f) { return static_cast<int>(Val(f.text)); }
+int Count(const TextField& f) { return ValInt(f.text); }
 bool Given(const TextField& f) { return !IsBlank(f.text); }
 bool HasAny(const std::string& text, std::string_view chars) {
   return Trim(text).find_first_of(chars) != std::string::npos;
@@ -108,7 +109,7 @@ void NormaliseCoefficients(TextField& f) {
 bool Ascending(const std::vector<std::string>& params, const std::vector<std::string>& powers) {
   size_t at = 0;
   for (const auto& p : params) {
-    int n = static_cast<int>(Val(p));
+    int n = ValInt(p);
     for (int j = 1; j < n && at + j < powers.size(); ++j)
       if (Val(powers[at + j]) <= Val(powers[at + j - 1])) return false;
     at += std::max(n, 0);
@@ -121,7 +122,7 @@ bool SingleCoefficientsInRange(const std::vector<std::string>& params,
                                const std::vector<std::string>& coefficients) {
   size_t at = 0;
   for (const auto& p : params) {
-    int n = static_cast<int>(Val(p));
+    int n = ValInt(p);
     if (n == 1 && at < coefficients.size()) {
       double v = Val(coefficients[at]);
       if (v < -1 || v > 1) return false;
@@ -132,9 +133,9 @@ bool SingleCoefficientsInRange(const std::vector<std::string>& params,
 }
 
 int Sum(const std::vector<std::string>& items) {
-  int s = 0;
-  for (const auto& i : items) s += static_cast<int>(Val(i));
-  return s;
+  long long s = 0;
+  for (const auto& i : items) s += ValInt(i);
+  return platform::ToIntClamped(static_cast<double>(s));
 }
 
 // The messages for one polynomial list of the noise page: the same checks of the parameters,

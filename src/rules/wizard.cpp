@@ -456,7 +456,7 @@ std::string RulesWizard::PageTitle() const {
 }
 
 int RulesWizard::SeriesInModel() const {
-  int n = static_cast<int>(platform::Val(startmod.txtStartmod13.text));
+  int n = platform::ValInt(startmod.txtStartmod13.text);
   return n < 1 ? 1 : n;
 }
 

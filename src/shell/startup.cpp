@@ -2,9 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <iostream>
+#include <thread>
 
 #include "batch/batch_schema.h"
 #include "genseries/bp_schema.h"
@@ -55,6 +59,80 @@ std::vector<fs::path> ControlFiles(const fs::path& folder) {
   }
   std::sort(out.begin(), out.end());
   return out;
+}
+
+namespace {
+int lock_fd = -1;
+fs::path locked_folder;
+}  // namespace
+
+FolderLock TryLockWorkingFolder(const fs::path& folder, long* holder) {
+  if (holder) *holder = 0;
+  if (lock_fd >= 0 && locked_folder == folder) return FolderLock::Locked;
+  fs::path file = folder / kLockFileName;
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) return FolderLock::Unavailable;
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+      if (holder) {
+        char buf[32] = {};
+        ssize_t n = ::pread(fd, buf, sizeof buf - 1, 0);
+        if (n > 0) *holder = std::strtol(buf, nullptr, 10);
+      }
+      ::close(fd);
+      return FolderLock::HeldByAnother;
+    }
+    // The holder removes the file as it lets go: a lock taken on a file already removed
+    // holds nothing, so the name must still be this file.
+    struct stat held {}, named {};
+    if (::fstat(fd, &held) != 0 || ::stat(file.c_str(), &named) != 0 || held.st_ino != named.st_ino ||
+        held.st_dev != named.st_dev) {
+      ::close(fd);
+      continue;
+    }
+    // The holder's process id, for the message a second program shows.
+    std::string pid = std::to_string(::getpid()) + "\n";
+    if (::ftruncate(fd, 0) == 0) (void)!::pwrite(fd, pid.data(), pid.size(), 0);
+    UnlockWorkingFolder();
+    lock_fd = fd;
+    locked_folder = folder;
+    return FolderLock::Locked;
+  }
+  return FolderLock::HeldByAnother;
+}
+
+std::string LockHeldText(const fs::path& folder, long holder) {
+  return "Another Tessaly" + (holder > 0 ? " (process " + std::to_string(holder) + ")" : std::string()) +
+         " is using the working folder " + folder.string() +
+         ". Two programs in one folder would delete each other's files, so this one waits until it ends.";
+}
+
+bool LockWorkingFolder(const fs::path& folder) {
+  long holder = 0;
+  if (TryLockWorkingFolder(folder, &holder) != FolderLock::HeldByAnother) return true;
+  if (platform::Dialogs().Unattended()) {
+    platform::Dialogs().Message(LockHeldText(folder, holder), platform::mb::OKOnly, kApplicationTitle);
+    while (TryLockWorkingFolder(folder, &holder) == FolderLock::HeldByAnother)
+      std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    return true;
+  }
+  while (true) {
+    std::string text = LockHeldText(folder, holder) +
+                       "\r\n\r\nRetry when it has closed, or Cancel to close this one.";
+    if (platform::Dialogs().Message(text, platform::mb::RetryCancel + platform::mb::Exclamation,
+                                    kApplicationTitle) != platform::mb::Retry)
+      return false;
+    if (TryLockWorkingFolder(folder, &holder) != FolderLock::HeldByAnother) return true;
+  }
+}
+
+void UnlockWorkingFolder() {
+  if (lock_fd < 0) return;
+  // Removed while still held, so the folder is left as it was found.
+  ::unlink((locked_folder / kLockFileName).c_str());
+  ::close(lock_fd);
+  lock_fd = -1;
+  locked_folder.clear();
 }
 
 void MainPrepare(const fs::path& program_folder, const CommandLine& command_line,
@@ -290,6 +368,7 @@ void FormUnload(CSetting& settings) {
     TraceLog().WriteFooter();
     TraceLog().CloseFile();
   }
+  UnlockWorkingFolder();
 }
 
 }  // namespace tessaly::shell

@@ -40,6 +40,24 @@ struct ShellState {
 };
 ShellState& Shell();
 
+// ---- the lock on the working folder ----
+// Two programs sharing one working folder would delete each other's rules, model and
+// report files (start-up clears them). A program holds a lock on the folder from start-up
+// to exit; a second one finds it held and says so.
+inline constexpr const char* kLockFileName = ".tessaly.lock";
+enum class FolderLock { Locked, HeldByAnother, Unavailable };
+// One try, never waiting. HeldByAnother fills `holder` with the process id that holds it
+// (0 when unknown). Unavailable: the folder takes no lock file (read-only); the program
+// goes on without one. A folder already locked by this program gives Locked.
+FolderLock TryLockWorkingFolder(const fs::path& folder, long* holder = nullptr);
+// Start-up's lock: when another program holds it, an unattended run says so on standard
+// error and waits until it is free; the desktop asks whether to wait (Retry) or to close
+// (Cancel). False only when the person chose to close.
+bool LockWorkingFolder(const fs::path& folder);
+// Gives the lock up (exit does; the system does it too when the process ends).
+void UnlockWorkingFolder();
+std::string LockHeldText(const fs::path& folder, long holder);
+
 // The seventeen report files that are cleared at start and around each run.
 const std::vector<std::string>& StartCleanList();
 

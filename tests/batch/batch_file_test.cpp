@@ -136,6 +136,60 @@ TEST_F(BatchFileTest, RelativeFoldersAreTakenFromTheProjectsFolder) {
   ASSERT_TRUE(b.Load(data / "p.xml"));
   EXPECT_EQ(b.InDirectory(), data.path().string() + "/");
   EXPECT_EQ(b.OutDirectory(), data.path().string() + "/results/");
+  // No output folder (empty or blanks): beside the project, never the root of the disk.
+  for (const char* out : {"", "  "}) {
+    swap("outputpath", out);
+    WriteFile(data / "p.xml", text);
+    ASSERT_TRUE(b.Load(data / "p.xml"));
+    EXPECT_EQ(b.OutDirectory(), data.path().string() + "/") << '"' << out << '"';
+  }
+}
+
+// A project file from elsewhere cannot make the program read other files, reach the
+// network, or swell in memory: a document that declares entities is refused whole.
+TEST_F(BatchFileTest, AHostileProjectFileIsRefusedAndReadsNothingElse) {
+  WriteFile(data / "secret.txt", "PASSWORD-1234");
+  cBatchFile good(program.path());
+  good.Add_File("A.ASC", 0, 0, "00/00/00");
+  ASSERT_TRUE(good.Build(data / "good.xml"));
+  std::string text = ReadFile(data / "good.xml");
+  const std::string body = text.substr(text.find("<batch"));
+  const std::string file_entity = "<!DOCTYPE batch [<!ENTITY s SYSTEM \"file://" + (data / "secret.txt").string() + "\">]>";
+  // Each entity ten of the one before: "&g;" is 60 MB of text from a file of 1 KiB.
+  std::string laughs = "<!DOCTYPE batch [<!ENTITY a \"" + std::string(60, 'a') + "\">";
+  for (char c = 'b'; c <= 'g'; ++c) {
+    std::string tens;
+    for (int i = 0; i < 10; ++i) tens += std::string("&") + static_cast<char>(c - 1) + ";";
+    laughs += std::string("<!ENTITY ") + c + " \"" + tens + "\">";
+  }
+  laughs += "]>";
+  struct Case {
+    const char* what;
+    std::string prolog;
+    std::string data;
+  };
+  const Case cases[] = {
+      {"an entity naming a local file", file_entity, "&s;"},
+      {"an external DTD on the network", "<!DOCTYPE batch SYSTEM \"http://127.0.0.1:9/evil.dtd\">", "A.ASC"},
+      {"entities nested to 60 MB", laughs, "&g;"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::string hostile = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + c.prolog + "\n" + body;
+    hostile.replace(hostile.find("<data>A.ASC</data>"), 18, "<data>" + c.data + "</data>");
+    WriteFile(data / "hostile.xml", hostile);
+    host->shown.clear();
+    cBatchFile b(program.path());
+    bool loaded = b.Load(data / "hostile.xml");
+    for (auto& m : host->shown) EXPECT_EQ(m.text.find("PASSWORD"), std::string::npos) << m.text;
+    if (loaded) {
+      ASSERT_EQ(b.Size(), 1);
+      EXPECT_EQ(b.List(0).find("PASSWORD"), std::string::npos);
+      EXPECT_LT(b.List(0).size(), 100u);
+    }
+    // Only the external DTD, which is never fetched, leaves a project that can be read.
+    EXPECT_EQ(loaded, c.data == "A.ASC");
+  }
 }
 
 TEST_F(BatchFileTest, IndexBoundsAndEmptyListMessages) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "support/program_folder.h"
+#include "support/small_disk.h"
+
 
 namespace tessaly::batch {
 namespace {
@@ -85,6 +87,30 @@ TEST(RunOutputs, RunWideFilesForecastsAndLeftovers) {
   EXPECT_FALSE(fs::exists(program / "NILE.rhs"));
   EXPECT_FALSE(fs::exists(program / "nile.PRO"));
   EXPECT_TRUE(fs::exists(program / "other.PRO"));
+}
+
+// Each filing step names the files it could not write: the output path a file, a
+// read-only or a full disk (the program's folder elsewhere, so a move is a copy).
+TEST(RunOutputs, FilesThatCannotBeWrittenAreNamed) {
+  TempDir program, out;
+  tessaly::testing::SmallDisk read_only(16 * 1024, true), full(8 * 1024);
+  if (!full.Mounted()) GTEST_SKIP() << "a tmpfs of a few KiB cannot be mounted here: the disk cases are not run";
+  WriteFile(out / "OUTPUT", "a file where the folder should be");
+  WriteFile(full / "filler", std::string(6 * 1024, 'f'));
+  for (const fs::path& target : {out / "OUTPUT", read_only.path(), full.path()}) {
+    WriteFile(program / "DETAILS.HTM", std::string(20000, 'd'));
+    WriteFile(program / "SUMMAPE.TXT", std::string(20000, 'm'));
+    WriteFile(program / "TS50PRO.123", std::string(20000, '1'));
+    ReportTree tree;
+    RowFlags flags;
+    AddSeriesNode(tree, "airline.asc");
+    std::vector<std::string> lost = FileSeriesReports(program.path(), target, "airline.asc", tree, flags, {});
+    for (auto part : {CopyRunWideFiles(program.path(), target, "sample"),
+                      FileForecasts(program.path(), target, "airline", "Sample.XML")})
+      lost.insert(lost.end(), part.begin(), part.end());
+    EXPECT_EQ(lost, (std::vector<std::string>{"airline.htm", "sampleMAPE.TXT", "airline.PRO", "CONSample.PRO"}))
+        << target;
+  }
 }
 
 }  // namespace

@@ -141,7 +141,8 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
       "Own ASC File\" in the user's guide for detailed instructions.";
   std::string errors =
       "short.asc\r\nThe total size of short.asc" + size_text + "\r\n"
-      "missing.asc\r\nThe asc file is empty.\r\n"
+      "missing.asc\r\nThe asc file was not found in the input folder " + data.path().string() +
+      ". Check the project's input folder.\r\n"
       "nile.asc\r\nYou cannot process datasets with different seasonalities in the same xml. Since the "
       "initial series seasonality is 12 and nile.asc seasonality is 1,it will not be processed.\r\n"
       "sales.asc\r\nsample.xml You cannot process univariate and causal series in the same xml. Since the "
@@ -179,6 +180,23 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
   EXPECT_EQ(view->menus_enabled, 1);
   EXPECT_FALSE(fs::exists(program / "NOTREND.QVX"));
   EXPECT_FALSE(RunState().UnivariateRun);
+}
+
+// A first entry that is no dataset (a folder, a broken link) is rejected on its own turn;
+// the run takes its kind from the first readable file, so the good files after it run.
+TEST_F(RunTest, AFirstEntryThatIsNoFileDoesNotSetTheRunsKind) {
+  fs::create_directories(data / "folder.asc");
+  fs::create_symlink(data / "nowhere.asc", data / "broken.asc");
+  WriteFile(data / "AIRLINE.ASC", Asc("PASSENGERS", 12, 48));
+  WriteFile(data / "GAS.asc", Asc("GAS", 12, 60));
+  auto project = Project({"folder.asc", "broken.asc", "AIRLINE.ASC", "GAS.asc"});
+  auto run = MakeRun();
+  ASSERT_TRUE(run->mnuBatchRun(project));
+  EXPECT_EQ(engine.names, (std::vector<std::string>{"AIRLINE.ASC", "GAS.asc"}));
+  EXPECT_EQ(ReadFile(program / "Process Errors.Err"),
+            "folder.asc\r\nThe asc file is not a data file (a folder, a device or a pipe); it was not read.\r\n"
+            "broken.asc\r\nThe asc file was not found in the input folder " + data.path().string() +
+                ". Check the project's input folder.\r\n");
 }
 
 TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {

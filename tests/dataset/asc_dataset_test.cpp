@@ -1,7 +1,11 @@
 #include "dataset/asc_dataset.h"
 
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
+#include "dataset/messages.h"
+#include "dataset/validate_asc.h"
 #include "dataset/validation.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
@@ -145,6 +149,41 @@ TEST(AscRead, HeadersAskingForMoreThanTheRecordHoldsAreRefused) {
             "dataset can hold. Please ascertain the actual numbers in DataProp() and correct your "
             ".asc file.\r\n");
   EXPECT_EQ(ReadAscFile(dir / "typed.asc", ds).status, AscReadStatus::ExceedsBounds);
+}
+
+// What is not a dataset file is said as such before anything is read: a wrong input
+// folder or a broken link is "not found", a folder, a device or a pipe is "not a data
+// file"; none of them is "empty", and none blocks the run.
+TEST(AscRead, EntriesThatAreNoFileAreNamedForWhatTheyAre) {
+  TempDir dir;
+  fs::create_directory(dir / "folder.asc");
+  fs::create_symlink(dir / "gone.asc", dir / "broken.asc");
+  fs::create_symlink("/dev/zero", dir / "zero.asc");
+  ASSERT_EQ(::mkfifo((dir / "pipe.asc").c_str(), 0600), 0);
+  const std::string not_found = msg::FileNotFound(dir.path().string());
+  const std::pair<const char*, std::string> cases[] = {{"missing.asc", not_found}, {"broken.asc", not_found},
+                                                       {"folder.asc", msg::kNotAFile}, {"zero.asc", msg::kNotAFile},
+                                                       {"pipe.asc", msg::kNotAFile}};
+  for (const auto& [name, reason] : cases) {
+    SCOPED_TRACE(name);
+    ProcessErrorsLog log(dir.path());
+    log.DeleteBoth();
+    RunCheckContext run{12, RunKind::Univariate, "P.xml"};
+    EXPECT_EQ(CheckAscBeforeReading(dir / name, name, run, log), CheckOutcome::Rejected);
+    EXPECT_EQ(ReadFile(dir / "Process Errors.Err"), std::string(name) + "\r\n" + reason + "\r\n");
+  }
+}
+
+// The repair of a line writes the whole file anew beside it and renames it over: a file
+// named like the old temporary copy is the user's and stays untouched.
+TEST(AscRepair, ReplacingALineKeepsEveryOtherFile) {
+  TempDir dir;
+  WriteFile(dir / "sales.asc", "0\r\n0\r\nbad\r\n1\r\n");
+  WriteFile(dir / "123sales.asc", "the user's own file");
+  ASSERT_TRUE(ReplaceLine(dir / "sales.asc", 3, "0"));
+  EXPECT_EQ(ReadFile(dir / "sales.asc"), "0\r\n0\r\n0\r\n1\r\n");
+  EXPECT_EQ(ReadFile(dir / "123sales.asc"), "the user's own file");
+  EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 2);
 }
 
 TEST(AscWrite, RecordRoundTripsAndWritesCrLf) {

@@ -146,5 +146,43 @@ TEST(Qvxengine, AscFileRunsDirectly) {
   EXPECT_NE(RunCommand("cd '" + program.path().string() + "' && ./qvxengine --bogus"), 0);
 }
 
+// Run on its own, the engine checks its file as a run does: a count that disagrees with
+// the data is refused with the run's reason, and data that would give infinite limits
+// fails the dataset instead of writing them.
+TEST(Qvxengine, AscFileIsCheckedAsARunChecksIt) {
+  ProgramFolderCopy program;
+  auto lines = tessaly::platform::ReadAllLines(testdata::RepoPath("tests/engine/data/airline.asc"));
+  ASSERT_TRUE(lines);
+  auto run = [&](std::vector<std::string> file, std::string* output) {
+    tessaly::platform::WriteAllLines(program / "case.asc", file);
+    fs::remove_all(program / "out");
+    return RunCommand("cd '" + program.path().string() + "' && ./qvxengine --asc case.asc --out out 2>&1",
+                      output);
+  };
+  struct Case {
+    const char* what;
+    std::vector<std::string> file;
+    const char* reason;
+  };
+  auto fewer = *lines, more = *lines, blank = *lines;
+  fewer.pop_back();
+  more.push_back("500");
+  blank.insert(blank.begin() + 20, "");
+  for (const Case& c : {Case{"one value short", fewer, "size"}, Case{"one value over", more, "size"},
+                        Case{"an empty line", blank, "size"}}) {
+    SCOPED_TRACE(c.what);
+    std::string output;
+    EXPECT_EQ(run(c.file, &output), 2) << output;
+    EXPECT_NE(output.find("refused by the checks of a run"), std::string::npos) << output;
+    EXPECT_FALSE(fs::exists(program / "out" / "FORECAST.CSV"));
+  }
+  auto extreme = *lines;
+  for (size_t i = 13; i < extreme.size(); ++i) extreme[i] = i % 2 ? "1e308" : "-1e308";
+  std::string output;
+  EXPECT_EQ(run(extreme, &output), 1) << output;
+  EXPECT_NE(output.find("result    error 2189"), std::string::npos) << output;
+  EXPECT_FALSE(fs::exists(program / "out" / "FORECAST.CSV"));
+}
+
 }  // namespace
 }  // namespace quorvane

@@ -114,6 +114,8 @@ TEST(ModelFile, MalformedFilesAreRefused) {
   EXPECT_FALSE(broken(1, "     2"));                     // constant flag of 2
   EXPECT_FALSE(broken(2, "        abc"));                // lambda not a number
   EXPECT_FALSE(broken(3, "     1     0     0"));         // an AR polynomial with no lines
+  EXPECT_FALSE(broken(3, "9e9999     0     0"));         // a count beyond any int
+  EXPECT_FALSE(broken(3, "    -1     0     0"));         // a negative count
   auto extra = good;
   extra.push_back("X");                                  // a second block the count denies
   EXPECT_FALSE(ParseModelFile(extra));

@@ -133,5 +133,23 @@ TEST(ModelPages, BlankFieldsFallBackToTheirDefaults) {
   EXPECT_EQ(in.txtInputmod10.text, "1");
 }
 
+// Counts in a model file come from anywhere: negative, huge or beyond a double, they fill
+// the pages with what the lines hold and never allocate without end.
+TEST(ModelPages, CountsOutOfRangeReadOnlyWhatTheLinesHold) {
+  for (const char* counts : {"    -1     0     1", "     1     0    -1", "    -3     0     5",
+                             "9e9999     0     1", "2000000000     02000000000"}) {
+    SCOPED_TRACE(counts);
+    StartmodPage p;
+    FillNoisePage({"SALES                                   1", "     0", "", counts, "     1     1",
+                   "     1     2", "        0.50       -0.25"},
+                  p);
+    EXPECT_LE(p.txtStartmod7.text.size() + p.txtStartmod10.text.size(), 13u);
+    EXPECT_LE(p.txtStartmod9.text.size() + p.txtStartmod12.text.size(), 25u);
+    InputmodPage in;
+    FillInputPage({"PRICE", "", counts, "     1     1", "     1     2", "        0.50       -0.25"}, in);
+    EXPECT_LE(in.txtInputmod7.text.size() + in.txtInputmod10.text.size(), 13u);
+  }
+}
+
 }  // namespace
 }  // namespace tessaly::rules::testing

@@ -23,8 +23,25 @@ TEST(RulesText, FindsTheFirstOccurrenceAndReadsUpToTheLineEnd) {
   EXPECT_EQ(r.GetRule("MODEL ESTIMATION"), "   1");
   // The key is found in the display line first; its label's own bar opens the value.
   EXPECT_EQ(r.GetRule("CONSTANCY TEST"), " MORE           |   1");
-  // Case matters: a key in lower case is not there, and the text is trusted from its start.
-  EXPECT_EQ(r.GetRule("iterations"), "   1");
+  // Case matters: a key in lower case is not there, and a rule that is not there is empty.
+  EXPECT_EQ(r.GetRule("iterations"), "");
+}
+
+// A rules file of an older version lacks a newer rule: setting it adds its line at the
+// end, the key padded to the file's bar, and leaves every other rule as it was.
+TEST(RulesText, SettingARuleTheFileLacksAddsItsLineAndChangesNoOther) {
+  RulesText r;
+  r.SetText(kSample);
+  r.PutRule(key::kStore, "   1");
+  EXPECT_EQ(r.Text(), std::string(kSample) + "STORE                                   |   1\r\n");
+  EXPECT_EQ(r.GetRule(key::kStore), "   1");
+  r.PutRule(key::kStore, "   0");
+  EXPECT_EQ(r.GetRule(key::kStore), "   0");
+  EXPECT_EQ(r.GetRule("MODEL ESTIMATION"), "   1");
+  RulesText unended;
+  unended.SetText("ENABLE MODEL ESTIMATION |   1");
+  unended.PutRule(key::kIntermittent, "   0");
+  EXPECT_EQ(unended.Text(), "ENABLE MODEL ESTIMATION |   1\r\nINTERMITTENT            |   0\r\n");
 }
 
 TEST(RulesText, PutRuleReplacesOnlyTheValueWhateverItsLength) {

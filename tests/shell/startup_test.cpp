@@ -1,4 +1,11 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "batch/batch_schema.h"
 #include "genseries/bp_schema.h"
@@ -21,6 +28,55 @@ std::vector<std::string> Names(const fs::path& folder) {
   for (const auto& e : fs::directory_iterator(folder)) out.push_back(e.path().filename().string());
   std::sort(out.begin(), out.end());
   return out;
+}
+
+// Two programs on one working folder would clear each other's files: the second finds the
+// folder locked, says who holds it, and waits (unattended) or lets the person choose.
+TEST(WorkingFolderLock, ASecondProgramIsToldAndWaits) {
+  TempDir folder;
+  int ready[2], release[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  ASSERT_EQ(::pipe(release), 0);
+  pid_t holder = ::fork();
+  if (holder == 0) {
+    char c = 0;
+    bool locked = TryLockWorkingFolder(folder.path()) == FolderLock::Locked;
+    (void)!::write(ready[1], &c, 1);
+    (void)!::read(release[0], &c, 1);
+    ::_exit(locked ? 0 : 1);
+  }
+  char c = 0;
+  ASSERT_EQ(::read(ready[0], &c, 1), 1);
+  long pid = 0;
+  EXPECT_EQ(TryLockWorkingFolder(folder.path(), &pid), FolderLock::HeldByAnother);
+  EXPECT_EQ(pid, holder);
+  {
+    tessaly::testing::RecordedMessages host;
+    host->answers = {platform::mb::Cancel};
+    EXPECT_FALSE(LockWorkingFolder(folder.path()));
+    ASSERT_EQ(host->shown.size(), 1u);
+    EXPECT_EQ(host->shown[0].text, LockHeldText(folder.path(), holder) +
+                                       "\r\n\r\nRetry when it has closed, or Cancel to close this one.");
+    EXPECT_NE(host->shown[0].text.find("Another Tessaly (process " + std::to_string(holder) + ") is using"),
+              std::string::npos);
+  }
+  // Unattended: said once on standard error, then the wait until the holder ends.
+  std::atomic<bool> released{false};
+  std::thread end_holder([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    released = true;
+    (void)!::write(release[1], &c, 1);
+  });
+  platform::SetDialogHost(std::make_shared<platform::StderrDialogHost>());
+  EXPECT_TRUE(LockWorkingFolder(folder.path()));
+  EXPECT_TRUE(released) << "the lock was taken while its holder still ran";
+  end_holder.join();
+  int status = -1;
+  EXPECT_EQ(::waitpid(holder, &status, 0), holder);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(TryLockWorkingFolder(folder.path()), FolderLock::Locked);
+  UnlockWorkingFolder();
+  platform::SetDialogHost(nullptr);
 }
 
 TEST(ControlFiles, OnlyNamesEndingInUpperOrLowerQvx) {

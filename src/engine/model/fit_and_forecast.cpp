@@ -273,6 +273,13 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
   ApplySimulation(problem, r);
   ConvertForecastValues(r.forecasts, r.lower, r.upper, problem.rules.convert_positive,
                         problem.rules.convert_integers);
+  // Data at the edge of what a double holds (alternating +-1e308) can give limits that
+  // overflow: no forecast file is written with infinite or undefined values.
+  if (r.error_code == 0) {
+    for (const auto* v : {&r.forecasts, &r.lower, &r.upper})
+      for (double x : *v)
+        if (!std::isfinite(x)) r.error_code = kCodeCuriousValue;
+  }
   return r;
 }
 
