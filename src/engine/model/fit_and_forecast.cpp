@@ -480,8 +480,6 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   // weekly and longer cycles get one seasonal term at most, very long ones none.
   if (period > 60) so.max_P = so.max_Q = 0;
   else if (period > 24) so.max_P = so.max_Q = 1;
-  // Short series without a season: every order is cheap to try.
-  so.exhaustive = period == 1 && n <= 150;
   std::vector<SearchStep> trail;
   ArimaFit best = StepwiseSearch(z, d, D, period, so, &trail);
   {

@@ -86,10 +86,6 @@ ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, con
     }
     if (!moved && constant_ok && consider(p, q, P, Q, !c)) moved = true;
   }
-  if (limits.exhaustive && !seasonal)
-    for (int p = 0; p <= limits.max_p; ++p)
-      for (int q = 0; q <= limits.max_q && p + q <= limits.max_order; ++q)
-        for (bool c : {false, true}) consider(p, q, 0, 0, c);
   return best;
 }
 

@@ -15,10 +15,6 @@ struct SearchOptions {
   int max_order = 5;          // p + q + P + Q
   bool allow_constant = true; // only when d + D <= 1
   int max_models = 94;
-  // Non-seasonal only: after the walk, every order within the limits is tried too (short
-  // series, whose criterion surface has local minima the walk stops in: a cycle needs an
-  // AR(2) or more with both coefficients at once, and neither alone improves).
-  bool exhaustive = false;
   ConvergenceCriteria criteria;
 };
 
