@@ -41,3 +41,11 @@ put("r_wwwusage", WWWusage)
 put("r_bjsales", BJsales)
 put("r_discoveries", discoveries)
 put("r_airmiles", airmiles)
+
+# Long series (data_long/, the benchmark's --long set): the time per series on several
+# hundred to a few thousand monthly observations.
+out <- file.path(dirname(out), "data_long")
+dir.create(out, showWarnings = FALSE)
+put("long_sunspot_month", sunspot.month)
+put("long_co2", co2)
+put("long_gas", gas)

@@ -28,6 +28,14 @@ def main():
     put("sm_co2", co2.values[:240], 12)
     put("sm_sunspots", sm.datasets.sunspots.load_pandas().data["SUNACTIVITY"].values, 1)
     put("sm_nile", sm.datasets.nile.load_pandas().data["volume"].values, 1)
+    # Long series for the benchmark's --long set (data_long/): the weekly co2 record (s = 52,
+    # gaps interpolated), its last ten years, and the whole monthly El Nino record.
+    global OUT
+    OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "data_long")
+    weekly = sm.datasets.co2.load_pandas().data["co2"].interpolate()
+    put("long_co2_weekly", weekly.values, 52)
+    put("long_co2_weekly_10y", weekly.values[-520:], 52)
+    put("long_elnino", elnino, 12)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,12 @@
-// Holds out the last periods of each series (18 monthly, 8 quarterly, 6 otherwise), runs
-// automatic modelling on the rest and measures the forecasts against the held-out actuals:
-// MASE (scaled by the in-sample seasonal naive error), sMAPE, coverage of the 95 % limits,
-// and the time per series. With Rscript and R's forecast package, auto.arima runs on the
-// same series in the same run and is measured the same way.
+// Holds out the last periods of each series (18 monthly, 8 quarterly, 6 otherwise) from
+// several origins (--origins N, default 3, each half a horizon before the next), runs
+// automatic modelling on the values before each origin and measures the forecasts against
+// the held-out actuals: MASE (scaled by the in-sample seasonal naive error), sMAPE, coverage
+// of the 80 % and 95 % limits, averaged over the origins of a series, and the time per
+// series (at the last origin). With Rscript and R's forecast package, auto.arima and ets run
+// on the same origins in the same run and are measured the same way. --long runs the long
+// series of data_long/ (monthly of several hundred to a few thousand values, weekly) and
+// prints each one's time.
 //
 // Coverage is also given by thirds of the horizon (near, middle, far) and as the mean
 // scaled interval score (MSIS: width of the limits plus 40 times any miss, over the same
@@ -10,7 +14,8 @@
 //
 //   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
 //                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
-//                         [--only PREFIX]
+//                         [--only PREFIX] [--origins N] [--long] [--plain]
+// --plain adds automatic modelling without power transforms (auto.arima's default).
 // --calibration N runs N series of each of a few known processes instead (see MakeCalibration).
 #include <algorithm>
 #include <chrono>
@@ -45,7 +50,7 @@ struct Series {
 
 struct Outcome {
   bool ok = false;
-  double mase = 0, smape = 0, coverage = 0, msis = 0, ms = 0;
+  double mase = 0, smape = 0, cover80 = 0, coverage = 0, msis = 0, ms = 0;
   double third_cover[3] = {0, 0, 0};  // coverage over the near, middle and far third of the horizon
   std::string model;
 };
@@ -58,7 +63,10 @@ double CpuMs() {
   return ts.tv_sec * 1e3 + ts.tv_nsec / 1e6;
 }
 
-int HorizonFor(int period) { return period == 12 ? 18 : period == 4 ? 8 : period > 1 ? 2 * period : 6; }
+// Weekly and longer cycles: half a cycle (two years of weeks would be a plan, not a forecast).
+int HorizonFor(int period) {
+  return period == 12 ? 18 : period == 4 ? 8 : period > 24 ? period / 2 : period > 1 ? 2 * period : 6;
+}
 
 std::vector<Series> LoadReal(const fs::path& dir) {
   std::vector<Series> out;
@@ -198,38 +206,69 @@ std::vector<Series> MakeCalibration(int per_process) {
   return out;
 }
 
-Outcome Measure(const Series& s, const std::vector<double>& fc, const std::vector<double>& lo,
-                const std::vector<double>& hi, double ms) {
+// One forecast from one origin: the first n values are the training part, the next h the
+// held-out actuals. lo/hi hold the 80 % limits (index 0) and the 95 % limits (index 1).
+Outcome Measure(const Series& s, int n, int h, const std::vector<double>& fc, const std::vector<double> lo[2],
+                const std::vector<double> hi[2], double ms) {
   Outcome o;
-  const int h = HorizonFor(s.period);
-  const int n = static_cast<int>(s.values.size()) - h;
-  if (static_cast<int>(fc.size()) < h) return o;
+  if (static_cast<int>(fc.size()) < h || static_cast<int>(lo[0].size()) < h || static_cast<int>(lo[1].size()) < h)
+    return o;
   const int m = n > s.period ? s.period : 1;
   double scale = 0.0;
   for (int t = m; t < n; ++t) scale += std::fabs(s.values[t] - s.values[t - m]);
   scale /= (n - m);
   double ae = 0, sm = 0, is = 0;
-  int covered = 0, third_hits[3] = {0, 0, 0}, third_count[3] = {0, 0, 0};
+  int covered[2] = {0, 0}, third_hits[3] = {0, 0, 0}, third_count[3] = {0, 0, 0};
   for (int i = 0; i < h; ++i) {
     const double a = s.values[n + i];
     ae += std::fabs(a - fc[i]);
     const double den = std::fabs(a) + std::fabs(fc[i]);
     sm += den > 0 ? 200.0 * std::fabs(a - fc[i]) / den : 0.0;
-    const bool in = a >= lo[i] && a <= hi[i];
-    if (in) ++covered;
+    for (int k = 0; k < 2; ++k)
+      if (a >= lo[k][i] && a <= hi[k][i]) ++covered[k];
+    const bool in = a >= lo[1][i] && a <= hi[1][i];
     const int third = std::min(2, 3 * i / h);
     ++third_count[third];
     if (in) ++third_hits[third];
     // Interval score at 95 %: width, plus 2 / 0.05 times the distance outside.
-    is += (hi[i] - lo[i]) + 40.0 * std::max(0.0, lo[i] - a) + 40.0 * std::max(0.0, a - hi[i]);
+    is += (hi[1][i] - lo[1][i]) + 40.0 * std::max(0.0, lo[1][i] - a) + 40.0 * std::max(0.0, a - hi[1][i]);
   }
-  o.ok = scale > 0;
+  o.ok = scale > 0 && std::isfinite(ae) && std::isfinite(is);
   o.mase = ae / h / scale;
   o.smape = sm / h;
-  o.coverage = 100.0 * covered / h;
+  o.cover80 = 100.0 * covered[0] / h;
+  o.coverage = 100.0 * covered[1] / h;
   o.msis = is / h / scale;
   for (int k = 0; k < 3; ++k) o.third_cover[k] = third_count[k] ? 100.0 * third_hits[k] / third_count[k] : 0.0;
   o.ms = ms;
+  return o;
+}
+
+// The mean over the origins of one series (each series weighs the same whatever the number
+// of its origins); the time is that of the last origin.
+Outcome Average(const std::vector<Outcome>& v) {
+  Outcome o;
+  int count = 0;
+  for (const Outcome& x : v) {
+    if (!x.ok) continue;
+    ++count;
+    o.mase += x.mase;
+    o.smape += x.smape;
+    o.cover80 += x.cover80;
+    o.coverage += x.coverage;
+    o.msis += x.msis;
+    for (int k = 0; k < 3; ++k) o.third_cover[k] += x.third_cover[k];
+  }
+  if (!count || !v[0].ok) return o;
+  o.ok = true;
+  o.mase /= count;
+  o.smape /= count;
+  o.cover80 /= count;
+  o.coverage /= count;
+  o.msis /= count;
+  for (int k = 0; k < 3; ++k) o.third_cover[k] /= count;
+  o.ms = v[0].ms;
+  o.model = v[0].model;
   return o;
 }
 
@@ -241,11 +280,34 @@ std::vector<double> Split(const std::string& text) {
   return v;
 }
 
-// auto.arima through Rscript; empty when R or its forecast package is missing. With a cache
-// file, R's answers are read from it when it exists and saved into it when it does not (R's
-// own run takes minutes, and its answers do not change while our engine does).
-std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all, const fs::path& cache) {
-  std::map<std::string, Outcome> out;
+// The forecast origins of a series: the first leaves the last h values out, each further one
+// `step` values earlier (half a horizon). Training parts below 10 values are not used.
+struct Origin {
+  const Series* series;
+  int k, n, h;
+  std::string Key() const { return series->name + "@" + std::to_string(k); }
+};
+
+std::vector<Origin> Origins(const std::vector<Series>& all, int origins) {
+  std::vector<Origin> out;
+  for (const Series& s : all) {
+    const int h = HorizonFor(s.period);
+    const int step = std::max(1, h / 2);
+    for (int k = 0; k < origins; ++k) {
+      const int n = static_cast<int>(s.values.size()) - h - k * step;
+      if (n < 10) break;
+      out.push_back({&s, k, n, h});
+    }
+  }
+  return out;
+}
+
+// auto.arima and ets through Rscript, by method and origin key; empty when R or its forecast
+// package is missing. With a cache file, R's answers are read from it when it exists and
+// saved into it when it does not (R's own run takes minutes, and its answers do not change
+// while our engine does).
+std::map<std::string, std::map<std::string, Outcome>> RunR(const std::vector<Origin>& origins, const fs::path& cache) {
+  std::map<std::string, std::map<std::string, Outcome>> out;
   const bool cached = !cache.empty() && fs::exists(cache);
   if (!cached && std::system("Rscript -e 'suppressPackageStartupMessages(library(forecast))' >/dev/null 2>&1") != 0)
     return out;
@@ -254,10 +316,9 @@ std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all, cons
   if (!cached) {
     std::ofstream in(dir / "in.txt");
     in.precision(17);
-    for (const Series& s : all) {
-      const int h = HorizonFor(s.period);
-      in << s.name << ";" << s.period << ";" << h << ";";
-      for (size_t t = 0; t + h < s.values.size(); ++t) in << (t ? "," : "") << s.values[t];
+    for (const Origin& o : origins) {
+      in << o.Key() << ";" << o.series->period << ";" << o.h << ";";
+      for (int t = 0; t < o.n; ++t) in << (t ? "," : "") << o.series->values[t];
       in << "\n";
     }
   }
@@ -266,8 +327,8 @@ std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all, cons
   const fs::path answers = cached ? cache : dir / "out.txt";
   if (cached || std::system(cmd.c_str()) == 0) {
     if (!cached && !cache.empty()) fs::copy_file(answers, cache, fs::copy_options::overwrite_existing);
-    std::map<std::string, const Series*> by_name;
-    for (const Series& s : all) by_name[s.name] = &s;
+    std::map<std::string, const Origin*> by_key;
+    for (const Origin& o : origins) by_key[o.Key()] = &o;
     std::ifstream res(answers);
     std::string line;
     while (std::getline(res, line)) {
@@ -275,8 +336,10 @@ std::map<std::string, Outcome> RunAutoArima(const std::vector<Series>& all, cons
       std::stringstream ss(line);
       std::string cell;
       while (std::getline(ss, cell, ';')) f.push_back(cell);
-      if (f.size() != 5 || !by_name.count(f[0])) continue;
-      out[f[0]] = Measure(*by_name[f[0]], Split(f[2]), Split(f[3]), Split(f[4]), std::atof(f[1].c_str()));
+      if (f.size() != 8 || !by_key.count(f[0])) continue;
+      const Origin& o = *by_key[f[0]];
+      const std::vector<double> lo[2] = {Split(f[4]), Split(f[6])}, hi[2] = {Split(f[5]), Split(f[7])};
+      out[f[1]][f[0]] = Measure(*o.series, o.n, o.h, Split(f[3]), lo, hi, std::atof(f[2].c_str()));
     }
   }
   fs::remove_all(dir);
@@ -292,52 +355,60 @@ double Median(std::vector<double> v) {
 
 struct Summary {
   int count = 0;
-  double mase = 0, smape = 0, coverage = 0, msis = 0, third[3] = {0, 0, 0};
-  std::vector<double> ms;
+  double mase = 0, smape = 0, cover80 = 0, coverage = 0, msis = 0, third[3] = {0, 0, 0};
+  std::vector<double> ms, mases;
   void Add(const Outcome& o) {
     ++count;
     mase += o.mase;
     smape += o.smape;
+    cover80 += o.cover80;
     coverage += o.coverage;
     msis += o.msis;
     for (int k = 0; k < 3; ++k) third[k] += o.third_cover[k];
     ms.push_back(o.ms);
+    mases.push_back(o.mase);
   }
 };
 
 void PrintRow(const char* who, const std::string& group, const Summary& s) {
   if (!s.count) return;
   const double c = s.count;
-  std::printf("  %-14s %-16s %4d  %8.3f  %8.2f  %8.1f  %6.1f %6.1f %6.1f  %8.2f  %10.2f\n", who, group.c_str(),
-              s.count, s.mase / c, s.smape / c, s.coverage / c, s.third[0] / c, s.third[1] / c, s.third[2] / c,
-              s.msis / c, Median(s.ms));
+  std::printf("  %-14s %-16s %4d  %7.3f %7.3f  %7.2f  %6.1f %6.1f  %6.1f %6.1f %6.1f  %7.2f  %8.2f %8.2f\n", who,
+              group.c_str(), s.count, s.mase / c, Median(s.mases), s.smape / c, s.cover80 / c, s.coverage / c,
+              s.third[0] / c, s.third[1] / c, s.third[2] / c, s.msis / c, Median(s.ms),
+              *std::max_element(s.ms.begin(), s.ms.end()));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   fs::path data = fs::path(ENGINE_ACCURACY_DIR) / "data";
-  bool with_r = true, verbose = false;
+  bool with_r = true, verbose = false, with_plain = false;
   int reps = 3;
   int calibration = 0;  // series per known process; 0: the benchmark set
+  int origin_count = 3;
   fs::path r_cache;
   std::string only;  // run only the series whose name starts with this
   // The shipped rules: lambdas 1, 0.5 and 0 evaluated, necessity at 90 %.
   quorvane::EngineRules rules;
   rules.lambdas = {1.0, 0.5, 0.0};
   rules.necessity_level = 90.0;
+  bool long_set = false;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
     if (a == "--data" && i + 1 < argc) data = argv[++i];
+    else if (a == "--long") long_set = true;
     else if (a == "--no-r") with_r = false;
     else if (a == "--no-necessity") rules.necessity = false;
     else if (a == "--no-lambdas") rules.lambdas = {1.0};
     else if (a == "--no-sufficiency") rules.sufficiency_stochastic = false;
     else if (a == "--no-detection") rules.sufficiency_deterministic = false;
     else if (a == "--variance-change") rules.variance_change = true;
+    else if (a == "--plain") with_plain = true;
     else if (a == "--r-cache" && i + 1 < argc) r_cache = argv[++i];
     else if (a == "--calibration" && i + 1 < argc) calibration = std::max(1, std::atoi(argv[++i]));
     else if (a == "--reps" && i + 1 < argc) reps = std::max(1, std::atoi(argv[++i]));
+    else if (a == "--origins" && i + 1 < argc) origin_count = std::max(1, std::atoi(argv[++i]));
     else if (a == "--verbose") verbose = true;
     else if (a == "--only" && i + 1 < argc) only = argv[++i];
   }
@@ -345,6 +416,10 @@ int main(int argc, char** argv) {
   if (calibration > 0) {
     all = MakeCalibration(calibration);
     with_r = false;
+  } else if (long_set) {
+    all = LoadReal(fs::path(ENGINE_ACCURACY_DIR) / "data_long");
+    for (Series& s : all) s.group = s.period == 52 ? "long weekly" : "long monthly";
+    verbose = true;
   } else {
     all = LoadReal(data);
     for (Series& s : MakeSynthetic()) all.push_back(std::move(s));
@@ -352,97 +427,132 @@ int main(int argc, char** argv) {
   if (!only.empty())
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Series& s) { return s.name.rfind(only, 0) != 0; }),
               all.end());
+  const std::vector<Origin> origins = Origins(all, origin_count);
 
-  // Ours under the chosen rules, and without power transforms (auto.arima's default).
+  // Ours under the chosen rules at both coverages (the same model: the rules differ only in
+  // the limits' coverage), timed at the last origin as the best of several runs.
   auto run_ours = [&](const quorvane::EngineRules& rr, std::vector<double>* monthly_ms) {
-    std::map<std::string, Outcome> out;
-    for (const Series& s : all) {
-      const int h = HorizonFor(s.period);
+    std::map<std::string, std::vector<Outcome>> per_series;
+    for (const Origin& o : origins) {
+      const Series& s = *o.series;
       ModelingProblem p;
       p.output_name = s.name;
-      p.y.assign(s.values.begin(), s.values.end() - h);
+      p.y.assign(s.values.begin(), s.values.begin() + o.n);
       p.seasonality = s.period;
-      p.horizon = h;
+      p.horizon = o.h;
       p.rules = rr;
-      // Best of several runs for a steady time.
+      p.rules.forecast_confidence = 95.0;
       double best_ms = 1e300;
       ModelResult r;
-      for (int rep = 0; rep < reps; ++rep) {
+      for (int rep = 0; rep < (o.k == 0 ? reps : 1); ++rep) {
         const double t0 = CpuMs();
         r = FitAndForecast(p, nullptr);
         best_ms = std::min(best_ms, CpuMs() - t0);
       }
-      Outcome o = Measure(s, r.forecasts, r.lower, r.upper, best_ms);
-      o.model = r.description + (r.lambda != 1.0 ? (r.lambda == 0.0 ? " log" : " sqrt") : "");
-      out[s.name] = o;
-      if (monthly_ms && s.period == 12 && p.y.size() >= 120 && p.y.size() <= 180) monthly_ms->push_back(best_ms);
+      p.rules.forecast_confidence = 80.0;
+      const ModelResult r80 = FitAndForecast(p, nullptr);
+      const std::vector<double> lo[2] = {r80.lower, r.lower}, hi[2] = {r80.upper, r.upper};
+      Outcome out = Measure(s, o.n, o.h, r.forecasts, lo, hi, best_ms);
+      out.model = r.description + (r.lambda != 1.0 ? (r.lambda == 0.0 ? " log" : " sqrt") : "");
+      per_series[s.name].push_back(out);
+      if (monthly_ms && o.k == 0 && s.period == 12 && o.n >= 120 && o.n <= 180) monthly_ms->push_back(best_ms);
     }
+    std::map<std::string, Outcome> out;
+    for (const auto& [name, v] : per_series) out[name] = Average(v);
     return out;
   };
   std::vector<double> monthly150_ms;
   std::map<std::string, Outcome> ours = run_ours(rules, &monthly150_ms);
   std::map<std::string, Outcome> plain;
-  const bool with_plain = rules.lambdas.size() > 1;
+  with_plain = with_plain && rules.lambdas.size() > 1;
   if (with_plain) {
     quorvane::EngineRules rr = rules;
     rr.lambdas = {1.0};
     plain = run_ours(rr, nullptr);
   }
-  std::map<std::string, Outcome> theirs;
-  if (with_r) theirs = RunAutoArima(all, r_cache);
+  // R's answers by method and series, averaged over the origins alike.
+  std::map<std::string, std::map<std::string, Outcome>> theirs;
+  const char* kMethods[] = {"auto.arima", "ets"};
+  if (with_r) {
+    const auto by_origin = RunR(origins, r_cache);
+    for (const char* method : kMethods) {
+      if (!by_origin.count(method)) continue;
+      std::map<std::string, std::vector<Outcome>> per_series;
+      for (const Origin& o : origins) {
+        const auto it = by_origin.at(method).find(o.Key());
+        per_series[o.series->name].push_back(it == by_origin.at(method).end() ? Outcome{} : it->second);
+      }
+      for (const auto& [name, v] : per_series) theirs[method][name] = Average(v);
+    }
+  }
+  const bool have_r = theirs.count("auto.arima") > 0;
 
   if (verbose) {
-    std::printf("%-22s %4s %5s  %-36s %8s %8s %6s %7s %8s | %8s %8s %6s %7s %8s\n", "series", "per", "n", "our model",
-                "MASE", "sMAPE", "cover", "MSIS", "ms", "R MASE", "R sMAPE", "cover", "MSIS", "R ms");
+    std::printf("%-22s %4s %5s  %-36s %7s %7s %5s %5s %7s %8s | %7s %7s %5s %5s %7s %8s | %7s %8s\n", "series", "per",
+                "n", "our model (last origin)", "MASE", "sMAPE", "c80", "c95", "MSIS", "ms", "R MASE", "sMAPE", "c80",
+                "c95", "MSIS", "R ms", "ets MASE", "ets ms");
     for (const Series& s : all) {
       const Outcome& o = ours[s.name];
-      std::printf("%-22s %4d %5zu  %-36s %8.3f %8.2f %6.1f %7.2f %8.2f", s.name.c_str(), s.period, s.values.size(),
-                  o.model.c_str(), o.mase, o.smape, o.coverage, o.msis, o.ms);
-      if (theirs.count(s.name)) {
-        const Outcome& t = theirs[s.name];
-        std::printf(" | %8.3f %8.2f %6.1f %7.2f %8.2f", t.mase, t.smape, t.coverage, t.msis, t.ms);
+      std::printf("%-22s %4d %5zu  %-36s %7.3f %7.2f %5.1f %5.1f %7.2f %8.2f", s.name.c_str(), s.period,
+                  s.values.size(), o.model.c_str(), o.mase, o.smape, o.cover80, o.coverage, o.msis, o.ms);
+      if (have_r && theirs["auto.arima"].count(s.name)) {
+        const Outcome& t = theirs["auto.arima"][s.name];
+        std::printf(" | %7.3f %7.2f %5.1f %5.1f %7.2f %8.2f", t.mase, t.smape, t.cover80, t.coverage, t.msis, t.ms);
+        if (theirs["ets"].count(s.name)) std::printf(" | %7.3f %8.2f", theirs["ets"][s.name].mase, theirs["ets"][s.name].ms);
       }
       std::printf("\n");
     }
     std::printf("\n");
   }
 
-  // Summaries over the series both could forecast.
-  std::map<std::string, Summary> sum_ours, sum_theirs, sum_plain;
-  Summary all_ours, all_theirs, all_plain;
+  // Summaries over the series that every method could forecast.
+  std::map<std::string, Summary> sum_ours, sum_plain;
+  std::map<std::string, std::map<std::string, Summary>> sum_theirs;
+  Summary all_ours, all_plain;
+  std::map<std::string, Summary> all_theirs;
   for (const Series& s : all) {
     const Outcome& o = ours[s.name];
     if (!o.ok) continue;
-    if (!theirs.empty() && (!theirs.count(s.name) || !theirs[s.name].ok)) continue;
+    bool every = true;
+    for (const auto& [method, m] : theirs)
+      if (!m.count(s.name) || !m.at(s.name).ok) every = false;
+    if (!every) continue;
     sum_ours[s.group].Add(o);
     all_ours.Add(o);
     if (with_plain) {
       sum_plain[s.group].Add(plain[s.name]);
       all_plain.Add(plain[s.name]);
     }
-    if (!theirs.empty()) {
-      sum_theirs[s.group].Add(theirs[s.name]);
-      all_theirs.Add(theirs[s.name]);
+    for (auto& [method, m] : theirs) {
+      sum_theirs[method][s.group].Add(m[s.name]);
+      all_theirs[method].Add(m[s.name]);
     }
   }
-  std::printf("Automatic modelling, last periods held out (18 monthly, 8 quarterly, 6 other)%s%s\n",
+  std::printf("Automatic modelling, %d origin(s) per series half a horizon apart, horizon 18 monthly, 8 quarterly, "
+              "2 cycles other seasonal, 6 other%s%s\n",
+              origin_count,
               std::string(rules.necessity ? ", necessity test on" : ", necessity test off")
                   .append(rules.sufficiency_stochastic ? ", sufficiency on" : ", sufficiency off")
                   .append(rules.sufficiency_deterministic ? ", interventions on" : ", interventions off")
                   .append(rules.variance_change ? ", change of variance on" : "")
                   .c_str(),
               rules.lambdas.size() > 1 ? ", lambdas 1/0.5/0 (shipped rules)" : ", no transform");
-  std::printf("  %-14s %-16s %4s  %8s  %8s  %8s  %6s %6s %6s  %8s  %10s\n", "method", "group", "n", "MASE", "sMAPE%",
-              "cover95%", "near", "middle", "far", "MSIS", "median CPU ms");
+  std::printf("  %-14s %-16s %4s  %7s %7s  %7s  %6s %6s  %6s %6s %6s  %7s  %8s %8s\n", "method", "group", "n",
+              "MASE", "median", "sMAPE%", "cov80", "cov95", "near", "middle", "far", "MSIS", "med ms", "max ms");
   for (const auto& [group, s] : sum_ours) {
     PrintRow("ours", group, s);
     if (sum_plain.count(group)) PrintRow("ours lambda 1", group, sum_plain[group]);
-    if (sum_theirs.count(group)) PrintRow("auto.arima", group, sum_theirs[group]);
+    for (auto& [method, m] : sum_theirs)
+      if (m.count(group)) PrintRow(method.c_str(), group, m[group]);
   }
   PrintRow("ours", "all", all_ours);
-  PrintRow("ours lambda 1", "all", all_plain);
-  PrintRow("auto.arima", "all", all_theirs);
-  if (theirs.empty() && with_r) std::printf("  (auto.arima not run: Rscript or R's forecast package is missing)\n");
+  if (with_plain) PrintRow("ours lambda 1", "all", all_plain);
+  for (auto& [method, m] : all_theirs) PrintRow(method.c_str(), "all", m);
+  if (!have_r && with_r) std::printf("  (auto.arima not run: Rscript or R's forecast package is missing)\n");
+  if (have_r && all_theirs["auto.arima"].mase > 0)
+    std::printf("Mean MASE ours / auto.arima: %.3f; median time ours / auto.arima: %.3f\n",
+                all_ours.mase / all_theirs["auto.arima"].mase,
+                Median(all_ours.ms) / std::max(1e-9, Median(all_theirs["auto.arima"].ms)));
   std::printf("Median time per monthly series of 120-180 observations: %.2f ms over %zu series\n",
               Median(monthly150_ms), monthly150_ms.size());
   return 0;

@@ -134,20 +134,14 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   const int r = std::max(p, q + 1);
   const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
   if (gamma.empty()) return out;
-  const std::vector<double> psi = PsiWeights(phi, theta, r);
 
-  // State: the predictions of w(t..t+r-1) given the innovations up to t.
-  // P0(i,j) = gamma(j-i) - sum_{k<i} psi_k psi_{k+j-i}.
-  std::vector<double> Pbuf(static_cast<size_t>(r) * r), Nbuf(static_cast<size_t>(r) * r);
-  double* P = Pbuf.data();
-  double* N = Nbuf.data();
-  for (int i = 0; i < r; ++i)
-    for (int j = i; j < r; ++j) {
-      double v = gamma[j - i];
-      for (int k = 0; k < i; ++k) v -= psi[k] * psi[k + j - i];
-      P[i * r + j] = v;
-      P[j * r + i] = v;
-    }
+  // State: the predictions of w(t..t+r-1) given the innovations up to t, started at its
+  // stationary covariance P, whose first column is gamma(0..r-1). The filter needs only the
+  // prediction variance f = P(0,0) and the gain G = T P e1 (T the shift with the AR row), and
+  // because it starts from the stationary covariance, each change P(t+1) - P(t) has rank one,
+  // W M W'. Carrying W and M (the Chandrasekhar recursions) costs O(r) a step in place of the
+  // O(r^2) of the full Riccati update, which matters for seasonal models, whose state spans a
+  // whole cycle or more.
   // The nonzero AR lags only: seasonal models have few among many.
   std::vector<int> lag;
   std::vector<double> coef;
@@ -157,11 +151,8 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
       coef.push_back(phi[k - 1]);
     }
   const int nz = static_cast<int>(lag.size());
-  std::vector<double> aw(r, 0.0), ax(r, 0.0), K(r), u(r), c(r);
+  std::vector<double> aw(r, 0.0), ax(r, 0.0), G(r), W(r), TW(r);
   std::vector<double> vw(n), vx(n), F(n);
-  bool steady = false;
-  double Fs = 1.0;
-  std::vector<double> Ks(r);
 
   auto advance = [&](std::vector<double>& a) {
     // a <- T a : shift up, last from phi.
@@ -171,59 +162,41 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     a[r - 1] = last;
   };
 
+  double f = gamma[0];
+  for (int i = 0; i < r; ++i) G[i] = gamma[i];
+  advance(G);
+  W = G;
+  double M = -1.0 / f;  // P(2) - P(1) = -G G' / f
+  bool steady = false;
   for (int t = 0; t < n; ++t) {
-    double f;
-    if (!steady) {
-      f = P[0];
-      if (!(f > 0.0) || !std::isfinite(f)) return out;
-      for (int i = 0; i < r; ++i) {
-        u[i] = P[i * r];
-        K[i] = u[i] / f;
-      }
-    } else {
-      f = Fs;
-      K = Ks;
-    }
+    if (!(f > 0.0) || !std::isfinite(f)) return out;
     const double v1 = w[t] - aw[0];
     const double v2 = 1.0 - ax[0];
     vw[t] = v1;
     vx[t] = v2;
     F[t] = f;
-    for (int i = 0; i < r; ++i) {
-      aw[i] += K[i] * v1;
-      ax[i] += K[i] * v2;
-    }
+    // a <- T (a + P e1 v / f) = T a + G v / f.
     advance(aw);
     advance(ax);
+    for (int i = 0; i < r; ++i) {
+      aw[i] += G[i] * v1 / f;
+      ax[i] += G[i] * v2 / f;
+    }
     if (!steady) {
-      // N = T (P - u u' / f) T' + psi psi', with T the shift and the AR row.
-      // c(m) = sum_l phi_l (P - uu'/f)(m, r-l).
-      for (int m = 0; m < r; ++m) {
-        double v = 0.0;
-        for (int l = 0; l < nz; ++l) {
-          const int col = r - lag[l];
-          v += coef[l] * (P[m * r + col] - u[m] * u[col] / f);
-        }
-        c[m] = v;
+      // f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f', M' = M f' / f.
+      const double w0 = W[0];
+      TW = W;
+      advance(TW);
+      const double fn = f + M * w0 * w0;
+      for (int i = 0; i < r; ++i) {
+        const double g = G[i];
+        G[i] = g + TW[i] * M * w0;
+        W[i] = (TW[i] * f - g * w0) / fn;
       }
-      for (int i = 0; i + 1 < r; ++i) {
-        const double* src = P + (i + 1) * r + 1;
-        double* dst = N + i * r;
-        const double a = u[i + 1] / f;
-        const double pi = psi[i];
-        for (int j = 0; j + 1 < r; ++j) dst[j] = src[j] - a * u[j + 1] + pi * psi[j];
-        dst[r - 1] = c[i + 1] + pi * psi[r - 1];
-        N[(r - 1) * r + i] = dst[r - 1];
-      }
-      double corner = psi[r - 1] * psi[r - 1];
-      for (int l = 0; l < nz; ++l) corner += coef[l] * c[r - lag[l]];
-      N[r * r - 1] = corner;
-      std::swap(P, N);
-      if (std::fabs(P[0] - 1.0) < 1e-9) {
-        steady = true;
-        Fs = P[0];
-        for (int i = 0; i < r; ++i) Ks[i] = P[i * r] / Fs;
-      }
+      M = M * fn / f;
+      f = fn;
+      // Converged: the gain no longer changes.
+      if (std::fabs(f - 1.0) < 1e-9) steady = true;
     }
   }
 

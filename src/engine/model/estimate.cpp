@@ -169,7 +169,8 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations,
   return out;
 }
 
-bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se) {
+bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se,
+                      Eigen::MatrixXd* covariance) {
   const int k = static_cast<int>(x.size());
   Eigen::MatrixXd H(k, k);
   Eigen::VectorXd h(k);
@@ -199,6 +200,7 @@ bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, doubl
   if (llt.info() != Eigen::Success) return false;
   const Eigen::MatrixXd cov = llt.solve(Eigen::MatrixXd::Identity(k, k));
   for (int i = 0; i < k; ++i) se(i) = std::sqrt(std::max(cov(i, i), 0.0));
+  if (covariance) *covariance = cov;
   return se.allFinite();
 }
 
@@ -326,7 +328,9 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
         out = l.loglik;
         return std::isfinite(out);
       };
-      have = HessianStdErrors(ll, x, L.loglik, se);
+      Eigen::MatrixXd cov;
+      have = HessianStdErrors(ll, x, L.loglik, se, &cov);
+      if (have) fit.covariance.assign(cov.data(), cov.data() + cov.size());
       if (!have && lm.jtj.rows() == k) {
         // Gauss-Newton approximation: cov = (S*/n) (J'J)^-1.
         Eigen::LDLT<Eigen::MatrixXd> ldlt(lm.jtj);

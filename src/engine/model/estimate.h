@@ -47,6 +47,9 @@ struct ArimaFit {
   // Standard errors in the order ar, ma, sar, sma (held-at-zero terms: 0), then constant.
   std::vector<double> std_errors;
   bool hessian_ok = false;      // standard errors from the numerical Hessian (else Gauss-Newton)
+  // The estimates' covariance from that Hessian, free coefficients in the order of the
+  // standard errors (held-at-zero terms and the constant left out), k x k; empty without it.
+  std::vector<double> covariance;
 };
 
 // Differencing polynomial delta of (1-B)^d (1-B^s)^D as regression coefficients:

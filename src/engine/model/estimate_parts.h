@@ -48,7 +48,9 @@ using LogLikelihoodFn = std::function<bool(const Eigen::VectorXd&, double&)>;
 // log-likelihood at the maximum x (value f0), by central differences. False (se left as it
 // was, or not finite) when the likelihood fails near x or the information is not positive
 // definite; se must hold x.size() values.
-bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se);
+// `covariance` (optional) receives the whole inverse information matrix.
+bool HessianStdErrors(const LogLikelihoodFn& ll, const Eigen::VectorXd& x, double f0, Eigen::VectorXd& se,
+                      Eigen::MatrixXd* covariance = nullptr);
 
 // The standard errors of the free coefficients laid out as ArimaFit::std_errors: ar, ma,
 // sar, sma (held-at-zero terms 0), then the constant's from the variance of the mean.

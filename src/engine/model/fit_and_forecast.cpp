@@ -165,10 +165,58 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
   return text.empty() ? "No residual autocorrelation stands out at " + Format("%.1f", level) + " %." : text;
 }
 
+// How much wider the limits must be than the model says, judged on the model's own last
+// periods: the orders are estimated again on the series up to an origin a horizon (at most a
+// fifth of the series) before its end, and again half that earlier, and their forecasts are
+// set against the values that followed. The mean of the squared errors over the variances the
+// limits rest on is 1 when the limits are right; they are not when the coefficients, the
+// choice of the model or the recent behaviour of the series make the forecasts err more than
+// the innovations alone. That mean, shrunk towards 1 by a horizon's worth of weight, gives the
+// factor (from 1 to 2) on the half-widths. `u` is the series the noise model runs on (less the
+// effects of interventions). 1 when the series is too short to spare the periods. Not after
+// a change of variance, whose limits rest on the latest segment's variance already.
+double HoldoutFactor(const std::vector<double>& u, const ArimaFit& fit, int horizon, double coverage,
+                     const LimitAllowances& allow, std::string* note) {
+  const int n = static_cast<int>(u.size());
+  const int H = std::min(horizon, std::max(1, n / 5));
+  const int burn = fit.orders.d + fit.orders.D * fit.orders.period;
+  ConvergenceCriteria quick;
+  quick.polish = false;
+  quick.max_iterations = 10;
+  double ratio = 0.0;
+  int count = 0;
+  for (int o : {n - H, n - H - std::max(1, H / 2), n - 2 * H}) {
+    if (o - burn < std::max(20, 3 * fit.orders.FreeCount() + 10)) continue;
+    if (fit.orders.D > 0 && o < 3 * fit.orders.period) continue;
+    const std::vector<double> head(u.begin(), u.begin() + o);
+    const ArimaFit re = FitArima(head, fit.orders, quick, false, &fit.coef);
+    if (!re.ok) continue;
+    // The variance the limits rest on (the whole fit's, or the last segment's after a change
+    // of variance): the question is whether the limits as given hold.
+    LimitAllowances a = allow;
+    if (a.sigma2 < 0.0) a.sigma2 = fit.sigma2;
+    a.coefficient_delta = false;
+    const ArimaForecast fc = ForecastArima(head, re, std::min(H, n - o), coverage, a);
+    for (int h = 0; h < static_cast<int>(fc.mean.size()) && o + h < n; ++h) {
+      if (!(fc.se[h] > 0.0)) continue;
+      const double e = u[o + h] - fc.mean[h];
+      ratio += e * e / (fc.se[h] * fc.se[h]);
+      ++count;
+    }
+  }
+  if (count == 0) return 1.0;
+  const double factor = std::clamp(std::sqrt((0.5 * H + ratio) / (0.5 * H + count)), 1.0, 2.0);
+  if (note)
+    *note = "Forecasts from " + std::to_string(count) + " held-back period(s) erred " +
+            Format("%.2f", std::sqrt(ratio / count)) + " times the standard error of the limits; the limits are " +
+            (factor > 1.0 ? "widened by a factor " + Format("%.3f", factor) + "." : std::string("kept."));
+  return factor;
+}
+
 // Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
 void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
             double lambda, double scale, int horizon, double coverage, const std::vector<double>& effects = {},
-            int effect_count = 0, const LimitAllowances& allow = {}) {
+            int effect_count = 0, const LimitAllowances& allow = {}, bool holdout = false) {
   const int n = static_cast<int>(y.size());
   // With interventions the noise model runs on the series less their effects (n values,
   // then the forecast periods), which are added back to its predictions.
@@ -197,6 +245,15 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
 
   if (horizon > 0) {
     ArimaForecast fc = ForecastArima(u, fit, horizon, coverage, allow);
+    if (holdout) {
+      std::string note;
+      const double f = HoldoutFactor(u, fit, horizon, coverage, allow, &note);
+      for (int h = 0; h < horizon; ++h) {
+        fc.lower[h] = fc.mean[h] - f * (fc.mean[h] - fc.lower[h]);
+        fc.upper[h] = fc.mean[h] + f * (fc.upper[h] - fc.mean[h]);
+      }
+      if (!note.empty()) r.notes.push_back({texts::kHeadModel, note});
+    }
     for (int h = 0; h < horizon && n + h < static_cast<int>(effects.size()); ++h) {
       fc.mean[h] += effects[n + h];
       fc.lower[h] += effects[n + h];
@@ -645,7 +702,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   // Diagnosis and forecasts.
   if (!stage(Stage::Diagnosis)) return r;
   Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()) + dummy_count,
-         ForecastAllowances(fit, fit.sigma2, found));
+         ForecastAllowances(fit, fit.sigma2, found), r.variance_changes.empty());
   {
     std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
                        Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +

@@ -6,6 +6,7 @@
 
 #include <boost/math/distributions/students_t.hpp>
 
+#include "engine/model/estimate_parts.h"
 #include "engine/model/series_stats.h"
 
 namespace quorvane {
@@ -66,6 +67,49 @@ double EventReach(EventShape shape, int h, int period) {
   return 0.0;
 }
 
+// The variance of each forecast 1..H from the error of the estimated ARMA coefficients:
+// g' C g, g the forecast's derivatives along the free coefficients (central differences where
+// both sides are admissible), C their covariance. Empty when the fit has none.
+std::vector<double> CoefficientVariance(const std::vector<double>& z, const ArimaFit& fit,
+                                        const std::vector<double>& delta, int H) {
+  const auto slots = Slots(fit.orders);
+  const int k = static_cast<int>(slots.size());
+  if (k == 0 || fit.covariance.size() != static_cast<size_t>(k) * k) return {};
+  const Eigen::Map<const Eigen::MatrixXd> C(fit.covariance.data(), k, k);
+  const Eigen::VectorXd x = Pack(fit.coef, slots);
+  Eigen::MatrixXd g(H, k);
+  std::vector<double> phi, theta;
+  auto path = [&](const Eigen::VectorXd& xv, std::vector<double>& out) {
+    const ArmaCoefficients c = Unpack(fit.orders, slots, xv);
+    if (!Admissible(c, 1e-6)) return false;
+    ExpandArma(c, phi, theta);
+    out = ForecastPath(z, fit, phi, theta, delta, H, fit.mean);
+    return static_cast<int>(out.size()) == H;
+  };
+  std::vector<double> base, up, down;
+  if (!path(x, base)) return {};
+  for (int j = 0; j < k; ++j) {
+    const double step = 1e-4 * std::max(1.0, std::fabs(x(j)));
+    Eigen::VectorXd xp = x, xm = x;
+    xp(j) += step;
+    xm(j) -= step;
+    const bool okp = path(xp, up), okm = path(xm, down);
+    for (int h = 0; h < H; ++h) {
+      if (okp && okm) g(h, j) = (up[h] - down[h]) / (2.0 * step);
+      else if (okp) g(h, j) = (up[h] - base[h]) / step;
+      else if (okm) g(h, j) = (base[h] - down[h]) / step;
+      else return {};
+    }
+  }
+  std::vector<double> out(H);
+  for (int h = 0; h < H; ++h) {
+    const Eigen::VectorXd gh = g.row(h).transpose();
+    out[h] = std::max(0.0, gh.dot(C * gh));
+    if (!std::isfinite(out[h])) return {};
+  }
+  return out;
+}
+
 }  // namespace
 
 double MixtureHalfWidth(double base_variance, double event_count, double event_variance, double coverage_pct,
@@ -116,6 +160,7 @@ LimitAllowances EstimationAllowances(const ArimaFit& fit, int parameters, double
   a.sigma2 = df > 0 ? sigma2 * m / df : sigma2;
   a.degrees_of_freedom = std::max(df, 1);
   a.coefficient_share = m > 0 ? static_cast<double>(fit.orders.FreeCount()) / m : 0.0;
+  a.coefficient_delta = true;
   a.constant_error = true;
   a.period = fit.orders.period;
   return a;
@@ -143,14 +188,20 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
     if (L.ok && L.sigma2 > 0.0) constant_var = sigma2 * L.mean_variance / L.sigma2;
   }
   const std::vector<double> psi = PsiWeights(MultiplyRegression(phi, delta), theta, H);
-  const double innovation_factor = 1.0 + std::max(allow.coefficient_share, 0.0);
+  const std::vector<double> coefficient_var = allow.coefficient_delta ? CoefficientVariance(z, fit, delta, H)
+                                                                       : std::vector<double>{};
+  const double share = std::max(allow.coefficient_share, 0.0);
   out.se.resize(H);
   out.lower.resize(H);
   out.upper.resize(H);
   double acc = 0.0;
   for (int h = 0; h < H; ++h) {
     acc += psi[h] * psi[h];
-    const double base = sigma2 * innovation_factor * acc + reach[h] * reach[h] * constant_var;
+    // The coefficients' part: their share of the innovation part, or, where the forecast leans
+    // on them more, their error carried through the forecast function.
+    double coefficients = share * sigma2 * acc;
+    if (!coefficient_var.empty()) coefficients = std::max(coefficients, std::min(coefficient_var[h], sigma2 * acc));
+    const double base = sigma2 * acc + coefficients + reach[h] * reach[h] * constant_var;
     double count = 0.0, event_var = 0.0;
     for (const RecurringEvents& e : allow.events) {
       if (!(e.rate > 0.0) || !(e.mean_square > 0.0)) continue;

@@ -34,6 +34,12 @@ struct LimitAllowances {
   // The error of the estimated ARMA coefficients: the innovation part of the variance grows
   // by this share (the number of coefficients over the number of innovations).
   double coefficient_share = 0.0;
+  // Beside it, when the fit carries the estimates' covariance: their error carried to each
+  // horizon through the forecast function (the delta method: the variance of the gradient of
+  // each forecast along the coefficients), which grows with the horizon where the forecasts
+  // lean on the coefficients (an AR near one far from its mean). The larger of the two counts,
+  // the second at most the innovation part.
+  bool coefficient_delta = false;
   // The error of the estimated constant (a mean, a drift), carried through the
   // differencing to each horizon: a drift's error grows with the horizon.
   bool constant_error = false;

@@ -146,8 +146,13 @@ TEST(FitAndForecastDiagnostics, ChangeOfVarianceWidensTheLimits) {
   EXPECT_TRUE(plain.variance_changes.empty());
   // The half-width now reflects a standard deviation near 4, not the average of both regimes.
   const double half = (r.upper[0] - r.lower[0]) / 2.0;
-  EXPECT_GT(half, (plain.upper[0] - plain.lower[0]) / 2.0 * 1.5);
   EXPECT_NEAR(half / 1.96, 4.0, 1.2);
+  // Without the test the limits rest on the average (a standard deviation near 2.2), but the
+  // held-back periods, all in the noisy stretch, widen them.
+  bool widened = false;
+  for (const Note& n : plain.notes) widened = widened || n.text.find("widened by a factor") != std::string::npos;
+  EXPECT_TRUE(widened);
+  EXPECT_GT((plain.upper[0] - plain.lower[0]) / 2.0 / 1.96, 3.0);
 }
 
 TEST(FitAndForecastDiagnostics, ChangedParametersLeaveTheEarlierSegmentOut) {

@@ -257,6 +257,19 @@ TEST(ArmaNumerics, KalmanLikelihoodEqualsTheBruteForceGaussianLikelihood) {
     EXPECT_NEAR(-0.5 * 40 * (std::log(2 * M_PI) + 1 + std::log(l.scaled_ssq / 40)), l.loglik, 1e-8);
   }
   EXPECT_FALSE(ArmaExactLikelihood(w, {1.0}, {}, true).ok);
+  // Seasonal models, whose state spans a cycle and more, over several cycles: an airline
+  // noise, a seasonal AR with an MA(1), a weekly seasonal MA near its unit root.
+  const std::vector<double> longer = testdata::SimulateArma11(160, 0.4, 0.3, 1.0, 23);
+  std::vector<double> airline(13, 0.0), sar(12, 0.0), weekly(53, 0.0);
+  airline[0] = -0.4, airline[11] = -0.6, airline[12] = 0.24;
+  sar[11] = 0.5;
+  weekly[0] = 0.3, weekly[51] = -0.9, weekly[52] = -0.27;
+  const Case seasonal[] = {{{}, airline, true}, {sar, {0.3}, false}, {{0.4}, weekly, true}};
+  for (const Case& c : seasonal) {
+    const ArmaLikelihood l = ArmaExactLikelihood(longer, c.phi, c.theta, c.mean);
+    ASSERT_TRUE(l.ok);
+    EXPECT_NEAR(l.loglik, BruteForceLoglik(longer, c.phi, c.theta, c.mean), 1e-6);
+  }
 }
 
 std::map<std::string, double> ReferenceStatistics() {

@@ -129,6 +129,19 @@ TEST(ForecastArima, AllowancesWidenTheLimitsByTheirKnownAmounts) {
   k.coefficient_share = 0.1;
   fc = ForecastArima(z, ar, 3, 95.0, k);
   EXPECT_NEAR(fc.se[2], std::sqrt(1.1 * (1 + 0.25 + 0.0625)), 1e-12);
+  // With the estimate's covariance, its error carried through the forecast function: the
+  // h-step forecast 0.5^h z(n) moves by h 0.5^(h-1) z(n) per unit of the coefficient. That
+  // part counts where it exceeds the share, up to the innovation part.
+  ar.covariance = {1e-4};
+  k.coefficient_delta = true;
+  fc = ForecastArima(z, ar, 6, 95.0, k);
+  double acc = 0.0;
+  for (int h = 1; h <= 6; ++h) {
+    acc += std::pow(0.25, h - 1);
+    const double g = h * std::pow(0.5, h - 1) * z.back();
+    const double part = std::min(std::max(0.1 * acc, g * g * 1e-4), acc);
+    EXPECT_NEAR(fc.se[h - 1], std::sqrt(acc + part), 1e-5) << h;
+  }
 }
 
 TEST(ForecastArima, RecurringInterventionsWidenTheTailsByTheirRateAndSize) {
