@@ -50,8 +50,8 @@ int main(int argc, char** argv) {
                              "fuzz_model_engine", "fuzz_model_frontend", "fuzz_xlsx", "fuzz_csv"})
     fs::create_directories(out / target);
 
-  auto* record = new dataset::AscDataset();
-  auto* arrays = new quorvane::EngineArrays();
+  static auto* record = new dataset::AscDataset();
+  static auto* arrays = new quorvane::EngineArrays();
   for (int i = 2; i < argc; ++i) {
     const fs::path asc = argv[i];
     record->Clear();
