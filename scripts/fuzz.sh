@@ -52,8 +52,8 @@ add_seeds fuzz_rules_engine resources/program/ENGINE.CND
 add_seeds fuzz_report_xml $(find tests/dataset/data/catalogue -type f | sort)
 for d in fuzz/corpus/*/; do add_seeds "$(basename "$d")" "$d"*; done
 mkdir -p "$seeds/fuzz_xls"
-if python3 -c 'import xlwt' 2>/dev/null; then
-  python3 - "$seeds/fuzz_xls/sales.xls" <<'PY'
+if /usr/bin/python3 -c 'import xlwt' 2>/dev/null; then
+  /usr/bin/python3 - "$seeds/fuzz_xls/sales.xls" <<'PY'
 import sys, xlwt
 wb = xlwt.Workbook()
 ws = wb.add_sheet("SALES")

@@ -41,7 +41,7 @@ for t in "${sanitized_tests[@]}"; do
 done
 
 start=$SECONDS
-if ! bash scripts/fuzz.sh --seconds "${TESSALY_FUZZ_SECONDS:-8}"; then
+if ! bash scripts/fuzz.sh --seconds "${TESSALY_FUZZ_SECONDS:-6}"; then
   failed+=(fuzzing)
 fi
 echo "test-hardening: fuzz step done in $((SECONDS - start))s"
