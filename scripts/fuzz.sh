@@ -1,23 +1,26 @@
 #!/usr/bin/env bash
 # Fuzzes the readers of outside input with libFuzzer under AddressSanitizer and
 # UndefinedBehaviorSanitizer, in the hardening build folder (see scripts/hardening-build.sh).
-#   scripts/fuzz.sh [--seconds N] [--replay-only] [TARGET...]
+#   scripts/fuzz.sh [--seconds N] [--replay-only] [--replay-only-for TARGET]... [TARGET...]
 # Each target first replays its kept regression inputs (fuzz/regressions/<target>/), then,
-# unless --replay-only, fuzzes for N seconds (default 600: a long run) from its seeds and
+# unless --replay-only (for all, or for the target named), fuzzes for N seconds (default 600: a long run) from its seeds and
 # from the corpus that earlier runs grew in <build>/fuzz-corpus/<target>/. Anything found
 # is written to <build>/fuzz-artifacts/<target>/ and the script exits 1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/hardening-build.sh
+shopt -s nullglob
 
 seconds=600
 replay_only=0
+replay_only_for=" "
 targets=()
 while [ $# -gt 0 ]; do
   case "$1" in
     --seconds) seconds=$2; shift 2 ;;
     --replay-only) replay_only=1; shift ;;
-    -h|--help) sed -n '2,9p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+    --replay-only-for) replay_only_for+="$2 "; shift 2 ;;
+    -h|--help) sed -n '2,10p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
     *) targets+=("$1"); shift ;;
   esac
 done
@@ -76,14 +79,17 @@ for t in "${targets[@]}"; do
   mkdir -p "$artifacts/" "$corpus" "$seeds/$t"
   common=(-rss_limit_mb=2048 -timeout=10 -artifact_prefix="$artifacts/" -print_final_stats=1)
   regressions=(fuzz/regressions/"$t"/*)
-  if [ -e "${regressions[0]}" ]; then
+  if [ ${#regressions[@]} -gt 0 ]; then
     if ! nice -n 10 "$bin" "${common[@]}" "${regressions[@]}" >"$artifacts/replay.log" 2>&1; then
       echo "fuzz: $t: FAILED on a kept regression input (log: $artifacts/replay.log)"
       failed+=("$t")
       continue
     fi
   fi
-  [ "$replay_only" = 1 ] && { summary+=("$t: ${#regressions[@]} regression inputs replayed"); continue; }
+  if [ "$replay_only" = 1 ] || [[ "$replay_only_for" == *" $t "* ]]; then
+    summary+=("$t: ${#regressions[@]} regression inputs replayed, not fuzzed")
+    continue
+  fi
   log=$artifacts/fuzz.log
   if nice -n 10 "$bin" "${common[@]}" -max_total_time="$seconds" -max_len=65536 \
        "$corpus" "$seeds/$t" >"$log" 2>&1; then
