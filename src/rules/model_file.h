@@ -30,7 +30,7 @@ class ModelTable {
   void ClearRows(int first, int last);
 
  private:
-  std::array<std::array<std::string, kCols>, kRows> cells_{};
+  std::array<std::array<std::string, kCols>, kRows> cells_;
 };
 
 // Writes rows 0 to series_count - 1, each up to its first empty cell, one cell a line.
