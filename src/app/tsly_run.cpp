@@ -7,6 +7,7 @@
 
 #include "app/tsly.h"
 #include "app/unattended.h"
+#include "batch/engine/unattended_wait.h"
 #include "batch/run_reports_binding.h"
 #include "batch/shards.h"
 #include "batch/unattended_run.h"
@@ -108,6 +109,9 @@ int RunCommand(const Args& args, std::ostream& out, std::ostream& err) {
   } else if (shards) {
     return UsageError("run", "--shards goes with --shard auto.", err);
   }
+  // Ctrl-C and SIGTERM (Slurm's scancel, Kubernetes' pod stop) cancel the engine call under
+  // way as the Cancel button does: the run ends in order and only its own engines are ended.
+  batch::UnattendedProgressWait::CatchInterrupts();
   std::error_code ec;
   std::filesystem::path current = std::filesystem::current_path(ec);
   shell::CommandLine line{{std::filesystem::absolute(project, ec).string()}};

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
@@ -315,8 +316,13 @@ int MergeShards(const fs::path& project_path, const MergeOptions& options) {
     if (!incomplete.empty())
       text += " shard" + std::string(incomplete.size() > 1 ? "s " : " ") + NumberList(incomplete) +
               " did not finish (or ran over another list);";
-    text += " run " + std::string(missing.size() + incomplete.size() > 1 ? "them" : "it") +
-            " again with --shard I/" + std::to_string(count) + ". Nothing was merged.";
+    std::vector<int> again = missing;
+    again.insert(again.end(), incomplete.begin(), incomplete.end());
+    std::sort(again.begin(), again.end());
+    std::string runs;
+    for (int i : again)
+      runs += (runs.empty() ? "--shard " : ", --shard ") + std::to_string(i) + "/" + std::to_string(count);
+    text += " run again with " + runs + ". Nothing was merged.";
     Dialogs().Message(text, mb::OKOnly, kMergeTitle);
     return 1;
   }

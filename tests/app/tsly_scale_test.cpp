@@ -168,8 +168,8 @@ TEST_F(TslyScaleTest, MergeRefusesWhileAShardIsMissingOrUnfinishedAndAutoShardsF
   ASSERT_EQ(Tsly("run p/P.xml --shard 3/3 --no-graphs", &out), 0) << out;
   const std::string project_before = ReadFile(work / "p/P.xml");
   EXPECT_EQ(Tsly("merge p/P.xml", &out), 1);
-  EXPECT_NE(out.find("Tessaly Merge: The 3 shards of P.xml cannot be merged: shard 2 never ran; run it again "
-                     "with --shard I/3. Nothing was merged."),
+  EXPECT_NE(out.find("Tessaly Merge: The 3 shards of P.xml cannot be merged: shard 2 never ran; run again "
+                     "with --shard 2/3. Nothing was merged."),
             std::string::npos)
       << out;
   EXPECT_EQ(Tsly("merge p/P.xml --shards 4", &out), 1);

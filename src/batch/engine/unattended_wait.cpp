@@ -69,10 +69,12 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
   auto last_check = start - std::chrono::seconds(1);
   auto last_file_check = start;
   for (;;) {
+    // An interrupt is looked at before the engine: the terminal's Ctrl-C reaches the engine
+    // too, and its death then is the cancel's, not a failure of the dataset.
+    if (!work.CancelRequested() && Interrupted()) work.Cancel();
     work.Poll();
     if (work.Finished()) break;
     if (!work.CancelRequested()) {
-      if (Interrupted()) work.Cancel();
       if (!cancel_folder_.empty() && Clock::now() - last_file_check >= std::chrono::milliseconds(200)) {
         last_file_check = Clock::now();
         if (platform::ExistsNoCase(cancel_folder_, kKillFile)) work.Cancel();
