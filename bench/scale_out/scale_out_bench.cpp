@@ -9,7 +9,7 @@
 // qvxengine, starts the real engine (qvxengine.real), waits for it and appends its figures to
 // the file named by TESSALY_BENCH_ENGINE_LOG. That costs one extra process start per series.
 //
-// Usage: bench_scale_out [series=1000] [configurations=all|nographs|graphs]
+// Usage: bench_scale_out [series=1000] [all|nographs|graphs] [jobs=1,2]
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -147,6 +147,9 @@ int main(int argc, char** argv) {
   if (fs::path(argv[0]).filename() == "qvxengine") return TimedEngine(argv);
   int series = argc > 1 ? std::atoi(argv[1]) : 1000;
   std::string which = argc > 2 ? argv[2] : "all";
+  std::vector<int> job_counts;
+  std::stringstream jobs_text(argc > 3 ? argv[3] : "1,2");
+  for (std::string j; std::getline(jobs_text, j, ',');) job_counts.push_back(std::atoi(j.c_str()));
   char templ[] = "/tmp/tessaly-scale-bench-XXXXXX";
   if (!mkdtemp(templ)) return 1;
   fs::path root = templ;
@@ -159,7 +162,7 @@ int main(int argc, char** argv) {
   const int files = series + 2;
   for (bool graphs : {false, true}) {
     if ((which == "nographs" && graphs) || (which == "graphs" && !graphs)) continue;
-    for (int jobs : {1, 2}) Print(jobs, graphs, files, RunOnce(root, program, series, jobs, graphs));
+    for (int jobs : job_counts) Print(jobs, graphs, files, RunOnce(root, program, series, jobs, graphs));
   }
   fs::remove_all(root);
   return 0;

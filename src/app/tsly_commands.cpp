@@ -11,7 +11,7 @@ namespace {
 constexpr Command kCommands[] = {
     {"run", "run a project through the engine, as the desktop's Run Project does",
      "usage: tsly run PROJECT.xml [--no-graphs] [--series-timeout SECONDS]\n"
-     "                            [--jobs K | --shard I/N | --shard auto [--shards N]]\n"
+     "                            [--jobs K [--part-size N] | --shard I/N | --shard auto [--shards N]]\n"
      "\n"
      "Runs every dataset of the project through the engine with the rules and model files\n"
      "of the program's folder, files the reports and graphs in the project's OUTPUT folder\n"
@@ -23,6 +23,7 @@ constexpr Command kCommands[] = {
      "                        that dataset fails, with the reason in the error log\n"
      "  --jobs K              K engines at once, each in a private working folder (K parts\n"
      "                        of the list, joined at the end): the same outputs as one at a time\n"
+     "  --part-size N         with --jobs: parts of at most N datasets (default 100), K at a time\n"
      "  --shard I/N           only the I-th of N parts of the list, written under\n"
      "                        OUTPUT/shards/I; join the parts with tsly merge\n"
      "  --shard auto          I and N from a Slurm job array (SLURM_ARRAY_TASK_ID, _COUNT) or\n"

@@ -20,6 +20,7 @@ namespace {
 
 struct RunChoice {
   int jobs = 1;
+  int part_size = batch::kDefaultPartSize;
   std::optional<batch::ShardSpec> shard;
   bool no_graphs = false;
   std::chrono::seconds series_timeout{0};
@@ -41,7 +42,7 @@ class ProjectRunner : public shell::CommandLineRunner {
       if (choice_.series_timeout.count() > 0)
         extra.insert(extra.end(), {"--series-timeout", std::to_string(choice_.series_timeout.count())});
       batch::MergeOptions merge{program, std::nullopt, reports};
-      return batch::RunJobs(project, choice_.jobs, program / "tsly", extra, merge);
+      return batch::RunJobs(project, choice_.jobs, program / "tsly", extra, merge, choice_.part_size);
     }
     batch::UnattendedRunOptions options;
     options.program_folder = program;
@@ -76,12 +77,13 @@ int RunCommand(const Args& args, std::ostream& out, std::ostream& err) {
     };
     if (a == "--no-graphs") {
       choice.no_graphs = true;
-    } else if (a == "--jobs" || a == "--shards" || a == "--series-timeout") {
+    } else if (a == "--jobs" || a == "--shards" || a == "--series-timeout" || a == "--part-size") {
       auto v = value();
       auto n = v ? PositiveNumber(*v) : std::nullopt;
       if (!n) return UsageError("run", a + " takes a whole number of at least 1.", err);
       if (a == "--jobs") choice.jobs = *n;
       if (a == "--shards") shards = *n;
+      if (a == "--part-size") choice.part_size = *n;
       if (a == "--series-timeout") choice.series_timeout = std::chrono::seconds(*n);
     } else if (a == "--shard") {
       auto v = value();
@@ -100,7 +102,8 @@ int RunCommand(const Args& args, std::ostream& out, std::ostream& err) {
   std::string ext = platform::ToUpper(project.extension().string());
   if (ext != ".XML") return UsageError("run", "'" + project_word + "' is not a project (.xml).", err);
   if (!shard_word.empty()) {
-    if (choice.jobs > 1) return UsageError("run", "give --jobs or --shard, not both.", err);
+    if (choice.jobs > 1 || choice.part_size != batch::kDefaultPartSize)
+      return UsageError("run", "give --jobs (and --part-size) or --shard, not both.", err);
     std::string error;
     choice.shard = shard_word == "auto"
                        ? batch::ShardFromEnvironment(shards, error, [](const char* n) { return std::getenv(n); })

@@ -394,41 +394,56 @@ int MergeShards(const fs::path& project_path, const MergeOptions& options) {
 }
 
 int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::vector<std::string>& extra_args,
-            const MergeOptions& merge) {
+            const MergeOptions& merge, int part_size) {
   // A Ctrl-C reaches the children, which cancel their own engines; this process stays to
   // tell that the shards did not finish.
   UnattendedProgressWait::CatchInterrupts();
   while (platform::RemoveNoCase(merge.program_folder, kKillFile)) {
   }
-  std::vector<pid_t> children;
-  int worst = 0;
-  for (int i = 1; i <= jobs; ++i) {
-    std::vector<std::string> words = {tsly.string(), "run", project.string(), "--shard",
-                                      std::to_string(i) + "/" + std::to_string(jobs)};
-    words.insert(words.end(), extra_args.begin(), extra_args.end());
-    std::vector<char*> argv;
-    for (std::string& w : words) argv.push_back(w.data());
-    argv.push_back(nullptr);
-    pid_t pid = 0;
-    if (posix_spawn(&pid, tsly.c_str(), nullptr, nullptr, argv.data(), environ) != 0) {
-      Dialogs().Message("The job " + std::to_string(i) + " could not be started: " + tsly.string(),
-                        mb::OKOnly, texts::kAppTitle);
-      worst = 2;
+  std::error_code ec;
+  cBatchFile whole(merge.program_folder);
+  if (!whole.Load(fs::absolute(project, ec))) return 2;
+  const int files = static_cast<int>(whole.Count());
+  const int size = std::max(1, part_size);
+  const int shards = std::max(jobs, (files + size - 1) / size);
+
+  int worst = 0, running = 0, next = 1;
+  auto canceled = [&] {
+    return UnattendedProgressWait::Interrupted() || platform::ExistsNoCase(merge.program_folder, kKillFile);
+  };
+  while (next <= shards || running > 0) {
+    if (running < jobs && next <= shards && !canceled()) {
+      std::vector<std::string> words = {tsly.string(), "run", project.string(), "--shard",
+                                        std::to_string(next) + "/" + std::to_string(shards)};
+      words.insert(words.end(), extra_args.begin(), extra_args.end());
+      std::vector<char*> argv;
+      for (std::string& w : words) argv.push_back(w.data());
+      argv.push_back(nullptr);
+      pid_t pid = 0;
+      if (posix_spawn(&pid, tsly.c_str(), nullptr, nullptr, argv.data(), environ) != 0) {
+        Dialogs().Message("The job for shard " + std::to_string(next) + " could not be started: " + tsly.string(),
+                          mb::OKOnly, texts::kAppTitle);
+        worst = 2;
+      } else {
+        ++running;
+      }
+      ++next;
       continue;
     }
-    children.push_back(pid);
-  }
-  for (pid_t pid : children) {
+    if (running == 0) break;  // cancelled before every shard was started
     int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    pid_t ended = ::waitpid(-1, &status, 0);
+    if (ended < 0) {
+      if (errno == EINTR) continue;
+      break;
     }
-    int code = WIFEXITED(status) ? WEXITSTATUS(status) : 2;
-    worst = std::max(worst, code);
+    --running;
+    worst = std::max(worst, WIFEXITED(status) ? WEXITSTATUS(status) : 2);
   }
   while (platform::RemoveNoCase(merge.program_folder, kKillFile)) {
   }
   MergeOptions all = merge;
-  all.shards = jobs;
+  all.shards = shards;
   int merged = MergeShards(project, all);
   return merged != 0 ? merged : worst;
 }

@@ -77,10 +77,14 @@ struct MergeOptions {
 // project cannot be read.
 int MergeShards(const fs::path& project, const MergeOptions& options);
 
-// K shards of the project at once on this machine, each a child process running
-// `tsly run PROJECT --shard i/K` (with `extra_args`), then the merge. `tsly` is the program
-// to start. The children's progress shares this standard error, each line with its shard.
-int RunJobs(const fs::path& project, int jobs, const fs::path& tsly,
-            const std::vector<std::string>& extra_args, const MergeOptions& merge);
+// The project run by `jobs` shards at a time on this machine, each a child process running
+// `tsly run PROJECT --shard i/N` (with `extra_args`), then the merge. `tsly` is the program to
+// start. The list is cut into N = max(jobs, files / part_size) parts: a part's outputs are
+// filed into a folder of its own, whose files the run looks through by name for each dataset,
+// so parts of a bounded size keep that cost from growing with the square of the project.
+// The children's progress shares this standard error, each line with its shard.
+inline constexpr int kDefaultPartSize = 100;
+int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::vector<std::string>& extra_args,
+            const MergeOptions& merge, int part_size = kDefaultPartSize);
 
 }  // namespace tessaly::batch
