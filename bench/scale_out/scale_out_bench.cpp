@@ -112,6 +112,7 @@ Figures RunOnce(const fs::path& root, const fs::path& program, int series, int j
                         log.string() + "' '" + (program / "tsly").string() + "' run data/scale.xml --jobs " +
                         std::to_string(jobs) + (graphs ? "" : " --no-graphs") + " >/dev/null 2>" +
                         (root / "run.err").string();
+  fs::remove(program / "Process Errors.Err");
   rusage before{}, after{};
   getrusage(RUSAGE_CHILDREN, &before);
   auto start = Clock::now();
@@ -130,6 +131,9 @@ Figures RunOnce(const fs::path& root, const fs::path& program, int series, int j
   for (auto& e : fs::directory_iterator(data / "OUTPUT"))
     if (e.path().extension() == ".PRO" && e.path().filename().string().rfind("CON", 0) != 0) ++f.forecasts;
   if (status != 0) std::printf("(tsly ended with status %d; see %s)\n", status, (root / "run.err").c_str());
+  // Why a dataset gave no forecast: the run's log, as the merge (or the run) left it.
+  std::ifstream errors(program / "Process Errors.Err");
+  for (std::string line; std::getline(errors, line);) std::printf("  log: %s\n", line.c_str());
   return f;
 }
 
