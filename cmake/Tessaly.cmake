@@ -27,7 +27,8 @@ set(TESSALY_ENGINE_PROCESS_TESTS
   pool_engine_tests pool_command_tests pool_desktop_tests
   spreadsheet_engine_tests spreadsheet_desktop_tests
   aggregate_engine_tests aggregate_forms_tests
-  genseries_cli_tests)
+  genseries_cli_tests
+  tsly_scale_tests)
 
 # tessaly_test(NAME SOURCES... [DEPS ...]) : a GoogleTest executable registered with CTest.
 # Tests find the built program folder through TESSALY_PROGRAM_DIR and the source tree

@@ -10,16 +10,44 @@ namespace tessaly::app::tsly {
 namespace {
 constexpr Command kCommands[] = {
     {"run", "run a project through the engine, as the desktop's Run Project does",
-     "usage: tsly run PROJECT.xml\n"
+     "usage: tsly run PROJECT.xml [--no-graphs] [--series-timeout SECONDS]\n"
+     "                            [--jobs K [--part-size N] | --shard I/N | --shard auto [--shards N]]\n"
      "\n"
      "Runs every dataset of the project through the engine with the rules and model files\n"
      "of the program's folder, files the reports and graphs in the project's OUTPUT folder\n"
      "and saves each dataset's status in the project. Progress and messages go to standard\n"
      "error.\n"
      "\n"
-     "Exit status: 0 when the run ended, 1 when the project could not be read, 2 when the\n"
-     "engine could not be started or the usage is wrong.\n",
+     "  --no-graphs           no pictures (reports and forecasts only)\n"
+     "  --series-timeout S    an engine still working on a dataset after S seconds is ended;\n"
+     "                        that dataset fails, with the reason in the error log\n"
+     "  --jobs K              K engines at once, each in a private working folder (K parts\n"
+     "                        of the list, joined at the end): the same outputs as one at a time\n"
+     "  --part-size N         with --jobs: parts of at most N datasets (default 100), K at a time\n"
+     "  --shard I/N           only the I-th of N parts of the list, written under\n"
+     "                        OUTPUT/shards/I; join the parts with tsly merge\n"
+     "  --shard auto          I and N from a Slurm job array (SLURM_ARRAY_TASK_ID, _COUNT) or\n"
+     "                        a Kubernetes Indexed Job (JOB_COMPLETION_INDEX, with --shards N)\n"
+     "\n"
+     "Ctrl-C or a KILLQUOR.QVX put in the program's folder cancels the run's own engines.\n"
+     "See docs/scale-out.md.\n"
+     "\n"
+     "Exit status: 0 when the run ended, 1 when the project could not be read or the parts\n"
+     "could not be merged, 2 when the engine could not be started or the usage is wrong.\n",
      &RunCommand},
+    {"merge", "join the shards of a project run (tsly run --shard) into its OUTPUT folder",
+     "usage: tsly merge PROJECT.xml [--shards N]\n"
+     "\n"
+     "Joins what the shards wrote under OUTPUT/shards/: every dataset's outputs into OUTPUT,\n"
+     "CON<project>.PRO and the run-wide summaries in the project's order, each dataset's\n"
+     "status into the project file, the error logs into the program's Process Errors.Err,\n"
+     "and the link-tree site: the same as one run of the whole project. When a shard never\n"
+     "ran or did not finish it says which and merges nothing. --shards N names the count\n"
+     "(else the count the shards recorded).\n"
+     "\n"
+     "Exit status: 0 when merged, 1 when a shard is missing or unfinished, 2 when the\n"
+     "project cannot be read or the usage is wrong.\n",
+     &MergeCommand},
     {"pool", "pool like series: run each alone and stacked, and test whether one model serves all",
      "usage: tsly pool PROJECT.xml FILE.ASC FILE.ASC [FILE.ASC ...] (--model MODELFILE | --preset N)\n"
      "\n"

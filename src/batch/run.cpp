@@ -151,14 +151,18 @@ BatchRun::BatchRun(RunOptions options, ReportTree& tree)
   if (options_.program_folder.empty()) options_.program_folder = platform::ProgramFolder();
   output_path_ = options_.program_folder / "OUTPUT";
   const fs::path folder = options_.program_folder;
-  engine_call_ = [folder](quorvane::EngineArrays& arrays, EngineReturn& returned,
-                          const EngineCallContext& context) {
-    return CallEngine(arrays, returned, folder, context, platform::ProgressWaiter());
+  const fs::path engine_folder = options_.engine_folder.empty() ? folder : options_.engine_folder;
+  EngineCallHooks hooks;
+  hooks.engine_folder = engine_folder;
+  hooks.series_timeout = options_.series_timeout;
+  engine_call_ = [folder, hooks](quorvane::EngineArrays& arrays, EngineReturn& returned,
+                                 const EngineCallContext& context) {
+    return CallEngine(arrays, returned, folder, context, platform::ProgressWaiter(), hooks);
   };
-  engine_create_ = [folder](int& number, std::string& description) {
+  engine_create_ = [engine_folder](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
-    if (fCreateObject(kEngineProgID, engine, folder, {}, &error)) {
+    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
       MyEngine() = engine;
       return true;
     }
@@ -200,8 +204,13 @@ fs::path BatchRun::FirstDataset(const cBatchFile& project) const {
 }
 
 void BatchRun::PrepareOutputPath(const cBatchFile& project) {
-  fs::path out_dir = project.OutDirectory();
   std::error_code ec;
+  if (!options_.output_path.empty()) {
+    fs::create_directories(options_.output_path, ec);
+    output_path_ = options_.output_path;
+    return;
+  }
+  fs::path out_dir = project.OutDirectory();
   fs::create_directories(out_dir, ec);
   output_path_ = platform::EnsureSubfolder(out_dir, "OUTPUT");
 }
@@ -474,6 +483,8 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   // A failure of this dataset: its error page and code; the next file follows.
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
+    // An engine that gave no answer (crashed, stopped at the time limit) says why in the log.
+    if (!result.failure_reason.empty()) log.Append(name, result.failure_reason);
     dataset::WriteErrorReport(result.error_code, name, output_path_, log);
     if (listed) project.SetError(i, result.error_code);
     if (listed) project.SetCompleted(i, kTrue);

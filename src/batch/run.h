@@ -8,6 +8,7 @@
 // runner and tests fill: the rules wizard, the graphs and the intervention page, the
 // link-tree site, the engine call, and the main form's view (status label, tree, menus).
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -117,6 +118,14 @@ struct RunOptions {
   bool no_graphs = false;
   // Whether NOTREND.QVX existed when the program started: the run puts it back so.
   bool no_trend_at_start = false;
+  // Where qvxengine lies when `program_folder` is a private working folder of this run
+  // (parallel jobs, shards); empty: in `program_folder`.
+  fs::path engine_folder{};
+  // The run's outputs go here instead of OUTPUT under the project's OutDirectory (a shard's
+  // own folder); empty: OUTPUT.
+  fs::path output_path{};
+  // The longest the engine may work on one series; zero: no limit.
+  std::chrono::seconds series_timeout{0};
 };
 
 class BatchRun {

@@ -13,9 +13,15 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
     // A host the start-up installed (with its echo to the log) is kept.
     if (!platform::Dialogs().Unattended())
       platform::SetDialogHost(std::make_shared<platform::StderrDialogHost>());
-    platform::SetProgressWait(std::make_shared<UnattendedProgressWait>());
+    auto wait = std::make_shared<UnattendedProgressWait>();
+    wait->SetPrefix(options.progress_prefix);
+    if (!options.working_folder.empty()) wait->SetCancelFolder(options.program_folder);
+    platform::SetProgressWait(wait);
   }
-  fs::path program = options.program_folder.empty() ? platform::ProgramFolder() : options.program_folder;
+  const fs::path engine_folder =
+      options.program_folder.empty() ? platform::ProgramFolder() : options.program_folder;
+  // Everything the run keeps in "the program's folder" goes to the private folder when given.
+  const fs::path program = options.working_folder.empty() ? engine_folder : options.working_folder;
   std::error_code ec;
   fs::path path = fs::absolute(project_path, ec);
   auto project = std::make_unique<cBatchFile>(program);
@@ -25,14 +31,18 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   // is its presence at start.
   bool no_trend_at_start = options.no_trend_at_start || platform::ExistsNoCase(program, "NOTREND.QVX");
   ReportTree tree;
-  BatchRun run(RunOptions{program, options.no_graphs, no_trend_at_start}, tree);
+  RunOptions run_options{program, options.no_graphs, no_trend_at_start};
+  run_options.engine_folder = engine_folder;
+  run_options.output_path = options.output_path;
+  run_options.series_timeout = options.series_timeout;
+  BatchRun run(run_options, tree);
   if (options.reports) run.SetReports(options.reports);
   if (options.rules) run.SetRulesWizard(options.rules);
   bool engine_started = true;
   run.SetEngineCreate([&](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
-    if (fCreateObject(kEngineProgID, engine, program, {}, &error)) {
+    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
       MyEngine() = engine;
       return true;
     }
@@ -42,6 +52,11 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
     return false;
   });
   RunState().UnivariateRun = RunState().CausalRun = false;
+  if (!options.run_kind_from.empty()) {
+    cBatchFile whole(program);
+    if (!whole.Load(options.run_kind_from)) return 1;
+    run.PrepareRunKind(whole);
+  }
   bool ran = run.mnuBatchRun(project, path);
   if (!engine_started) return 2;
   // Results that could not be written or a project that could not be saved fail the run.

@@ -22,6 +22,18 @@ struct UnattendedRunOptions {
   // Installs the unattended progress wait, and the standard-error dialog host unless an
   // unattended host is already there (tests that script their own leave this off).
   bool install_unattended_hosts = true;
+  // A private working folder of this run (shards, parallel jobs): the engine works there and
+  // its qvxengine is taken from `program_folder`; empty: the program's folder itself.
+  fs::path working_folder;
+  // Where the outputs go instead of the project's OUTPUT (a shard's own folder).
+  fs::path output_path;
+  // The longest the engine may work on one series; zero: no limit.
+  std::chrono::seconds series_timeout{0};
+  // The project whose first file sets the run's kind and seasonality, when not the run's own:
+  // a shard is checked against the whole project's first file, as a run of it all would be.
+  fs::path run_kind_from;
+  // Put before each progress line ("Shard 2/4: ").
+  std::string progress_prefix;
 };
 
 // Exit status: 0 when the run ended (whatever became of each dataset), 1 when the project

@@ -82,6 +82,12 @@ std::vector<std::string> WriteDatasetReports(const std::filesystem::path& folder
 // brings SUMMAPE.TXT up to date: one line per dataset and the sum over all of them.
 void AppendRunWideReports(const std::filesystem::path& folder, const ReportInput& in);
 
+// SUMMAPE.TXT, the run's summary of out-of-sample accuracy: its dataset lines, in order (none
+// when the file is missing), and the whole file written anew from dataset lines with the total
+// over them. Joining the summaries of parts of a run gives the summary of the whole run.
+std::vector<std::string> SummaryMapeDatasetLines(const std::filesystem::path& file);
+bool WriteSummaryMape(const std::filesystem::path& file, const std::vector<std::string>& rows);
+
 // Observations at the end of the series where an intervention counts as an early signal.
 constexpr int kEarlySignalWindow = 3;
 

@@ -106,6 +106,7 @@ void AppendRows(const std::filesystem::path& folder, const char* name, const cha
 // rewrites: the mean of the out-of-sample MAPEs and the MAPE over all retained periods.
 constexpr const char* kSumMapeTitle = "Out-of-sample accuracy over the retained values";
 constexpr const char* kSumMapeTotal = "ALL SERIES";
+const std::vector<int> kSumMapeWidths = {24, 10, 18, 18};
 
 // The periods and the out-of-sample MAPE of a dataset line of SUMMAPE.TXT: its last three
 // fields are numbers.
@@ -126,27 +127,38 @@ std::optional<std::pair<int, double>> SumMapeFigures(const std::string& line) {
 
 void UpdateSummaryMape(const std::filesystem::path& folder, const std::string& series,
                        double in_sample_mape, const RetainedAccuracy& a) {
-  namespace tp = tessaly::platform;
-  const std::vector<int> widths = {24, 10, 18, 18};
-  auto path = tp::ResolveNoCase(folder, "SUMMAPE.TXT");
-  std::vector<std::string> rows;
-  if (std::filesystem::exists(path)) {
-    if (auto old = tp::ReadAllLines(path)) {
-      for (const auto& line : *old) {
-        // Dataset lines: a name, then three numbers; the title, heads, rules and the
-        // total line are written again below.
-        if (line.rfind(kSumMapeTotal, 0) == 0 || !SumMapeFigures(line)) continue;
-        rows.push_back(line);
-      }
-    }
-  }
+  auto path = tessaly::platform::ResolveNoCase(folder, "SUMMAPE.TXT");
+  std::vector<std::string> rows = SummaryMapeDatasetLines(path);
   rows.push_back(Row({series, std::to_string(a.mape_count), FormatNumber(in_sample_mape, 4),
                       FormatNumber(a.mape, 4)},
-                     widths));
+                     kSumMapeWidths));
+  WriteSummaryMape(path, rows);
+}
+
+}  // namespace
+
+std::vector<std::string> SummaryMapeDatasetLines(const std::filesystem::path& file) {
+  std::vector<std::string> rows;
+  if (!std::filesystem::exists(file)) return rows;
+  if (auto old = tessaly::platform::ReadAllLines(file)) {
+    for (const auto& line : *old) {
+      // Dataset lines: a name, then three numbers; the title, heads, rules and the total
+      // line are written again.
+      if (line.rfind(kSumMapeTotal, 0) == 0 || !SumMapeFigures(line)) continue;
+      rows.push_back(line);
+    }
+  }
+  return rows;
+}
+
+bool WriteSummaryMape(const std::filesystem::path& file, const std::vector<std::string>& rows) {
+  const std::vector<int>& widths = kSumMapeWidths;
   double sum_mape = 0.0, weighted = 0.0;
   int datasets = 0, periods = 0;
   for (const auto& line : rows) {
-    const auto [n, mape] = *SumMapeFigures(line);
+    const auto figures = SumMapeFigures(line);
+    if (!figures) continue;
+    const auto [n, mape] = *figures;
     ++datasets;
     sum_mape += mape;
     periods += n;
@@ -162,10 +174,8 @@ void UpdateSummaryMape(const std::filesystem::path& folder, const std::string& s
                       widths));
   lines.push_back("Mean of the " + std::to_string(datasets) + " series' out-of-sample MAPEs: " +
                   FormatNumber(datasets > 0 ? sum_mape / datasets : 0.0, 4) + " %.");
-  tp::WriteAllLines(path, lines);
+  return tessaly::platform::WriteAllLines(file, lines);
 }
-
-}  // namespace
 
 std::vector<std::string> EquationText(const ReportInput& in) {
   const ModelResult& r = Result(in);

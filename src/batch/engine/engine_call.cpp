@@ -47,14 +47,20 @@ void RestoreControlFiles(const fs::path& folder) {
 EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& returned,
                             const fs::path& program_folder, const EngineCallContext& context,
                             platform::ProgressWait& wait, const EngineCallHooks& hooks) {
-  std::function<void()> kill_engines =
-      hooks.kill_engines ? hooks.kill_engines : [] { platform::KillEngineProcesses(); };
+  const bool private_folder = !hooks.engine_folder.empty() && hooks.engine_folder != program_folder;
+  std::function<void()> kill_engines = hooks.kill_engines;
+  if (!kill_engines) {
+    kill_engines = [private_folder, program_folder] {
+      KillRunEngines(private_folder ? std::optional<fs::path>(program_folder) : std::nullopt);
+    };
+  }
 
   KeepControlFiles(program_folder);
 
   // A fresh engine object for each call, in MyEngine so a cancel can reach it, and held
   // here too so it outlives a cancel's reset of MyEngine.
-  MyEngine() = std::make_shared<EngineClient>(program_folder);
+  MyEngine() = std::make_shared<EngineClient>(hooks.engine_folder.empty() ? program_folder
+                                                                           : hooks.engine_folder);
   std::shared_ptr<EngineClient> engine = MyEngine();
   engine->SetEngineReadyHandler([] { EngineFinished() = true; });
   if (hooks.observer) engine->SetOperationObserver(hooks.observer);
@@ -85,6 +91,7 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   if (hooks.ensure_ftable_links) hooks.ensure_ftable_links();
   engine->Start();
   EngineWait work(*engine, engine->WorkingFolder(), context, kill_engines, hooks.cancel_grace);
+  work.SetTimeLimit(hooks.series_timeout);
   wait.Wait(work);
 
   // Pending events once, then the control files as they were before the call.

@@ -33,8 +33,15 @@ struct EngineReturn {
 struct EngineCallHooks {
   // Makes sure that the two F-table link files exist (the shell's part).
   std::function<void()> ensure_ftable_links;
-  // Stops every engine process on a cancel; empty: all of the current user's engines.
+  // Stops every engine process on a cancel; empty: the engines this program started (see
+  // KillRunEngines), narrowed to the working folder when it is a private one.
   std::function<void()> kill_engines;
+  // Where the qvxengine executable lies; empty: in the working folder given to the call.
+  // A private working folder (parallel jobs, shards) names the program's folder here.
+  fs::path engine_folder;
+  // The longest the engine may work on one series; zero: no limit. Past it the engine is
+  // ended and the dataset fails.
+  std::chrono::seconds series_timeout{0};
   // How long a cancelled engine may take to stop by itself before it is killed.
   std::chrono::milliseconds cancel_grace = kCancelGrace;
   // For traces and tests: each engine operation's name as it is performed.

@@ -1,5 +1,6 @@
 #include "batch/engine/engine_client.h"
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,7 +34,40 @@ std::string LastLine(const fs::path& path) {
   return last.size() > kMost ? last.substr(0, kMost) : last;
 }
 
+std::vector<pid_t>& Record() {
+  static std::vector<pid_t> pids;
+  return pids;
+}
+
+// Whether this program has started an engine at all: until it has, an engine still running
+// can only be one left by a program that crashed.
+bool& EverRecorded() {
+  static bool ever = false;
+  return ever;
+}
+
+void Unrecord(pid_t pid) {
+  auto& pids = Record();
+  pids.erase(std::remove(pids.begin(), pids.end(), pid), pids.end());
+}
+
 }  // namespace
+
+std::vector<pid_t> RecordedEngines() { return Record(); }
+
+int KillRecordedEngines() {
+  int killed = 0;
+  for (pid_t pid : Record()) {
+    if (::kill(pid, SIGKILL) == 0) ++killed;
+  }
+  // Each client reaps its own process; the record empties as they notice the end.
+  return killed;
+}
+
+void KillRunEngines(const std::optional<fs::path>& only_in_folder) {
+  if (KillRecordedEngines() == 0 && (!EverRecorded() || only_in_folder))
+    platform::KillEngineProcesses(only_in_folder);
+}
 
 bool& EngineFinished() {
   static bool flag = false;
@@ -53,7 +87,9 @@ std::shared_ptr<EngineClient>& MyEngine() {
 EngineClient::EngineClient(fs::path program_folder) : program_folder_(std::move(program_folder)) {}
 
 EngineClient::~EngineClient() {
+  pid_t pid = process_.Pid();
   process_.Kill();
+  Unrecord(pid);
   DropStderrFile();
 }
 
@@ -136,6 +172,7 @@ void EngineClient::Start() {
   started_ = true;
   ended_ = false;
   ready_raised_ = false;
+  time_limit_hit_ = 0;
   failure_reason_.clear();
   arrays_.error_code = 0;
 
@@ -166,12 +203,25 @@ void EngineClient::Start() {
     failure_reason_ = "The engine could not be started: " + error;
     arrays_.error_code = kEngineFailedCode;
     ended_ = true;
+    return;
   }
+  Record().push_back(process_.Pid());
+  EverRecorded() = true;
 }
 
 bool EngineClient::Running() const { return started_ && !ended_; }
 
-void EngineClient::Kill() { process_.Kill(); }
+void EngineClient::Kill() {
+  pid_t pid = process_.Pid();
+  process_.Kill();
+  Unrecord(pid);
+}
+
+void EngineClient::KillForTimeLimit(int seconds) {
+  if (!Running()) return;
+  time_limit_hit_ = seconds;
+  Kill();
+}
 
 void EngineClient::FinishWork() {
   const fs::path folder = WorkingFolder();
@@ -191,7 +241,10 @@ void EngineClient::FinishWork() {
   } else {
     // The request stays behind: it lets the failed call be run again for diagnosis.
     const auto& s = process_.Status();
-    if (s.signaled) {
+    if (time_limit_hit_ > 0) {
+      failure_reason_ = "The engine was stopped after the series time limit of " +
+                        std::to_string(time_limit_hit_) + " seconds.";
+    } else if (s.signaled) {
       failure_reason_ = "The engine was stopped by signal " + std::to_string(s.signal) + " (" +
                         strsignal(s.signal) + ") before it answered.";
     } else {
@@ -217,6 +270,7 @@ bool EngineClient::Poll() {
   if (!started_) return false;
   if (!ended_) {
     if (!process_.Poll()) return false;
+    Unrecord(process_.Pid());
     FinishWork();
   }
   if (!ready_raised_) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -107,6 +108,9 @@ class EngineClient {
   bool Running() const;
   // Stops this client's own engine process at once (the work then ends as a failure).
   void Kill();
+  // Stops the engine because it has worked on the series past `seconds`; the failure reason
+  // then says so.
+  void KillForTimeLimit(int seconds);
   // How the engine process ended (valid once Poll returned true).
   const platform::ExitStatus& ProcessStatus() const { return process_.Status(); }
   // Why the work failed without an answer from the engine ("" when it answered).
@@ -128,11 +132,23 @@ class EngineClient {
   bool started_ = false;
   bool ended_ = false;
   bool ready_raised_ = false;
+  int time_limit_hit_ = 0;  // the limit in seconds when the engine was stopped for it
   std::string failure_reason_;
   fs::path stderr_file_;
   std::function<void()> ready_handler_;
   std::function<void(std::string_view)> observer_;
 };
+
+// The record of the engine processes this program has started and that have not yet ended:
+// a cancel ends these and no one else's. Empty when none runs.
+std::vector<pid_t> RecordedEngines();
+// Kills every engine in the record and waits for each; returns how many were killed.
+int KillRecordedEngines();
+// The cancel's kill: the engines in the record. With `only_in_folder` (a private working
+// folder) also any engine still working there. Without, and only while this program has
+// never started an engine (so one still running was left by a program that crashed), every
+// engine of the user's by name.
+void KillRunEngines(const std::optional<fs::path>& only_in_folder = std::nullopt);
 
 // The engine variable of the main form: the object of the series in hand, or none.
 std::shared_ptr<EngineClient>& MyEngine();

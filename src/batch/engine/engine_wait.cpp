@@ -21,6 +21,12 @@ EngineWait::EngineWait(EngineClient& client, fs::path work_folder, EngineCallCon
 
 void EngineWait::Poll() {
   if (client_.Poll()) return;
+  if (limit_.count() > 0 && !timed_out_ && !cancel_requested_ && Clock::now() - start_ >= limit_) {
+    timed_out_ = true;
+    client_.KillForTimeLimit(static_cast<int>(limit_.count()));
+    client_.Poll();
+    return;
+  }
   if (cancel_requested_ && !killed_ && Clock::now() - cancel_time_ >= grace_) {
     killed_ = true;
     if (kill_engines_) kill_engines_();

@@ -36,6 +36,8 @@ class EngineWait : public platform::WaitedWork {
   EngineWait(EngineClient& client, fs::path work_folder, EngineCallContext context,
              std::function<void()> kill_engines,
              std::chrono::milliseconds grace = kCancelGrace);
+  // Ends the engine once it has worked on the series longer than `limit` (zero: no limit).
+  void SetTimeLimit(std::chrono::seconds limit) { limit_ = limit; }
 
   void Poll() override;
   bool Finished() const override;
@@ -47,6 +49,7 @@ class EngineWait : public platform::WaitedWork {
   std::string SeriesName() const override { return context_.series_name; }
 
   bool KilledAfterGrace() const { return killed_; }
+  bool StoppedAtTimeLimit() const { return timed_out_; }
 
  private:
   EngineClient& client_;
@@ -56,6 +59,9 @@ class EngineWait : public platform::WaitedWork {
   std::chrono::milliseconds grace_;
   bool cancel_requested_ = false;
   bool killed_ = false;
+  bool timed_out_ = false;
+  std::chrono::seconds limit_{0};
+  Clock::time_point start_ = Clock::now();
   Clock::time_point cancel_time_{};
 };
 

@@ -1,11 +1,14 @@
 #include "batch/engine/unattended_wait.h"
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <iostream>
 #include <thread>
 
+#include "batch/engine/engine_wait.h"
 #include "batch/engine/progress_logic.h"
+#include "platform/paths.h"
 
 namespace tessaly::batch {
 
@@ -18,7 +21,21 @@ std::string Trimmed(const std::string& text) {
   return text.substr(first, last - first + 1);
 }
 
+volatile sig_atomic_t g_interrupted = 0;
+
+void OnInterrupt(int) { g_interrupted = 1; }
+
 }  // namespace
+
+void UnattendedProgressWait::CatchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = OnInterrupt;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+bool UnattendedProgressWait::Interrupted() { return g_interrupted != 0; }
 
 UnattendedProgressWait::UnattendedProgressWait()
     : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1) {}
@@ -50,13 +67,23 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
   auto elapsed = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
   std::string last_shown;
   auto last_check = start - std::chrono::seconds(1);
+  auto last_file_check = start;
   for (;;) {
+    // An interrupt is looked at before the engine: the terminal's Ctrl-C reaches the engine
+    // too, and its death then is the cancel's, not a failure of the dataset.
+    if (!work.CancelRequested() && Interrupted()) work.Cancel();
     work.Poll();
     if (work.Finished()) break;
+    if (!work.CancelRequested()) {
+      if (!cancel_folder_.empty() && Clock::now() - last_file_check >= std::chrono::milliseconds(200)) {
+        last_file_check = Clock::now();
+        if (platform::ExistsNoCase(cancel_folder_, kKillFile)) work.Cancel();
+      }
+    }
     // The stage files are looked at a few times a second, not at every poll.
     if (in_place_ && Clock::now() - last_check >= std::chrono::milliseconds(200)) {
       last_check = Clock::now();
-      std::string line = ProgressLine(work, work.StageText(), elapsed());
+      std::string line = prefix_ + ProgressLine(work, work.StageText(), elapsed());
       if (line != last_shown) {
         out_ << '\r' << line << "\x1b[K" << std::flush;
         last_shown = line;
@@ -65,7 +92,7 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
     std::this_thread::sleep_for(poll_);
   }
   std::string end = work.CancelRequested() ? "Canceled" : "Finished";
-  std::string line = ProgressLine(work, end, elapsed());
+  std::string line = prefix_ + ProgressLine(work, end, elapsed());
   if (in_place_) {
     out_ << '\r' << line << "\x1b[K" << '\n' << std::flush;
   } else {

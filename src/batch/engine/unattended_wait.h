@@ -3,6 +3,7 @@
 // error: series k of n, its name, the engine's stage and the elapsed time. On a terminal the
 // line is rewritten in place; otherwise one line is written per series, when it ends.
 #include <chrono>
+#include <filesystem>
 #include <iosfwd>
 #include <string>
 
@@ -19,6 +20,17 @@ class UnattendedProgressWait : public platform::ProgressWait {
 
   void Wait(platform::WaitedWork& work) override;
 
+  // Text put before every progress line ("Shard 2/4: "), so that the lines of several runs
+  // that share one standard error can be told apart.
+  void SetPrefix(std::string prefix) { prefix_ = std::move(prefix); }
+  // A KILLQUOR.QVX that appears in `folder` cancels the run too: a run whose engines work in
+  // private folders watches the program's folder, where the user puts the file.
+  void SetCancelFolder(std::filesystem::path folder) { cancel_folder_ = std::move(folder); }
+  // From now on Ctrl-C (SIGINT) and SIGTERM cancel the engine call under way, as the cancel
+  // button does, instead of ending the program with its engine left running.
+  static void CatchInterrupts();
+  static bool Interrupted();
+
   // The progress line: "Series 2 of 5: SALES - Model Estimation - 00:00:12".
   static std::string ProgressLine(const platform::WaitedWork& work, const std::string& stage,
                                   double elapsed_seconds);
@@ -27,6 +39,8 @@ class UnattendedProgressWait : public platform::ProgressWait {
   std::ostream& out_;
   bool in_place_;
   std::chrono::milliseconds poll_;
+  std::string prefix_;
+  std::filesystem::path cancel_folder_;
 };
 
 }  // namespace tessaly::batch
