@@ -21,6 +21,7 @@
 #include "batch/run_outputs.h"
 #include "batch/unattended_run.h"
 #include "dataset/process_errors.h"
+#include "platform/process.h"
 #include "engine/reports.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
@@ -407,6 +408,8 @@ int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::
   const int size = std::max(1, part_size);
   const int shards = std::max(jobs, (files + size - 1) / size);
 
+  // The jobs work under this process's lock on the working folder.
+  ::setenv(platform::kJobsParentVariable, std::to_string(::getpid()).c_str(), 1);
   int worst = 0, running = 0, next = 1;
   auto canceled = [&] {
     return UnattendedProgressWait::Interrupted() || platform::ExistsNoCase(merge.program_folder, kKillFile);

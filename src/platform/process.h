@@ -12,6 +12,10 @@
 
 namespace tessaly::platform {
 
+// Set by `tsly run --jobs` for the runs it starts: the process id of the parent that holds the
+// working folder's lock, so that its own jobs do not wait for it.
+inline constexpr const char* kJobsParentVariable = "TESSALY_JOBS_PARENT";
+
 namespace fs = std::filesystem;
 
 // How a process ended.

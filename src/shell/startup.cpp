@@ -14,6 +14,7 @@
 #include "genseries/bp_schema.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 #include "shell/app_info.h"
 #include "shell/error_context.h"
 #include "shell/errors.h"
@@ -108,6 +109,10 @@ std::string LockHeldText(const fs::path& folder, long holder) {
 }
 
 bool LockWorkingFolder(const fs::path& folder) {
+  // A job that `tsly run --jobs` started works under the lock its parent holds for it.
+  if (const char* parent = std::getenv(platform::kJobsParentVariable);
+      parent && std::strtol(parent, nullptr, 10) == static_cast<long>(::getppid()))
+    return true;
   long holder = 0;
   if (TryLockWorkingFolder(folder, &holder) != FolderLock::HeldByAnother) return true;
   if (platform::Dialogs().Unattended()) {
