@@ -14,11 +14,12 @@ constexpr Command kCommands[] = {
      "\n"
      "Runs every dataset of the project through the engine with the rules and model files\n"
      "of the program's folder, files the reports and graphs in the project's OUTPUT folder\n"
-     "and saves each dataset's status in the project. Progress and messages go to standard\n"
-     "error.\n"
+     "and saves each dataset's status in the project. One line per dataset (forecast,\n"
+     "rejected with its reason, failed), the tally and the overview page go to standard\n"
+     "output; progress and messages to standard error.\n"
      "\n"
-     "Exit status: 0 when the run ended, 1 when the project could not be read, 2 when the\n"
-     "engine could not be started or the usage is wrong.\n",
+     "Exit status: 0 every dataset forecast, 1 some rejected, failed or not reached, 2 none\n"
+     "forecast (an unreadable project, no engine, every dataset rejected) or bad usage.\n",
      &RunCommand},
     {"pool", "pool like series: run each alone and stacked, and test whether one model serves all",
      "usage: tsly pool PROJECT.xml FILE.ASC FILE.ASC [FILE.ASC ...] (--model MODELFILE | --preset N)\n"

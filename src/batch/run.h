@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "batch/batch_file.h"
 #include "batch/engine/engine_call.h"
@@ -46,6 +47,18 @@ struct SeriesResult {
   std::string asc_name;
   std::string stem;
   std::string current_series_name;
+};
+
+// What became of one file of the project's list, told as soon as it is known.
+enum class FileResult { Forecast, Rejected, Failed, Canceled };
+struct FileReport {
+  int number = 0, count = 0;  // its place in the list, from 1
+  std::string name;           // the ASC file as the project names it
+  FileResult result = FileResult::Forecast;
+  // Why it was rejected or failed, as logged or as the error catalogue tells the engine's
+  // code; may hold several lines.
+  std::string reason;
+  long error_code = 0;  // the engine's code of a failure
 };
 
 // The Model and Rules Wizard as the run asks it once the first file has set the run's kind,
@@ -83,6 +96,8 @@ class RunReports {
   virtual std::array<bool, 9> DrawGraphs(const SeriesResult& series) { return {}; }
   // Writes the page of interventions to `target` when the engine found any.
   virtual void WriteInterventPage(const SeriesResult& series, const fs::path& target) {}
+  // What became of every file of the run, just before the site is written.
+  virtual void FilesDone(const std::vector<FileReport>& reports) {}
   // The link-tree site, at the end of a run.
   virtual void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {}
 };
@@ -91,6 +106,7 @@ class RunReports {
 class RunView {
  public:
   virtual ~RunView() = default;
+  virtual void FileDone(const FileReport& report) {}
   virtual void SetStatus(const std::string& text) {}
   virtual void ShowReportTree(bool visible) {}
   // Disables (false) or enables (true) the File, Batch, Preferences, generated-series,
@@ -140,6 +156,8 @@ class BatchRun {
   void RunEngine(cBatchFile& project, const fs::path& xml_file);
 
   const std::string& lblStatus() const { return status_; }
+  // What became of each file of the last RunEngine, in list order.
+  const std::vector<FileReport>& FileReports() const { return file_reports_; }
   const fs::path& OutputPath() const { return output_path_; }
   fs::path ProcessErrorsFile() const;
   // The run's shape and kind (univariate or causal) from the first file's header, which Run
@@ -187,7 +205,11 @@ class BatchRun {
   EngineCreateFunction engine_create_;
   std::function<void()> open_project_;
 
+  FileReport DescribeFile(const cBatchFile& project, int index, bool canceled, int16_t errors_before,
+                          uintmax_t log_before, const std::string& fault) const;
+
   std::string status_;
+  std::vector<FileReport> file_reports_;
   fs::path output_path_;
   RowFlags flags_;
   // Sized once for a run at the contract's full bounds, reused for every file.

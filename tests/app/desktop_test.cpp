@@ -196,7 +196,7 @@ TEST_F(Desktop, CancelInTheProgressWindowEndsTheRunAndGivesTheMenusBack) {
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
   // The project stays open; ELNINO, after the cancel, was not run.
   EXPECT_EQ(d.form->windowTitle(), "Tessaly - sample.xml");
-  EXPECT_FALSE(fs::exists(d.data / "OUTPUT" / "ELNINOactfore.jpg"));
+  EXPECT_FALSE(fs::exists(d.data / "sample" / "OUTPUT" / "ELNINOactfore.jpg"));
 }
 
 TEST_F(Desktop, CancelInTheWizardRunsNothing) {
@@ -214,7 +214,7 @@ TEST_F(Desktop, CancelInTheWizardRunsNothing) {
   EXPECT_FALSE(progress_seen);
   EXPECT_NE(d.Messages().find("Cancellation Notice: Are you sure that you want to cancel?"), std::string::npos);
   EXPECT_FALSE(fs::exists(d.program / "STARTMOD.123"));
-  EXPECT_FALSE(fs::exists(d.data / "OUTPUT" / "AIRLINEactfore.jpg"));
+  EXPECT_FALSE(fs::exists(d.data / "sample" / "OUTPUT" / "AIRLINEactfore.jpg"));
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
 }
 
@@ -244,8 +244,8 @@ TEST_F(Desktop, ACancelledNewProjectKeepsTheOpenOne) {
 TEST_F(Desktop, PreviousReportsShowsTheTreeWithoutARunAndTheWindowKeepsItsPlace) {
   // A project whose OUTPUT holds one series' files from an earlier run.
   fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
-  fs::create_directory(d.data / "OUTPUT");
-  WriteFile(d.data / "OUTPUT" / "AIRLINEEQUATION.TXT", "Y(T) = 12.5 + A(T)\r\n");
+  fs::create_directories(d.data / "sample" / "OUTPUT");
+  WriteFile(d.data / "sample" / "OUTPUT" / "AIRLINEEQUATION.TXT", "Y(T) = 12.5 + A(T)\r\n");
   ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml"));
   d.session->mnuBatchPrevReports->trigger();
   app::ReportPane* pane = d.session->Pane();

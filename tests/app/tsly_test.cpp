@@ -45,9 +45,9 @@ TEST_F(TslyTest, RunForecastsTheSampleProjectNamedRelativeToTheCallersFolder) {
   fs::copy(program / "examples", work.path(), fs::copy_options::recursive);
   std::string out;
   EXPECT_EQ(Tsly("run quarterly.xml", &out), 0) << out;
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALGDP.PRO")) << out;
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALCONS.PRO")) << out;
-  EXPECT_NE(Tsly("run missing.xml", &out), 0);
+  EXPECT_TRUE(fs::exists(work / "quarterly/OUTPUT/REALGDP.PRO")) << out;
+  EXPECT_TRUE(fs::exists(work / "quarterly/OUTPUT/REALCONS.PRO")) << out;
+  EXPECT_EQ(Tsly("run missing.xml", &out), 2);
 }
 
 }  // namespace
