@@ -126,7 +126,7 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   // A graph: the picture, as a picture.
   tree->setCurrentItem(pane->ItemByKey("AIRLINE.ASCG4"));
   emit tree->itemClicked(pane->ItemByKey("AIRLINE.ASCG4"), 0);
-  fs::path output = out / "OUTPUT";
+  fs::path output = out / "monthly" / "OUTPUT";  // a folder of its own, named after the project
   EXPECT_EQ(pane->CurrentFile(), output / "AIRLINEactfitfore.jpg");
   EXPECT_NE(pane->brsReport->toHtml().indexOf("<img"), -1);
   EXPECT_TRUE(pane->actOpenInBrowser->isEnabled());
