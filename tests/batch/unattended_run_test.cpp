@@ -204,6 +204,14 @@ TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
       EXPECT_TRUE(fs::exists(out / (s + suffix))) << s << suffix;
     EXPECT_FALSE(fs::exists(out / (s + "err.html"))) << s;
   }
+  // The overview tells the rejected datasets as such, with their reasons, and its counts add up.
+  const std::string overview = ReadFile(out / "display.html");
+  EXPECT_NE(overview.find(">2 finished</span> &middot; <span class=\"failed\">0 failed</span> &middot; "
+                          "<span class=\"failed\">2 rejected</span> &middot; <span>0 not run</span>"),
+            std::string::npos)
+      << overview;
+  EXPECT_NE(overview.find("Rejected<div class=\"why\">You cannot process datasets with different seasonalities"),
+            std::string::npos);
   EXPECT_TRUE(fs::exists(out / "report.xml"));
   EXPECT_TRUE(fs::exists(out / "sample.html"));
   // The combined forecasts hold both series' files, one after the other.
