@@ -331,6 +331,13 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
     }
     file_reports_.push_back(
         DescribeFile(project, i, outcome == FileOutcome::Canceled, errors_before, log_before, fault));
+    // A dataset that got no reports keeps its place in the tree, its outcome in the name;
+    // its node opens the reason.
+    if (const FileReport& r = file_reports_.back(); r.result == FileResult::Rejected || r.result == FileResult::Failed) {
+      tree_.Remove(SeriesKey(r.name));
+      tree_.Add({SeriesKey(r.name), r.name + (r.result == FileResult::Rejected ? " (rejected)" : " (failed)"), "",
+                 NodeKind::Series, "", r.name});
+    }
     view_->FileDone(file_reports_.back());
     if (outcome == FileOutcome::Canceled) {
       canceled = true;

@@ -175,6 +175,26 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   EXPECT_NE(pane->ItemByKey("ELNINO.ASCG9"), nullptr);
 }
 
+TEST_F(Desktop, RejectedDatasetsStayInTheTreeAndTheirNodeShowsTheReason) {
+  fs::copy(d.program / "examples", d.data.path(), fs::copy_options::recursive | fs::copy_options::skip_existing);
+  ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml")) << d.Messages();
+  ModalRobot robot(nullptr, [&](QWidget* modal) { return AutomaticWizard(modal); });
+  d.session->mnuBatchRun->trigger();
+  robot.Stop();
+  app::ReportPane* pane = d.session->Pane();
+  QTreeWidget* tree = pane->trvMenu;
+  ASSERT_GE(tree->topLevelItemCount(), 4);
+  std::vector<std::string> names;
+  for (int i = 0; i < 4; ++i) names.push_back(tree->topLevelItem(i)->text(0).toStdString());
+  EXPECT_EQ(names, (std::vector<std::string>{"AIRLINE.ASC", "ELNINO.ASC", "BROKEN.ASC (rejected)",
+                                             "NILE.ASC (rejected)"}));
+  EXPECT_EQ(tree->topLevelItem(2)->childCount(), 0);
+  emit tree->itemClicked(tree->topLevelItem(3), 0);
+  EXPECT_EQ(pane->CurrentFile(), d.data / "sample" / "OUTPUT" / "display.html");
+  EXPECT_NE(pane->brsReport->toPlainText().indexOf("Since the initial series seasonality is 12 and NILE.ASC"), -1)
+      << pane->brsReport->toPlainText().toStdString();
+}
+
 TEST_F(Desktop, CancelInTheProgressWindowEndsTheRunAndGivesTheMenusBack) {
   fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
   ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml")) << d.Messages();
