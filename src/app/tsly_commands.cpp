@@ -101,6 +101,18 @@ constexpr Command kCommands[] = {
      "Exit status: 0 when every file was adjusted, 1 when any was partly adjusted or refused,\n"
      "2 when the variables file cannot be read or the usage is wrong.\n",
      &AddSeriesCommand},
+    {"export", "all forecasts of a run project in one wide CSV and one workbook",
+     "usage: tsly export PROJECT.xml [--out DIR]\n"
+     "\n"
+     "Puts the forecasts the last run left in the project's OUTPUT folder (one <name>.PRO\n"
+     "per dataset) side by side: one row per period, and for each dataset its forecast and\n"
+     "the lower and upper limits. Written as <project>FORECASTS.csv and\n"
+     "<project>FORECASTS.xlsx into OUTPUT, or into DIR with --out. Datasets with no\n"
+     "forecasts (not run, rejected, failed) are named on standard output.\n"
+     "\n"
+     "Exit status: 0 every dataset exported, 1 some had no forecasts, 2 none had any, the\n"
+     "project cannot be read or the usage is wrong.\n",
+     &ExportCommand},
 };
 }  // namespace
 
