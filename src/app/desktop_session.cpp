@@ -1,5 +1,8 @@
 #include "app/desktop_session.h"
 
+#include "platform/dialogs.h"
+#include "spreadsheet/forecast_export.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
@@ -158,6 +161,10 @@ void DesktopSession::BuildMenus() {
   mnuFileRunExcel->setObjectName("mnuFileRunExcel");
   file->insertAction(first, mnu_file_import);
   file->insertAction(first, mnuFileRunExcel);
+  auto* mnuFileExportForecasts = new QAction("Export &Forecasts...", file);
+  mnuFileExportForecasts->setObjectName("mnuFileExportForecasts");
+  file->insertAction(first, mnuFileExportForecasts);
+  connect(mnuFileExportForecasts, &QAction::triggered, this, &DesktopSession::mnuFileExportForecasts_Click);
   file->insertSeparator(first);
   connect(mnu_file_import, &QAction::triggered, this, [this] { spreadsheet::ShowImportWizard(&form_); });
   connect(mnuFileRunExcel, &QAction::triggered, this, [this] {
@@ -401,6 +408,30 @@ void DesktopSession::mnu_Agg_Click() {
   if (ran) session_.OutputPath = platform::EnsureSubfolder(session_.ctrlBatch->InDirectory(), "OUTPUT");
   SyncTree();
   ShowReportTree(!session_.trvMenu.Empty());
+}
+
+void DesktopSession::mnuFileExportForecasts_Click() {
+  if (running_) return;
+  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) return;
+  const batch::cBatchFile& project = *session_.ctrlBatch;
+  spreadsheet::ForecastExport result;
+  std::string error;
+  const fs::path output = platform::ResolveNoCase(project.OutDirectory(), "OUTPUT");
+  std::string text;
+  if (spreadsheet::ExportForecasts(project, output, {}, result, error)) {
+    text = std::to_string(result.exported.size()) + " series of " + std::to_string(project.Count()) +
+           " exported to\r\n" + result.csv.string() + "\r\n" + result.xlsx.string();
+  } else {
+    text = error;
+  }
+  if (!result.missing.empty() && !result.exported.empty()) {
+    text += "\r\n\r\nNo forecasts (not run, rejected or failed):";
+    for (const std::string& name : result.missing) text += "\r\n" + name;
+  }
+  platform::Dialogs().Message(text, platform::mb::OKOnly + (error.empty() ? platform::mb::Information
+                                                                          : platform::mb::Exclamation),
+                              "Export Forecasts");
 }
 
 void DesktopSession::trvMenu_NodeClick(const std::string& key) {

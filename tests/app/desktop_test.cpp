@@ -193,6 +193,18 @@ TEST_F(Desktop, RejectedDatasetsStayInTheTreeAndTheirNodeShowsTheReason) {
   EXPECT_EQ(pane->CurrentFile(), d.data / "sample" / "OUTPUT" / "display.html");
   EXPECT_NE(pane->brsReport->toPlainText().indexOf("Since the initial series seasonality is 12 and NILE.ASC"), -1)
       << pane->brsReport->toPlainText().toStdString();
+
+  // File > Export Forecasts: the two forecast series in one table, the other two named.
+  auto* exporter = d.form->findChild<QAction*>("mnuFileExportForecasts");
+  ASSERT_NE(exporter, nullptr);
+  exporter->trigger();
+  const fs::path out = d.data / "sample" / "OUTPUT";
+  EXPECT_NE(d.Messages().find("2 series of 4 exported to\r\n" + (out / "sampleFORECASTS.csv").string() + "\r\n" +
+                              (out / "sampleFORECASTS.xlsx").string() +
+                              "\r\n\r\nNo forecasts (not run, rejected or failed):\r\nBROKEN.ASC\r\nNILE.ASC"),
+            std::string::npos)
+      << d.Messages();
+  EXPECT_TRUE(fs::exists(out / "sampleFORECASTS.xlsx"));
 }
 
 TEST_F(Desktop, CancelInTheProgressWindowEndsTheRunAndGivesTheMenusBack) {
