@@ -444,6 +444,9 @@ void DesktopSession::trvMenu_NodeClick(const std::string& key) {
     context.asc_files.push_back(session_.ctrlBatch->List(i));
   PaneReportViewer viewer(&form_, pane_);
   report::OnTreeClick(session_.trvMenu, *node, context, viewer);
+  // A dataset's node that opens the overview shows that dataset's row, its reason in view.
+  if (node->kind == batch::NodeKind::Series && platform::ToUpper(pane_->CurrentFile().filename().string()) == "DISPLAY.HTML")
+    pane_->brsReport->scrollToAnchor(QString::fromStdString(batch::AscStem(node->series)));
 }
 
 }  // namespace tessaly::app

@@ -251,7 +251,8 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   out.Line("<table><tr><th>Dataset</th><th>Status</th><th>Reports</th><th>Graphs</th>"
            "<th>Forecast</th></tr>");
   for (const Row& row : rows) {
-    out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><b>" + Html(row.dataset) + "</b></td>");
+    out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><a name=\"" + Html(row.dataset) + "\"></a><b>" +
+             Html(row.dataset) + "</b></td>");
     std::string status = "<td class=\"" + row.status_class + "\">" + row.status;
     if (!row.error_text.empty()) status += "<div class=\"why\">" + Html(row.error_text) + "</div>";
     if (!row.error_page.empty())

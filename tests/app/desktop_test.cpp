@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QTextBrowser>
 #include <QTreeWidget>
 
@@ -191,6 +192,7 @@ TEST_F(Desktop, RejectedDatasetsStayInTheTreeAndTheirNodeShowsTheReason) {
   EXPECT_EQ(tree->topLevelItem(2)->childCount(), 0);
   emit tree->itemClicked(tree->topLevelItem(3), 0);
   EXPECT_EQ(pane->CurrentFile(), d.data / "sample" / "OUTPUT" / "display.html");
+  EXPECT_GT(pane->brsReport->verticalScrollBar()->value(), 0);  // the dataset's row in view
   EXPECT_NE(pane->brsReport->toPlainText().indexOf("Since the initial series seasonality is 12 and NILE.ASC"), -1)
       << pane->brsReport->toPlainText().toStdString();
 

@@ -218,7 +218,7 @@ TEST(DisplayPage, OverviewOfTheProject) {
                       "&middot; <span>1 not run</span>"),
             std::string::npos)
       << page;
-  EXPECT_NE(page.find("<tr id=\"EAST\"><td><b>EAST</b></td>\r\n<td class=\"failed\">Rejected<div "
+  EXPECT_NE(page.find("<tr id=\"EAST\"><td><a name=\"EAST\"></a><b>EAST</b></td>\r\n<td class=\"failed\">Rejected<div "
                       "class=\"why\">The asc file is empty.</div></td>"),
             std::string::npos)
       << page;
