@@ -253,11 +253,17 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   for (const Row& row : rows) {
     out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><a name=\"" + Html(row.dataset) + "\"></a><b>" +
              Html(row.dataset) + "</b></td>");
-    std::string status = "<td class=\"" + row.status_class + "\">" + row.status;
+    // A dataset with nothing to link to gives its reason the width of the row.
+    const bool bare = row.reports.empty() && row.graphs.empty() && row.thumb.empty() && !row.error_text.empty();
+    std::string status = "<td class=\"" + row.status_class + "\"" + (bare ? " colspan=\"4\"" : "") + ">" + row.status;
     if (!row.error_text.empty()) status += "<div class=\"why\">" + Html(row.error_text) + "</div>";
     if (!row.error_page.empty())
       status += "<br><a href=\"" + Href(row.error_page) + "\">Why it failed</a>";
     out.Line(status + "</td>");
+    if (bare) {
+      out.Line("</tr>");
+      continue;
+    }
     std::string reports = "<td class=\"links\">";
     for (const auto& [file, caption] : row.reports)
       reports += "<a href=\"" + Href(file) + "\">" + Html(caption) + "</a> ";
