@@ -67,7 +67,12 @@ class PaneReportViewer : public report::ReportViewer {
   PaneReportViewer(QWidget* window, ReportPane* pane) : window_(window), pane_(pane) {}
   void navigate(const fs::path& file) override {
     pane_->navigate(file);
+    // In a walk the file's name comes with its dataset and place: "ELNINO (2 of 4): ...".
+    if (!walk_position_.isEmpty()) pane_->lblFile->setText(walk_position_ + ": " + pane_->lblFile->text());
     QApplication::processEvents();
+  }
+  void ShowWalkPosition(const std::string& dataset, int number, int count) override {
+    walk_position_ = QString("%1 (%2 of %3)").arg(QString::fromStdString(dataset)).arg(number).arg(count);
   }
   report::StepChoice ShowStepDialog(const std::string& title, bool left, bool right) override {
     report::frmAllgraphsSel dialog(window_);
@@ -89,6 +94,7 @@ class PaneReportViewer : public report::ReportViewer {
   ReportPane* pane_;
   bool placed_ = false;
   QPoint position_;
+  QString walk_position_;
 };
 }  // namespace
 
