@@ -51,8 +51,10 @@ SUFFIXES = [".htm", "act.jpg", "fore.jpg", "actfit.jpg", "actfore.jpg", "actfitf
 
 
 def project(path, files):
+    # Each project's reports in a folder of its own, named after it: a run of one never
+    # empties another's OUTPUT.
     out = ['<?xml version="1.0" encoding="UTF-8"?>',
-           '<batch inputpath="./" outputpath="./" '
+           '<batch inputpath="./" outputpath="./%s/" ' % path[:-4] +
            'xmlns:xsd="http://www.w3.org/2001/XMLSchema-instance" '
            'xsd:noNamespaceSchemaLocation="DEFAULTXSD/batchschema1.0.2.xsd">',
            '  <set runcomplete="0" objective="0">']

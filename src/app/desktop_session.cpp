@@ -1,5 +1,8 @@
 #include "app/desktop_session.h"
 
+#include "platform/dialogs.h"
+#include "spreadsheet/forecast_export.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
@@ -64,7 +67,12 @@ class PaneReportViewer : public report::ReportViewer {
   PaneReportViewer(QWidget* window, ReportPane* pane) : window_(window), pane_(pane) {}
   void navigate(const fs::path& file) override {
     pane_->navigate(file);
+    // In a walk the file's name comes with its dataset and place: "ELNINO (2 of 4): ...".
+    if (!walk_position_.isEmpty()) pane_->lblFile->setText(walk_position_ + ": " + pane_->lblFile->text());
     QApplication::processEvents();
+  }
+  void ShowWalkPosition(const std::string& dataset, int number, int count) override {
+    walk_position_ = QString("%1 (%2 of %3)").arg(QString::fromStdString(dataset)).arg(number).arg(count);
   }
   report::StepChoice ShowStepDialog(const std::string& title, bool left, bool right) override {
     report::frmAllgraphsSel dialog(window_);
@@ -86,6 +94,7 @@ class PaneReportViewer : public report::ReportViewer {
   ReportPane* pane_;
   bool placed_ = false;
   QPoint position_;
+  QString walk_position_;
 };
 }  // namespace
 
@@ -158,6 +167,10 @@ void DesktopSession::BuildMenus() {
   mnuFileRunExcel->setObjectName("mnuFileRunExcel");
   file->insertAction(first, mnu_file_import);
   file->insertAction(first, mnuFileRunExcel);
+  auto* mnuFileExportForecasts = new QAction("Export &Forecasts...", file);
+  mnuFileExportForecasts->setObjectName("mnuFileExportForecasts");
+  file->insertAction(first, mnuFileExportForecasts);
+  connect(mnuFileExportForecasts, &QAction::triggered, this, &DesktopSession::mnuFileExportForecasts_Click);
   file->insertSeparator(first);
   connect(mnu_file_import, &QAction::triggered, this, [this] { spreadsheet::ShowImportWizard(&form_); });
   connect(mnuFileRunExcel, &QAction::triggered, this, [this] {
@@ -403,6 +416,30 @@ void DesktopSession::mnu_Agg_Click() {
   ShowReportTree(!session_.trvMenu.Empty());
 }
 
+void DesktopSession::mnuFileExportForecasts_Click() {
+  if (running_) return;
+  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) return;
+  const batch::cBatchFile& project = *session_.ctrlBatch;
+  spreadsheet::ForecastExport result;
+  std::string error;
+  const fs::path output = platform::ResolveNoCase(project.OutDirectory(), "OUTPUT");
+  std::string text;
+  if (spreadsheet::ExportForecasts(project, output, {}, result, error)) {
+    text = std::to_string(result.exported.size()) + " series of " + std::to_string(project.Count()) +
+           " exported to\r\n" + result.csv.string() + "\r\n" + result.xlsx.string();
+  } else {
+    text = error;
+  }
+  if (!result.missing.empty() && !result.exported.empty()) {
+    text += "\r\n\r\nNo forecasts (not run, rejected or failed):";
+    for (const std::string& name : result.missing) text += "\r\n" + name;
+  }
+  platform::Dialogs().Message(text, platform::mb::OKOnly + (error.empty() ? platform::mb::Information
+                                                                          : platform::mb::Exclamation),
+                              "Export Forecasts");
+}
+
 void DesktopSession::trvMenu_NodeClick(const std::string& key) {
   const batch::ReportNode* node = session_.trvMenu.Find(key);
   if (!node || !session_.ctrlBatch) return;
@@ -413,6 +450,9 @@ void DesktopSession::trvMenu_NodeClick(const std::string& key) {
     context.asc_files.push_back(session_.ctrlBatch->List(i));
   PaneReportViewer viewer(&form_, pane_);
   report::OnTreeClick(session_.trvMenu, *node, context, viewer);
+  // A dataset's node that opens the overview shows that dataset's row, its reason in view.
+  if (node->kind == batch::NodeKind::Series && platform::ToUpper(pane_->CurrentFile().filename().string()) == "DISPLAY.HTML")
+    pane_->brsReport->scrollToAnchor(QString::fromStdString(batch::AscStem(node->series)));
 }
 
 }  // namespace tessaly::app

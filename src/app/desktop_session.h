@@ -33,6 +33,7 @@ class DesktopSession : public QObject {
   bool OpenProject(const fs::path& path);
   void mnuFileClose_Click();
   void mnuBatchRun_Click();
+  void mnuFileExportForecasts_Click();
   void mnuBatchEdit_Click();
   void mnuBatchPrevReports_Click();
   void Mnu_Pool_Click();

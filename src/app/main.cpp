@@ -13,6 +13,10 @@
 #endif
 
 #include <iostream>
+#include <optional>
+#include <string>
+
+#include "shell/app_info.h"
 
 #include "platform/dialogs.h"
 #include "shell/errors.h"
@@ -34,8 +38,42 @@ class ProgramRunner : public tessaly::shell::CommandLineRunner {
 };
 }  // namespace
 
+namespace {
+constexpr const char* kUsage =
+    "usage: tessaly [PROJECT.xml | WORKBOOK.xls[x] SHEET [OPTIONS...]] [/L] [/NS]\n"
+    "\n"
+    "With no file the desktop opens. With a project the project is run with no window: one\n"
+    "line per dataset (forecast, rejected with its reason, failed) and a closing tally go to\n"
+    "standard output, progress and messages to standard error, the reports and graphs to the\n"
+    "project's OUTPUT folder (its overview is OUTPUT/display.html). With a workbook the\n"
+    "spreadsheet runner runs it.\n"
+    "\n"
+    "  /L          keep a log of the session in the program's folder\n"
+    "  /NS         no splash window\n"
+    "  --help      this text\n"
+    "  --version   the program's version\n"
+    "\n"
+    "Exit status: 0 every dataset forecast, 1 some rejected or failed, 2 nothing run or bad\n"
+    "usage. 'tsly --help' lists the other flows without a window.\n";
+
+// `--help` and `--version` are answered before anything starts; any other word that starts
+// with "--" is a mistake, not a file.
+std::optional<int> AnswerOptions(int argc, char** argv) {
+  if (argc < 2) return std::nullopt;
+  std::string word = argv[1];
+  if (word == "--help" || word == "-h") return std::cout << kUsage, 0;
+  if (word == "--version") return std::cout << "tessaly " << tessaly::shell::kVersion << "\n", 0;
+  if (word.rfind("--", 0) == 0) {
+    std::cerr << "tessaly: unknown option '" << word << "'\n\n" << kUsage;
+    return 2;
+  }
+  return std::nullopt;
+}
+}  // namespace
+
 int Main(int argc, char** argv) {
   namespace fs = std::filesystem;
+  if (auto status = AnswerOptions(argc, argv)) return *status;
   auto command_line = tessaly::shell::CommandLine::FromArgs(argc, argv);
   fs::path program_folder = tessaly::platform::ProgramFolder();
   std::error_code ec;

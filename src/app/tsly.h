@@ -46,5 +46,6 @@ int PoolCommand(const Args& args, std::ostream& out, std::ostream& err);
 int ImportCommand(const Args& args, std::ostream& out, std::ostream& err);
 int AggregateCommand(const Args& args, std::ostream& out, std::ostream& err);
 int AddSeriesCommand(const Args& args, std::ostream& out, std::ostream& err);
+int ExportCommand(const Args& args, std::ostream& out, std::ostream& err);
 
 }  // namespace tessaly::app::tsly

@@ -15,8 +15,9 @@ constexpr Command kCommands[] = {
      "\n"
      "Runs every dataset of the project through the engine with the rules and model files\n"
      "of the program's folder, files the reports and graphs in the project's OUTPUT folder\n"
-     "and saves each dataset's status in the project. Progress and messages go to standard\n"
-     "error.\n"
+     "and saves each dataset's status in the project. One line per dataset (forecast,\n"
+     "rejected with its reason, failed), the tally and the overview page go to standard\n"
+     "output; progress and messages to standard error.\n"
      "\n"
      "  --no-graphs           no pictures (reports and forecasts only)\n"
      "  --series-timeout S    an engine still working on a dataset after S seconds is ended;\n"
@@ -32,8 +33,9 @@ constexpr Command kCommands[] = {
      "Ctrl-C or a KILLQUOR.QVX put in the program's folder cancels the run's own engines.\n"
      "See docs/scale-out.md.\n"
      "\n"
-     "Exit status: 0 when the run ended, 1 when the project could not be read or the parts\n"
-     "could not be merged, 2 when the engine could not be started or the usage is wrong.\n",
+     "Exit status: 0 every dataset forecast, 1 some rejected, failed or not reached (or the\n"
+     "parts could not be merged), 2 none forecast (an unreadable project, no engine, every\n"
+     "dataset rejected) or bad usage.\n",
      &RunCommand},
     {"merge", "join the shards of a project run (tsly run --shard) into its OUTPUT folder",
      "usage: tsly merge PROJECT.xml [--shards N]\n"
@@ -128,6 +130,18 @@ constexpr Command kCommands[] = {
      "Exit status: 0 when every file was adjusted, 1 when any was partly adjusted or refused,\n"
      "2 when the variables file cannot be read or the usage is wrong.\n",
      &AddSeriesCommand},
+    {"export", "all forecasts of a run project in one wide CSV and one workbook",
+     "usage: tsly export PROJECT.xml [--out DIR]\n"
+     "\n"
+     "Puts the forecasts the last run left in the project's OUTPUT folder (one <name>.PRO\n"
+     "per dataset) side by side: one row per period, and for each dataset its forecast and\n"
+     "the lower and upper limits. Written as <project>FORECASTS.csv and\n"
+     "<project>FORECASTS.xlsx into OUTPUT, or into DIR with --out. Datasets with no\n"
+     "forecasts (not run, rejected, failed) are named on standard output.\n"
+     "\n"
+     "Exit status: 0 every dataset exported, 1 some had no forecasts, 2 none had any, the\n"
+     "project cannot be read or the usage is wrong.\n",
+     &ExportCommand},
 };
 }  // namespace
 

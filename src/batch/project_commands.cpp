@@ -122,6 +122,8 @@ bool ProjectCommands::mnuFileNew() {
       }
       folder = answer.value;
       project->SetInDirectory(folder);
+      // The output page starts beside the data, not among the program's own folders.
+      project->SetOutDirectory(folder);
       page = Page::Select;
     } else if (page == Page::Select) {
       // The files of the project among them (frmSelect).
@@ -151,9 +153,13 @@ bool ProjectCommands::mnuFileNew() {
       if (!path) continue;
       for (const auto& name : chosen) project->Add_File(name, 0, 0, "00/00/00");
       project->SetBatchName(path->filename().string());
+      // The reports in a folder named after the project under the one chosen: two projects
+      // saved side by side never share an OUTPUT folder.
+      project->SetOutDirectory((fs::path(answer.value) / ProjectStem(project->BatchName())).string());
       if (!project->Build(*path)) {
         Tell("The project could not be written to " + path->string() + ".");
         while (project->Size() > 0) project->Remove_File();
+        project->SetOutDirectory(answer.value);
         continue;
       }
       Tell(texts::kFileCreated);

@@ -6,6 +6,7 @@
 
 #include "batch/batch_texts.h"
 #include "batch/engine/engine_client.h"
+#include "batch/output_owner.h"
 #include "batch/run_outputs.h"
 #include "dataset/asc_reader.h"
 #include "dataset/error_catalogue.h"
@@ -75,6 +76,19 @@ void SetAllCompleteFromFiles(cBatchFile& project) {
       project.SetAllComplete(kTrue);
       break;
     }
+}
+
+uintmax_t LogSize(const fs::path& log) {
+  std::error_code ec;
+  uintmax_t size = fs::file_size(log, ec);
+  return ec ? 0 : size;
+}
+
+// What the run's log gained after its first `from` bytes.
+std::string LoggedSince(const fs::path& log, uintmax_t from) {
+  auto text = platform::ReadWholeFile(log);
+  if (!text || text->size() <= from) return {};
+  return text->substr(from);
 }
 
 template <typename T>
@@ -259,6 +273,9 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
       return false;
     project->SetChanged(false);
   }
+  // Another project's reports in this OUTPUT are deleted only if the person agrees.
+  const fs::path xml_file = save_to ? *save_to : fs::path(project->OutDirectory()) / project->BatchName();
+  if (!ConfirmOutputOwner(output_path_, xml_file)) return false;
   // The first file sets the run's measure; then the rules wizard.
   if (!run.UnivariateRun && !run.CausalRun) {
     PrepareRunKind(*project);
@@ -285,7 +302,8 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
   // The engine's report files of an earlier call go, and OUTPUT is emptied.
   CleanupReports();
   RemoveFilesIn(output_path_);
-  RunEngine(*project, save_to ? *save_to : fs::path(project->OutDirectory()) / project->BatchName());
+  WriteOutputOwner(output_path_, xml_file);
+  RunEngine(*project, xml_file);
   // A cancel that asked for the program to close closes the main form; the engine's report
   // files in the program's folder go either way.
   if (run.GeneralCancel) view_->UnloadMainForm();
@@ -328,16 +346,32 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   //    run goes on with the next file.
   bool any_report = false;
   bool canceled = false;
+  file_reports_.clear();
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) {
     FileOutcome outcome = FileOutcome::Next;
+    const int16_t errors_before = run.ErrorCount;
+    const uintmax_t log_before = LogSize(ProcessErrorsFile());
+    std::string fault;
     try {
       SeriesPass pass{project.List(i), i, i + 1, static_cast<int>(project.Count()), texts::kProcessing};
       outcome = RunOneFile(project, pass, xml_file, any_report);
     } catch (const std::system_error& e) {
+      fault = e.what();
       ShowFault(e.code().value(), e.what());
     } catch (const std::exception& e) {
+      fault = e.what();
       ShowFault(0, e.what());
     }
+    file_reports_.push_back(
+        DescribeFile(project, i, outcome == FileOutcome::Canceled, errors_before, log_before, fault));
+    // A dataset that got no reports keeps its place in the tree, its outcome in the name;
+    // its node opens the reason.
+    if (const FileReport& r = file_reports_.back(); r.result == FileResult::Rejected || r.result == FileResult::Failed) {
+      tree_.Remove(SeriesKey(r.name));
+      tree_.Add({SeriesKey(r.name), r.name + (r.result == FileResult::Rejected ? " (rejected)" : " (failed)"), "",
+                 NodeKind::Series, "", r.name});
+    }
+    view_->FileDone(file_reports_.back());
     if (outcome == FileOutcome::Canceled) {
       canceled = true;
       break;
@@ -352,6 +386,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
     // The run's kind is forgotten, so the next run takes it from its own first file; then
     // the link-tree site of everything this run made.
     run.UnivariateRun = run.CausalRun = false;
+    reports_->FilesDone(file_reports_);
     reports_->WriteLinkTree(project, output_path_);
   }
   // Where the forecasts are, when any file gave some.
@@ -389,6 +424,34 @@ bool BatchRun::SaveProject(const cBatchFile& project, const fs::path& xml_file) 
                       mb::OKOnly + mb::Exclamation, texts::kAppTitle);
   save_failed_ = true;
   return false;
+FileReport BatchRun::DescribeFile(const cBatchFile& project, int i, bool canceled, int16_t errors_before,
+                                  uintmax_t log_before, const std::string& fault) const {
+  FileReport report;
+  report.number = i + 1;
+  report.count = static_cast<int>(project.Count());
+  report.name = project.List(i);
+  // The checks and the error page log the file's name and then the reason: what this file
+  // added to the run's log, less its name, is why it did not get through.
+  std::string logged = LoggedSince(ProcessErrorsFile(), log_before);
+  if (size_t end = logged.find('\n'); end != std::string::npos) logged.erase(0, end + 1);
+  while (!logged.empty() && (logged.back() == '\n' || logged.back() == '\r')) logged.pop_back();
+  if (canceled) {
+    report.result = FileResult::Canceled;
+  } else if (RunState().ErrorCount != errors_before) {
+    report.result = FileResult::Rejected;
+    report.reason = logged;
+  } else if (project.Completed(i) == 1) {
+    report.result = FileResult::Forecast;
+  } else {
+    report.result = FileResult::Failed;
+    report.error_code = project.Error(i);
+    report.reason = !fault.empty() ? fault
+                    : !logged.empty() ? logged
+                    : !fs::exists(platform::ResolveNoCase(project.InDirectory(), report.name))
+                        ? std::string("The asc file disappeared during the run.")
+                        : std::string("The engine gave no answer.");
+  }
+  return report;
 }
 
 bool BatchRun::StartEngine() {

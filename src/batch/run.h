@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "batch/batch_file.h"
 #include "batch/engine/engine_call.h"
@@ -52,6 +53,18 @@ struct SeriesResult {
   std::string current_series_name;
 };
 
+// What became of one file of the project's list, told as soon as it is known.
+enum class FileResult { Forecast, Rejected, Failed, Canceled };
+struct FileReport {
+  int number = 0, count = 0;  // its place in the list, from 1
+  std::string name;           // the ASC file as the project names it
+  FileResult result = FileResult::Forecast;
+  // Why it was rejected or failed, as logged or as the error catalogue tells the engine's
+  // code; may hold several lines.
+  std::string reason;
+  long error_code = 0;  // the engine's code of a failure
+};
+
 // The Model and Rules Wizard as the run asks it once the first file has set the run's kind,
 // before any file is run.
 struct WizardRequest {
@@ -87,6 +100,8 @@ class RunReports {
   virtual std::array<bool, 9> DrawGraphs(const SeriesResult& series) { return {}; }
   // Writes the page of interventions to `target` when the engine found any.
   virtual void WriteInterventPage(const SeriesResult& series, const fs::path& target) {}
+  // What became of every file of the run, just before the site is written.
+  virtual void FilesDone(const std::vector<FileReport>& reports) {}
   // The link-tree site, at the end of a run.
   virtual void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {}
 };
@@ -95,6 +110,7 @@ class RunReports {
 class RunView {
  public:
   virtual ~RunView() = default;
+  virtual void FileDone(const FileReport& report) {}
   virtual void SetStatus(const std::string& text) {}
   virtual void ShowReportTree(bool visible) {}
   // Disables (false) or enables (true) the File, Batch, Preferences, generated-series,
@@ -152,6 +168,8 @@ class BatchRun {
   void RunEngine(cBatchFile& project, const fs::path& xml_file);
 
   const std::string& lblStatus() const { return status_; }
+  // What became of each file of the last RunEngine, in list order.
+  const std::vector<FileReport>& FileReports() const { return file_reports_; }
   const fs::path& OutputPath() const { return output_path_; }
   // After a run: whether a save of the project failed, and how many datasets the engine
   // forecast whose results could not be written. Either makes the run a failed one.
@@ -203,7 +221,11 @@ class BatchRun {
   EngineCreateFunction engine_create_;
   std::function<void()> open_project_;
 
+  FileReport DescribeFile(const cBatchFile& project, int index, bool canceled, int16_t errors_before,
+                          uintmax_t log_before, const std::string& fault) const;
+
   std::string status_;
+  std::vector<FileReport> file_reports_;
   fs::path output_path_;
   bool save_failed_ = false;
   int write_failures_ = 0;

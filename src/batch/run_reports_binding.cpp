@@ -53,11 +53,17 @@ void ProgramRunReports::WriteInterventPage(const SeriesResult& s, const fs::path
   report::write_intervent_htm(target, in);
 }
 
+void ProgramRunReports::FilesDone(const std::vector<FileReport>& reports) {
+  rejected_.clear();
+  for (const FileReport& r : reports)
+    if (r.result == FileResult::Rejected) rejected_[platform::ToUpper(r.name)] = r.reason;
+}
+
 void ProgramRunReports::WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {
   std::vector<std::string> files;
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) files.push_back(project.List(i));
   report::WriteLinkTreeSite(project.BatchName(), files, output_path, program_folder_);
-  report::WriteDisplayHtml(output_path, project.BatchName(), files);
+  report::WriteDisplayHtml(output_path, project.BatchName(), files, rejected_);
 }
 
 int RunProjectFromCommandLine(const fs::path& project) {

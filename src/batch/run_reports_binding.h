@@ -2,6 +2,7 @@
 // The run's reports as the program draws them: the nine graphs of each good dataset
 // (the report subsystem's off-screen chart drawer) and, at the end of a run, the link-tree
 // site with display.html. Used by the desktop and by the command-line run.
+#include <map>
 #include <memory>
 
 #include "batch/run.h"
@@ -16,9 +17,12 @@ class ProgramRunReports : public RunReports {
   explicit ProgramRunReports(fs::path program_folder, report::GraphPreferences graphs = {});
   std::array<bool, 9> DrawGraphs(const SeriesResult& series) override;
   void WriteInterventPage(const SeriesResult& series, const fs::path& target) override;
+  void FilesDone(const std::vector<FileReport>& reports) override;
   void WriteLinkTree(const cBatchFile& project, const fs::path& output_path) override;
 
  private:
+  // The files the run's checks turned down, by name in capitals, with their reasons.
+  std::map<std::string, std::string> rejected_;
   fs::path program_folder_;
   report::GraphPreferences graphs_;
 };

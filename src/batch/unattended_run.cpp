@@ -1,5 +1,9 @@
 #include "batch/unattended_run.h"
 
+#include <algorithm>
+
+#include <iostream>
+
 #include "batch/engine/engine_client.h"
 #include "batch/engine/unattended_wait.h"
 #include "platform/dialogs.h"
@@ -7,6 +11,70 @@
 #include "platform/progress_wait.h"
 
 namespace tessaly::batch {
+
+namespace {
+
+// Each dataset's line as soon as its outcome is known.
+class LineView : public RunView {
+ public:
+  explicit LineView(std::ostream& out) : out_(out) {}
+  void FileDone(const FileReport& report) override {
+    std::cerr << std::flush;
+    out_ << DatasetLine(report) << std::endl;
+  }
+
+ private:
+  std::ostream& out_;
+};
+
+}  // namespace
+
+std::string DatasetLine(const FileReport& r) {
+  std::string line = std::to_string(r.number) + "/" + std::to_string(r.count) + " " + r.name + ": ";
+  switch (r.result) {
+    case FileResult::Forecast: return line + "forecast";
+    case FileResult::Canceled: return line + "canceled";
+    case FileResult::Rejected: line += "rejected"; break;
+    case FileResult::Failed:
+      line += "failed";
+      if (r.error_code > 0) line += " (engine error " + std::to_string(r.error_code) + ")";
+      break;
+  }
+  if (r.reason.empty()) return line;
+  line += ":";
+  // The reason's lines, blank ones left out, the first beside the outcome.
+  bool first = true;
+  size_t start = 0;
+  while (start <= r.reason.size()) {
+    size_t end = r.reason.find_first_of("\r\n", start);
+    if (end == std::string::npos) end = r.reason.size();
+    std::string part = r.reason.substr(start, end - start);
+    if (part.find_first_not_of(" \t") != std::string::npos) {
+      line += (first ? " " : "\n    ") + part;
+      first = false;
+    }
+    start = end + 1;
+  }
+  return line;
+}
+
+std::string TallyLine(const std::string& project_name, const std::vector<FileReport>& reports, int total) {
+  int counts[4] = {0, 0, 0, 0};
+  for (const FileReport& r : reports) ++counts[static_cast<int>(r.result)];
+  std::string line = project_name + ": " + std::to_string(counts[0]) + " forecast, " +
+                     std::to_string(counts[1]) + " rejected, " + std::to_string(counts[2]) + " failed";
+  if (counts[3]) line += ", " + std::to_string(counts[3]) + " canceled";
+  int not_reached = total - static_cast<int>(reports.size());
+  if (not_reached > 0) line += ", " + std::to_string(not_reached) + " not run";
+  return line + " (" + std::to_string(total) + (total == 1 ? " dataset)" : " datasets)");
+}
+
+int RunExitStatus(const std::vector<FileReport>& reports, int total) {
+  int forecast = 0;
+  for (const FileReport& r : reports) forecast += r.result == FileResult::Forecast;
+  if (forecast == 0) return kRunNothing;
+  return forecast == total ? kRunAllForecast : kRunInPart;
+}
 
 int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOptions& options) {
   if (options.install_unattended_hosts) {
@@ -25,7 +93,11 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   std::error_code ec;
   fs::path path = fs::absolute(project_path, ec);
   auto project = std::make_unique<cBatchFile>(program);
-  if (!project->Load(path)) return 1;
+  std::ostream& out = options.out ? *options.out : std::cout;
+  if (!project->Load(path)) {
+    out << path.filename().string() << ": not run, the project could not be read" << std::endl;
+    return kRunNothing;
+  }
 
   // Nothing has touched NOTREND.QVX since start-up in a command-line run: its presence now
   // is its presence at start.
@@ -38,6 +110,7 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   BatchRun run(run_options, tree);
   if (options.reports) run.SetReports(options.reports);
   if (options.rules) run.SetRulesWizard(options.rules);
+  run.SetView(std::make_shared<LineView>(out));
   bool engine_started = true;
   run.SetEngineCreate([&](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
@@ -58,10 +131,22 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
     run.PrepareRunKind(whole);
   }
   bool ran = run.mnuBatchRun(project, path);
-  if (!engine_started) return 2;
+  const int total = static_cast<int>(project->Count());
+  std::cerr << std::flush;
+  if (!engine_started || !ran) {
+    out << path.filename().string() << ": not run" << (engine_started ? "" : ", the engine could not be started")
+        << std::endl;
+    return kRunNothing;
+  }
+  out << TallyLine(path.filename().string(), run.FileReports(), total) << std::endl;
+  if (auto overview = platform::FindNoCase(run.OutputPath(), "display.html"))
+    out << "Overview: " << overview->string() << std::endl;
+  else
+    out << "Reports: " << platform::WithTrailingSlash(run.OutputPath().string()) << std::endl;
+  const int status = RunExitStatus(run.FileReports(), total);
   // Results that could not be written or a project that could not be saved fail the run.
-  if (ran && (run.SaveFailed() || run.WriteFailures() > 0)) return 1;
-  return ran ? 0 : 1;
+  if (run.SaveFailed() || run.WriteFailures() > 0) return std::max(status, kRunInPart);
+  return status;
 }
 
 }  // namespace tessaly::batch

@@ -4,7 +4,9 @@
 // the run go on, the progress of each series is shown on standard error, and the project
 // is saved where it was read.
 #include <filesystem>
+#include <iosfwd>
 #include <memory>
+#include <vector>
 
 #include "batch/run.h"
 
@@ -34,10 +36,24 @@ struct UnattendedRunOptions {
   fs::path run_kind_from;
   // Put before each progress line ("Shard 2/4: ").
   std::string progress_prefix;
+  // Where the line of each dataset and the closing tally go; standard output when null.
+  std::ostream* out = nullptr;
 };
 
-// Exit status: 0 when the run ended (whatever became of each dataset), 1 when the project
-// could not be read, 2 when the engine could not be started.
+// The exit statuses a script can trust.
+inline constexpr int kRunAllForecast = 0;   // every dataset forecast
+inline constexpr int kRunInPart = 1;        // some forecast, some rejected, failed or not reached
+inline constexpr int kRunNothing = 2;       // none forecast: bad usage, an unreadable project,
+                                            // no engine, or every dataset rejected or failed
+
+// The line of one dataset: "2/4 BROKEN.ASC: rejected: <reason>", a reason of several lines
+// going on below, indented.
+std::string DatasetLine(const FileReport& report);
+// The closing tally: "sample.xml: 2 forecast, 1 rejected, 1 failed (4 datasets)".
+std::string TallyLine(const std::string& project_name, const std::vector<FileReport>& reports, int total);
+// The exit status of a run that left these reports out of `total` datasets.
+int RunExitStatus(const std::vector<FileReport>& reports, int total);
+
 int RunProjectUnattended(const fs::path& project, const UnattendedRunOptions& options = {});
 
 }  // namespace tessaly::batch

@@ -31,10 +31,38 @@ std::string OneLine(const std::string& text) {
   return out;
 }
 
+std::vector<std::string> UnattendedLines(const std::string& title, const std::string& text) {
+  std::vector<std::string> lines{""};
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == '\r' || c == '\n') {
+      if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+      lines.emplace_back();
+    } else {
+      lines.back().push_back(c);
+    }
+  }
+  auto blank = [](const std::string& l) { return l.find_first_not_of(" \t") == std::string::npos; };
+  std::vector<std::string> out;
+  for (const std::string& line : lines) {
+    if (blank(line)) {
+      if (!out.empty() && !out.back().empty()) out.emplace_back();
+      continue;
+    }
+    out.push_back(out.empty() ? title + ": " + line : "  " + line);
+  }
+  while (!out.empty() && out.back().empty()) out.pop_back();
+  if (out.empty()) out.push_back(title + ":");
+  return out;
+}
+
 int16_t StderrDialogHost::Message(const std::string& text, int16_t type, const std::string& title) {
-  std::string line = title + ": " + OneLine(text);
-  std::cerr << line << std::endl;
-  if (echo_) echo_(line);
+  std::string all;
+  for (const std::string& line : UnattendedLines(title, text)) {
+    all += line + "\n";
+    if (echo_) echo_(line);
+  }
+  std::cerr << all << std::flush;
   return UnattendedAnswer(type);
 }
 

@@ -96,4 +96,9 @@ void SetDialogHost(std::shared_ptr<DialogHost> host);
 // Joins message text for one line: CR LF, CR or LF become " / ".
 std::string OneLine(const std::string& text);
 
+// A message as the standard-error host prints it, one entry per line: "TITLE: " and the
+// first line, then each further line indented by two blanks; blank lines at either end are
+// dropped and a run of blank lines inside becomes one.
+std::vector<std::string> UnattendedLines(const std::string& title, const std::string& text);
+
 }  // namespace tessaly::platform

@@ -190,6 +190,7 @@ void WalkAll(const ClickContext& context, const ClickAction& action, ReportViewe
       ++i;
       continue;
     }
+    viewer.ShowWalkPosition(stops[i], static_cast<int>(i + 1), static_cast<int>(n));
     viewer.navigate(*file);
     switch (viewer.ShowStepDialog(title, i != 0, i + 1 != n)) {
       case StepChoice::Cancel:

@@ -38,6 +38,8 @@ class ReportViewer {
   // as given.
   virtual StepChoice ShowStepDialog(const std::string& title, bool left_enabled,
                                     bool right_enabled) = 0;
+  // In an "All" walk, before each stop is shown: its dataset and its place among the stops.
+  virtual void ShowWalkPosition(const std::string& dataset, int number, int count) {}
 };
 
 // What a click needs to know of the project and of an aggregation run.

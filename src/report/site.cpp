@@ -180,7 +180,8 @@ bool WriteLinkTreeSite(const std::string& project_file, const std::vector<std::s
 }
 
 bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_file,
-                      const std::vector<std::string>& asc_files) {
+                      const std::vector<std::string>& asc_files,
+                      const std::map<std::string, std::string>& rejected) {
   const std::string project = LinkTreeBaseName(project_file);
   struct Row {
     std::string dataset, status_class, status, error_page, error_text;
@@ -188,7 +189,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
     std::string thumb;
   };
   std::vector<Row> rows;
-  int finished = 0, failed = 0, not_run = 0;
+  int finished = 0, failed = 0, refused = 0, not_run = 0;
   const FolderIndex folder(output_folder);
   auto Existing = [&folder](const fs::path&, const std::string& name) { return folder.Find(name); };
   for (const std::string& asc : asc_files) {
@@ -216,8 +217,14 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
       row.status_class = "ok";
       row.status = "Finished";
       ++finished;
+    } else if (auto why = rejected.find(platform::ToUpper(asc)); why != rejected.end()) {
+      // Turned down by the run's checks before the engine: the reason they logged.
+      row.error_text = why->second;
+      row.status_class = "failed";
+      row.status = "Rejected";
+      ++refused;
     } else {
-      // Refused by the run's checks (their reasons are in Process Errors.Err) or not reached.
+      // Not reached (a cancel), or from before the run's checks told their reasons.
       row.status_class = "notrun";
       row.status = "Not run";
       ++not_run;
@@ -238,17 +245,25 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   out.Line("<div class=\"counts\"><span>" + std::to_string(rows.size()) +
            " datasets</span> &middot; <span class=\"ok\">" + std::to_string(finished) +
            " finished</span> &middot; <span class=\"failed\">" + std::to_string(failed) +
-           " failed</span> &middot; <span>" + std::to_string(not_run) + " not run</span></div>");
+           " failed</span> &middot; <span class=\"failed\">" + std::to_string(refused) +
+           " rejected</span> &middot; <span>" + std::to_string(not_run) + " not run</span></div>");
   out.Line("<h2>Datasets</h2>");
   out.Line("<table><tr><th>Dataset</th><th>Status</th><th>Reports</th><th>Graphs</th>"
            "<th>Forecast</th></tr>");
   for (const Row& row : rows) {
-    out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><b>" + Html(row.dataset) + "</b></td>");
-    std::string status = "<td class=\"" + row.status_class + "\">" + row.status;
+    out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><a name=\"" + Html(row.dataset) + "\"></a><b>" +
+             Html(row.dataset) + "</b></td>");
+    // A dataset with nothing to link to gives its reason the width of the row.
+    const bool bare = row.reports.empty() && row.graphs.empty() && row.thumb.empty() && !row.error_text.empty();
+    std::string status = "<td class=\"" + row.status_class + "\"" + (bare ? " colspan=\"4\"" : "") + ">" + row.status;
     if (!row.error_text.empty()) status += "<div class=\"why\">" + Html(row.error_text) + "</div>";
     if (!row.error_page.empty())
       status += "<br><a href=\"" + Href(row.error_page) + "\">Why it failed</a>";
     out.Line(status + "</td>");
+    if (bare) {
+      out.Line("</tr>");
+      continue;
+    }
     std::string reports = "<td class=\"links\">";
     for (const auto& [file, caption] : row.reports)
       reports += "<a href=\"" + Href(file) + "\">" + Html(caption) + "</a> ";

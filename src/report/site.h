@@ -3,6 +3,7 @@
 // and graphs (<name>.html, <name>menu.html, <name>treemenu.js and their support files),
 // and display.html, the overview that opens in the right pane.
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -28,10 +29,13 @@ bool WriteLinkTreeSite(const std::string& project_file, const std::vector<std::s
                        const fs::path& output_folder, const fs::path& program_folder);
 
 // display.html in the output folder: the project at a glance, each dataset with its
-// status (finished, failed with a link to its error page, or not run) and links to the
-// reports and graphs that exist, then the run-wide summaries. False when not written.
+// status (finished, failed with a link to its error page, rejected by the run's checks with
+// their reason, or not run) and links to the reports and graphs that exist, then the
+// run-wide summaries. `rejected` maps an ASC file's name, in capitals, to the reason the
+// run's checks gave. False when not written.
 bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_file,
-                      const std::vector<std::string>& asc_files);
+                      const std::vector<std::string>& asc_files,
+                      const std::map<std::string, std::string>& rejected = {});
 
 // Writes a report file the user named: an existing file is overwritten only when the
 // user says Yes ("File Exists", No the default); success is told.

@@ -310,7 +310,7 @@ std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRu
     SharedError().StdError();
     Err().Clear();
     FileExit();
-    return 1;
+    return 2;
   }
   std::string ext = platform::ToUpper(path.extension().string());
   int status;

@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QTextBrowser>
 #include <QTreeWidget>
 
@@ -126,7 +127,7 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   // A graph: the picture, as a picture.
   tree->setCurrentItem(pane->ItemByKey("AIRLINE.ASCG4"));
   emit tree->itemClicked(pane->ItemByKey("AIRLINE.ASCG4"), 0);
-  fs::path output = out / "OUTPUT";
+  fs::path output = out / "monthly" / "OUTPUT";  // a folder of its own, named after the project
   EXPECT_EQ(pane->CurrentFile(), output / "AIRLINEactfitfore.jpg");
   EXPECT_NE(pane->brsReport->toHtml().indexOf("<img"), -1);
   EXPECT_TRUE(pane->actOpenInBrowser->isEnabled());
@@ -175,6 +176,39 @@ TEST_F(Desktop, NewProjectFromTheSamplesRunsAndShowsReportsAndGraphs) {
   EXPECT_NE(pane->ItemByKey("ELNINO.ASCG9"), nullptr);
 }
 
+TEST_F(Desktop, RejectedDatasetsStayInTheTreeAndTheirNodeShowsTheReason) {
+  fs::copy(d.program / "examples", d.data.path(), fs::copy_options::recursive | fs::copy_options::skip_existing);
+  ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml")) << d.Messages();
+  ModalRobot robot(nullptr, [&](QWidget* modal) { return AutomaticWizard(modal); });
+  d.session->mnuBatchRun->trigger();
+  robot.Stop();
+  app::ReportPane* pane = d.session->Pane();
+  QTreeWidget* tree = pane->trvMenu;
+  ASSERT_GE(tree->topLevelItemCount(), 4);
+  std::vector<std::string> names;
+  for (int i = 0; i < 4; ++i) names.push_back(tree->topLevelItem(i)->text(0).toStdString());
+  EXPECT_EQ(names, (std::vector<std::string>{"AIRLINE.ASC", "ELNINO.ASC", "BROKEN.ASC (rejected)",
+                                             "NILE.ASC (rejected)"}));
+  EXPECT_EQ(tree->topLevelItem(2)->childCount(), 0);
+  emit tree->itemClicked(tree->topLevelItem(3), 0);
+  EXPECT_EQ(pane->CurrentFile(), d.data / "sample" / "OUTPUT" / "display.html");
+  EXPECT_GT(pane->brsReport->verticalScrollBar()->value(), 0);  // the dataset's row in view
+  EXPECT_NE(pane->brsReport->toPlainText().indexOf("Since the initial series seasonality is 12 and NILE.ASC"), -1)
+      << pane->brsReport->toPlainText().toStdString();
+
+  // File > Export Forecasts: the two forecast series in one table, the other two named.
+  auto* exporter = d.form->findChild<QAction*>("mnuFileExportForecasts");
+  ASSERT_NE(exporter, nullptr);
+  exporter->trigger();
+  const fs::path out = d.data / "sample" / "OUTPUT";
+  EXPECT_NE(d.Messages().find("2 series of 4 exported to\r\n" + (out / "sampleFORECASTS.csv").string() + "\r\n" +
+                              (out / "sampleFORECASTS.xlsx").string() +
+                              "\r\n\r\nNo forecasts (not run, rejected or failed):\r\nBROKEN.ASC\r\nNILE.ASC"),
+            std::string::npos)
+      << d.Messages();
+  EXPECT_TRUE(fs::exists(out / "sampleFORECASTS.xlsx"));
+}
+
 TEST_F(Desktop, CancelInTheProgressWindowEndsTheRunAndGivesTheMenusBack) {
   fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
   ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml")) << d.Messages();
@@ -196,7 +230,7 @@ TEST_F(Desktop, CancelInTheProgressWindowEndsTheRunAndGivesTheMenusBack) {
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
   // The project stays open; ELNINO, after the cancel, was not run.
   EXPECT_EQ(d.form->windowTitle(), "Tessaly - sample.xml");
-  EXPECT_FALSE(fs::exists(d.data / "OUTPUT" / "ELNINOactfore.jpg"));
+  EXPECT_FALSE(fs::exists(d.data / "sample" / "OUTPUT" / "ELNINOactfore.jpg"));
 }
 
 TEST_F(Desktop, CancelInTheWizardRunsNothing) {
@@ -214,7 +248,7 @@ TEST_F(Desktop, CancelInTheWizardRunsNothing) {
   EXPECT_FALSE(progress_seen);
   EXPECT_NE(d.Messages().find("Cancellation Notice: Are you sure that you want to cancel?"), std::string::npos);
   EXPECT_FALSE(fs::exists(d.program / "STARTMOD.123"));
-  EXPECT_FALSE(fs::exists(d.data / "OUTPUT" / "AIRLINEactfore.jpg"));
+  EXPECT_FALSE(fs::exists(d.data / "sample" / "OUTPUT" / "AIRLINEactfore.jpg"));
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
 }
 
@@ -244,8 +278,8 @@ TEST_F(Desktop, ACancelledNewProjectKeepsTheOpenOne) {
 TEST_F(Desktop, PreviousReportsShowsTheTreeWithoutARunAndTheWindowKeepsItsPlace) {
   // A project whose OUTPUT holds one series' files from an earlier run.
   fs::copy_file(d.program / "examples" / "sample.xml", d.data / "sample.xml");
-  fs::create_directory(d.data / "OUTPUT");
-  WriteFile(d.data / "OUTPUT" / "AIRLINEEQUATION.TXT", "Y(T) = 12.5 + A(T)\r\n");
+  fs::create_directories(d.data / "sample" / "OUTPUT");
+  WriteFile(d.data / "sample" / "OUTPUT" / "AIRLINEEQUATION.TXT", "Y(T) = 12.5 + A(T)\r\n");
   ASSERT_TRUE(d.session->OpenProject(d.data / "sample.xml"));
   d.session->mnuBatchPrevReports->trigger();
   app::ReportPane* pane = d.session->Pane();

@@ -46,9 +46,19 @@ TEST_F(TslyTest, RunForecastsTheSampleProjectNamedRelativeToTheCallersFolder) {
   fs::copy(program / "examples", work.path(), fs::copy_options::recursive);
   std::string out;
   EXPECT_EQ(Tsly("run quarterly.xml", &out), 0) << out;
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALGDP.PRO")) << out;
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALCONS.PRO")) << out;
-  EXPECT_NE(Tsly("run missing.xml", &out), 0);
+  EXPECT_TRUE(fs::exists(work / "quarterly/OUTPUT/REALGDP.PRO")) << out;
+  EXPECT_TRUE(fs::exists(work / "quarterly/OUTPUT/REALCONS.PRO")) << out;
+  EXPECT_EQ(Tsly("run missing.xml", &out), 2);
+  // The run's forecasts in one table.
+  EXPECT_EQ(Tsly("export quarterly.xml", &out), 0) << out;
+  EXPECT_NE(out.find("2 series of 2 exported to " + (work / "quarterly/OUTPUT/quarterlyFORECASTS.csv").string()),
+            std::string::npos)
+      << out;
+  EXPECT_EQ(tessaly::testing::ReadFile(work / "quarterly/OUTPUT/quarterlyFORECASTS.csv")
+                .rfind("PERIOD,REALGDP FORECAST,REALGDP LOWER ", 0),
+            0u);
+  EXPECT_EQ(Tsly("export annual.xml", &out), 2) << out;  // not run yet
+  EXPECT_NE(out.find("NILE.ASC: no forecasts (not run, rejected or failed)"), std::string::npos) << out;
 }
 
 }  // namespace

@@ -26,7 +26,11 @@ struct ScriptedForms : ProjectForms {
     offered.push_back(available);
     return Take(selections);
   }
-  PageAnswer<std::string> OutputFolder(const std::string&) override { return Take(outputs); }
+  PageAnswer<std::string> OutputFolder(const std::string& initial) override {
+    offered_out.push_back(initial);
+    return Take(outputs);
+  }
+  std::vector<std::string> offered_out;
   PageAnswer<std::string> XmlName(const std::string&) override { return Take(names); }
   PageAnswer<Files> EditSeries(const Files& available, const Files&, const std::string& status) override {
     offered.push_back(available);
@@ -105,7 +109,9 @@ TEST_F(ProjectCommandsTest, NewProjectWalksThePagesWithTheirRefusals) {
   EXPECT_EQ(session.ctrlBatch->Size(), 2);
   EXPECT_EQ(session.ctrlBatch->List(0), "b.asc");
   EXPECT_EQ(session.ctrlBatch->RunDate(1), "00/00/00");
-  EXPECT_EQ(session.ctrlBatch->OutDirectory(), (data / "out").string() + "/");
+  // The reports of "new.xml" go to a folder of its own under the one chosen.
+  EXPECT_EQ(session.ctrlBatch->OutDirectory(), (data / "out/new").string() + "/");
+  EXPECT_EQ(forms.offered_out.front(), (data / "asc").string() + "/");
   EXPECT_EQ(recent, (std::vector<fs::path>{data / "new.xml"}));
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(data / "new.xml"));

@@ -172,7 +172,10 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
   // The tree: both series, the All nodes and the summary row that exists.
   EXPECT_TRUE(tree.Contains("AIRLINE.ASCR1"));
   EXPECT_TRUE(tree.Contains("GAS.ascR7"));
-  EXPECT_FALSE(tree.Contains("nile.asc"));
+  // The rejected dataset keeps its place, its outcome in its name, with nothing under it.
+  ASSERT_TRUE(tree.Contains("nile.asc"));
+  EXPECT_EQ(tree.Find("nile.asc")->text, "nile.asc (rejected)");
+  EXPECT_TRUE(tree.Children("nile.asc").empty());
   EXPECT_TRUE(tree.Contains("AR1"));
   EXPECT_FALSE(tree.Contains("AR2"));
   EXPECT_TRUE(tree.Contains("S6"));
@@ -227,7 +230,9 @@ TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {
   fs::path out = data / "out/OUTPUT";
   EXPECT_TRUE(fs::exists(out / "yerr.html"));
   EXPECT_FALSE(fs::exists(out / "y.htm"));
-  EXPECT_FALSE(tree.Contains("y.asc"));
+  ASSERT_TRUE(tree.Contains("y.asc"));
+  EXPECT_EQ(tree.Find("y.asc")->text, "y.asc (failed)");
+  EXPECT_TRUE(tree.Children("y.asc").empty());
   std::string errors = ReadFile(program / "Process Errors.Err");
   EXPECT_EQ(errors.rfind("y.asc\r\n", 0), 0u) << errors;
 }

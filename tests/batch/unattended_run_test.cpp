@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sstream>
 #include <thread>
 
 #include "platform/progress_wait.h"
@@ -29,24 +30,62 @@ class UnattendedRunTest : public ::testing::Test {
     UnattendedRunOptions options;
     options.program_folder = program.path();
     options.install_unattended_hosts = false;
+    lines.str("");
+    options.out = &lines;
     return RunProjectUnattended(work / project, options);
   }
+  std::ostringstream lines;  // the datasets' lines and the tally of the last run
   ProgramFolderCopy program;
   TempDir work;
   tessaly::testing::RecordedMessages host;
 };
 
-TEST_F(UnattendedRunTest, QuarterlyAndAnnualProjectsAndAnUnreadableOne) {
-  ASSERT_EQ(Run("quarterly.xml"), 0);
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALGDP.PRO"));
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/REALCONS.PRO"));
+TEST_F(UnattendedRunTest, TwoProjectsRunOneAfterTheOtherKeepBothProjectsReports) {
+  ASSERT_EQ(Run("quarterly.xml"), kRunAllForecast);
+  EXPECT_EQ(lines.str(), "1/2 REALGDP.ASC: forecast\n2/2 REALCONS.ASC: forecast\n"
+                         "quarterly.xml: 2 forecast, 0 rejected, 0 failed (2 datasets)\n"
+                         "Reports: " + (work / "quarterly/OUTPUT/").string() + "\n");
   EXPECT_FALSE(fs::exists(program / "Process Errors.Err"));
   RunState() = RunFlags{};
-  ASSERT_EQ(Run("annual.xml"), 0);
-  EXPECT_TRUE(fs::exists(work / "OUTPUT/NILE.PRO"));
-  EXPECT_FALSE(fs::exists(work / "OUTPUT/REALGDP.PRO"));  // a run starts with an empty OUTPUT
+  ASSERT_EQ(Run("annual.xml"), kRunAllForecast);
+  EXPECT_NE(lines.str().find("annual.xml: 1 forecast, 0 rejected, 0 failed (1 dataset)\n"), std::string::npos);
+  for (const char* file : {"quarterly/OUTPUT/REALGDP.PRO", "quarterly/OUTPUT/REALCONS.PRO",
+                           "annual/OUTPUT/NILE.PRO", "annual/OUTPUT/NILEEQUATION.TXT"})
+    EXPECT_TRUE(fs::exists(work / file)) << file;
+  EXPECT_FALSE(host.Starting("The folder "));  // neither run asked about another's reports
   tessaly::testing::WriteFile(work / "bad.xml", "<batch>");
-  EXPECT_EQ(Run("bad.xml"), 1);
+  EXPECT_EQ(Run("bad.xml"), kRunNothing);
+  EXPECT_EQ(lines.str(), "bad.xml: not run, the project could not be read\n");
+}
+
+TEST_F(UnattendedRunTest, ARunAsksBeforeDeletingAnotherProjectsReports) {
+  ASSERT_EQ(Run("annual.xml"), kRunAllForecast);
+  // A second project whose output folder is the annual project's.
+  cBatchFile p(program.path());
+  p.SetInDirectory(work.path().string());
+  p.SetOutDirectory((work / "annual").string());
+  p.Add_File("REALGDP.ASC", 0, 0, "00/00/00");
+  ASSERT_TRUE(p.Build(work / "gdp.xml"));
+  const std::string question = "The folder " + (work / "annual/OUTPUT").string() +
+                               " holds the reports of the project \"" + (work / "annual.xml").string() +
+                               "\".\r\nRunning \"gdp.xml\" will delete them.\r\n\r\nRun it all the same?";
+  RunState() = RunFlags{};
+  host->answers.push_back(platform::mb::No);
+  EXPECT_EQ(Run("gdp.xml"), kRunNothing);
+  ASSERT_NE(host.Starting("The folder "), nullptr);
+  EXPECT_EQ(host.Starting("The folder ")->text, question);
+  EXPECT_TRUE(fs::exists(work / "annual/OUTPUT/NILE.PRO"));
+  // Yes: the run takes the folder, and the next run of the same project asks nothing.
+  RunState() = RunFlags{};
+  host->shown.clear();
+  host->answers.push_back(platform::mb::Yes);
+  EXPECT_EQ(Run("gdp.xml"), kRunAllForecast);
+  EXPECT_FALSE(fs::exists(work / "annual/OUTPUT/NILE.PRO"));
+  EXPECT_TRUE(fs::exists(work / "annual/OUTPUT/REALGDP.PRO"));
+  RunState() = RunFlags{};
+  host->shown.clear();
+  EXPECT_EQ(Run("gdp.xml"), kRunAllForecast);
+  EXPECT_EQ(host.Starting("The folder "), nullptr);
 }
 
 TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
@@ -60,12 +99,21 @@ TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
   p.SetOutDirectory(work.path().string());
   for (const char* f : {"AIRLINE.ASC", "HELDBACK.ASC", "ELNINO.ASC"}) p.Add_File(f, 0, 0, "00/00/00");
   ASSERT_TRUE(p.Build(work / "mixed.xml"));
-  ASSERT_EQ(Run("mixed.xml"), 0);
+  ASSERT_EQ(Run("mixed.xml"), kRunInPart);
 
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(work / "mixed.xml"));
   EXPECT_EQ(test::CompletedStatuses(saved), (std::vector<int>{1, -1, 1}));
   EXPECT_GT(saved.Error(1), 0);
+  const std::string printed = lines.str();
+  EXPECT_EQ(printed.rfind("1/3 AIRLINE.ASC: forecast\n2/3 HELDBACK.ASC: failed (engine error " +
+                          std::to_string(saved.Error(1)) + "): ",
+                      0),
+            0u)
+      << printed;
+  EXPECT_NE(printed.find("\n3/3 ELNINO.ASC: forecast\nmixed.xml: 2 forecast, 0 rejected, 1 failed (3 datasets)\n"),
+            std::string::npos)
+      << printed;
   EXPECT_EQ(saved.AllComplete(), -1);
   fs::path out = work / "OUTPUT";
   EXPECT_TRUE(fs::exists(out / "HELDBACKerr.html"));
@@ -102,7 +150,10 @@ TEST_F(UnattendedRunTest, CancelDuringTheThirdSeriesKeepsWhatWasDone) {
   platform::SetProgressWait(std::make_shared<CancelOnSeries>(3));
   int status = Run("cancel.xml");
   platform::SetProgressWait(nullptr);
-  ASSERT_EQ(status, 0);
+  ASSERT_EQ(status, kRunInPart);
+  EXPECT_EQ(lines.str(), "1/4 AIRLINE.ASC: forecast\n2/4 ELNINO.ASC: forecast\n3/4 AIRLINE.ASC: canceled\n"
+                         "cancel.xml: 2 forecast, 0 rejected, 0 failed, 1 canceled, 1 not run (4 datasets)\n"
+                         "Reports: " + (work / "OUTPUT/").string() + "\n");
 
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(work / "cancel.xml"));
@@ -123,19 +174,44 @@ TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
   int status = tessaly::testing::RunCommand(
       "QT_QPA_PLATFORM=offscreen '" + program.Executable().string() + "' '" + (work / "sample.xml").string() + "'",
       &output);
-  EXPECT_EQ(status, 0) << output;
+  EXPECT_EQ(status, kRunInPart) << output;
+  fs::path out = work / "sample/OUTPUT";
   EXPECT_NE(output.find("Series 1 of 4: AIRLINE.ASC"), std::string::npos) << output;
-  EXPECT_NE(output.find("The forecasts for individual series are shown in "), std::string::npos) << output;
-  EXPECT_NE(output.find("FYI: Please see the following for reasons the indicated series could not be "
-                        "processed /  / BROKEN.ASC / The total size of BROKEN.ASC"),
+  // Standard output: each dataset as it ends, the tally and the overview; the reasons of the
+  // rejections kept on their lines; no warning of the toolkit.
+  EXPECT_NE(output.find("1/4 AIRLINE.ASC: forecast\n"), std::string::npos) << output;
+  EXPECT_NE(output.find("2/4 ELNINO.ASC: forecast\n"), std::string::npos) << output;
+  EXPECT_NE(output.find("3/4 BROKEN.ASC: rejected: The total size of BROKEN.ASC does not agree"), std::string::npos)
+      << output;
+  EXPECT_NE(output.find("4/4 NILE.ASC: rejected: You cannot process datasets with different seasonalities in "
+                        "the same xml. Since the initial series seasonality is 12 and NILE.ASC seasonality is "
+                        "1,it will not be processed.\n"),
             std::string::npos)
       << output;
-  fs::path out = work / "OUTPUT";
+  EXPECT_NE(output.find("\nsample.xml: 2 forecast, 2 rejected, 0 failed (4 datasets)\n"
+                        "Overview: " + (out / "display.html").string() + "\n"),
+            std::string::npos)
+      << output;
+  EXPECT_NE(output.find("The forecasts for individual series are shown in "), std::string::npos) << output;
+  EXPECT_NE(output.find("FYI: Please see the following for reasons the indicated series could not be "
+                        "processed\n\n  BROKEN.ASC\n  The total size of BROKEN.ASC"),
+            std::string::npos)
+      << output;
+  EXPECT_EQ(output.find(" /  / "), std::string::npos) << output;
+  EXPECT_EQ(output.find("XDG_RUNTIME_DIR"), std::string::npos) << output;
   for (std::string s : {"AIRLINE", "ELNINO"}) {
     for (const char* suffix : {".htm", "STAT.HTM", ".PRO", "actfore.jpg", "fore.jpg"})
       EXPECT_TRUE(fs::exists(out / (s + suffix))) << s << suffix;
     EXPECT_FALSE(fs::exists(out / (s + "err.html"))) << s;
   }
+  // The overview tells the rejected datasets as such, with their reasons, and its counts add up.
+  const std::string overview = ReadFile(out / "display.html");
+  EXPECT_NE(overview.find(">2 finished</span> &middot; <span class=\"failed\">0 failed</span> &middot; "
+                          "<span class=\"failed\">2 rejected</span> &middot; <span>0 not run</span>"),
+            std::string::npos)
+      << overview;
+  EXPECT_NE(overview.find("Rejected<div class=\"why\">You cannot process datasets with different seasonalities"),
+            std::string::npos);
   EXPECT_TRUE(fs::exists(out / "report.xml"));
   EXPECT_TRUE(fs::exists(out / "sample.html"));
   // The combined forecasts hold both series' files, one after the other.
@@ -160,10 +236,22 @@ TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
   // The engine's leftovers are gone from the program's folder.
   EXPECT_FALSE(fs::exists(program / "AIRLINE.PRO"));
   EXPECT_FALSE(fs::exists(program / "QVXRESPONSE.BIN"));
-  // A project that cannot be read ends with a non-zero status.
-  status = tessaly::testing::RunCommand(
-      "'" + program.Executable().string() + "' '" + (work / "missing.xml").string() + "'", &output);
-  EXPECT_NE(status, 0);
+  // A project that cannot be read, or a word the program does not know, runs nothing.
+  struct Case {
+    std::string words;
+    int status;
+    std::string starts;
+  } cases[] = {
+      {"'" + (work / "missing.xml").string() + "'", kRunNothing, ""},
+      {"--frobnicate", kRunNothing, "tessaly: unknown option '--frobnicate'"},
+      {"--help", 0, "usage: tessaly [PROJECT.xml"},
+      {"--version", 0, "tessaly 1.0\n"},
+  };
+  for (const Case& c : cases) {
+    status = tessaly::testing::RunCommand("'" + program.Executable().string() + "' " + c.words, &output);
+    EXPECT_EQ(status, c.status) << c.words << output;
+    EXPECT_EQ(output.rfind(c.starts, 0), 0u) << c.words << output;
+  }
 }
 
 }  // namespace

@@ -20,16 +20,30 @@ TEST(Dialogs, OneLineJoinsEveryKindOfLineEnd) {
 TEST(Dialogs, StderrHostPrintsTitleAndText) {
   StderrDialogHost host;
   std::string echoed;
-  host.SetEcho([&](const std::string& line) { echoed = line; });
+  host.SetEcho([&](const std::string& line) { echoed += line + "\n"; });
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(host.Message("Quorvane.dll a required DLL is Missing\r\nThe program will now exit.",
                          mb::OKOnly, "Tessaly Main Error"),
             mb::OK);
   std::string err = ::testing::internal::GetCapturedStderr();
   EXPECT_EQ(err,
-            "Tessaly Main Error: Quorvane.dll a required DLL is Missing / The program will now "
-            "exit.\n");
-  EXPECT_EQ(echoed + "\n", err);
+            "Tessaly Main Error: Quorvane.dll a required DLL is Missing\n"
+            "  The program will now exit.\n");
+  EXPECT_EQ(echoed, err);
+}
+
+TEST(Dialogs, UnattendedLinesKeepTheMessageReadable) {
+  struct Case {
+    std::string text;
+    std::vector<std::string> lines;
+  } cases[] = {
+      {"plain", {"FYI: plain"}},
+      {"", {"FYI:"}},
+      {"\r\n\r\nfirst\r\n\r\n\r\nB.ASC\nwhy\r\n\r\n",
+       {"FYI: first", "", "  B.ASC", "  why"}},
+      {"a\rb", {"FYI: a", "  b"}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(UnattendedLines("FYI", c.text), c.lines) << c.text;
 }
 
 TEST(Dialogs, RecorderAnswersFromItsScriptThenUnattended) {

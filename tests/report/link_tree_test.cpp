@@ -208,12 +208,20 @@ TEST(DisplayPage, OverviewOfTheProject) {
             "SOUTH.asc</u></h1><br><br>\r\nThe number of observations is less than 3 < 5.\r\n"
             "</center></html>\r\n");
   ASSERT_TRUE(WriteDisplayHtml(out.path(), "/p/Regions.xml",
-                               {"NORTH.asc", "SOUTH.asc", "WEST.asc", "R&D.asc"}));
+                               {"NORTH.asc", "SOUTH.asc", "WEST.asc", "R&D.asc", "EAST.asc"},
+                               {{"EAST.ASC", "The asc file is empty."}}));
   const std::string page = ReadFile(out / "display.html");
   EXPECT_NE(page.find("<h1>Regions</h1>"), std::string::npos);
-  EXPECT_NE(page.find("4 datasets"), std::string::npos);
-  EXPECT_NE(page.find("2 finished"), std::string::npos);
-  EXPECT_NE(page.find("1 failed"), std::string::npos);
+  // Every dataset counted once: 2 + 1 + 1 + 1 = 5.
+  EXPECT_NE(page.find("5 datasets</span> &middot; <span class=\"ok\">2 finished</span> &middot; <span "
+                      "class=\"failed\">1 failed</span> &middot; <span class=\"failed\">1 rejected</span> "
+                      "&middot; <span>1 not run</span>"),
+            std::string::npos)
+      << page;
+  EXPECT_NE(page.find("<tr id=\"EAST\"><td><a name=\"EAST\"></a><b>EAST</b></td>\r\n<td class=\"failed\" colspan=\"4\">Rejected<div "
+                      "class=\"why\">The asc file is empty.</div></td>\r\n</tr>"),
+            std::string::npos)
+      << page;
   // Links only to what exists, by the names they exist under.
   EXPECT_NE(page.find("<a href=\"NORTH.htm\">Details</a>"), std::string::npos);
   EXPECT_NE(page.find("<a href=\"NORTHADJUSTED.TXT\">Adjusted.txt</a>"), std::string::npos);

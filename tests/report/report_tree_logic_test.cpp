@@ -29,7 +29,10 @@ class FakeViewer : public ReportViewer {
     choices.pop_front();
     return c;
   }
-  std::vector<std::string> shown;
+  void ShowWalkPosition(const std::string& dataset, int number, int count) override {
+    positions.push_back(dataset + " " + std::to_string(number) + "/" + std::to_string(count));
+  }
+  std::vector<std::string> shown, positions;
   std::vector<Dialog> dialogs;
   std::deque<StepChoice> choices;
 };
@@ -152,6 +155,7 @@ TEST_F(ReportTreeLogic, AllGraphsWalkStepsThroughTheSeries) {
   OnTreeClick(tree, Node(tree, "AG2"), context, viewer);
   // SOUTH has no picture: passed over without a dialog.
   EXPECT_EQ(viewer.shown, (std::vector<std::string>{"NORTHactfore.jpg", "eastactfore.jpg"}));
+  EXPECT_EQ(viewer.positions, (std::vector<std::string>{"NORTH 1/3", "east 3/3"}));
   ASSERT_EQ(viewer.dialogs.size(), 2u);
   EXPECT_EQ(viewer.dialogs[0].title, "Select Graph");
   EXPECT_FALSE(viewer.dialogs[0].left);  // first stop

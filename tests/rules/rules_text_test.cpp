@@ -149,8 +149,17 @@ TEST_F(RulesFiles, MissingPresentRulesAreRestoredFromTheDefaults) {
                          "have been restored."});
 }
 
+TEST_F(RulesFiles, TheProgramShipsPresentRulesSoAFirstStartAsksNothing) {
+  bool failed = false;
+  EXPECT_EQ(LoadRules(Folder(), "Present Rules", session.rules, failed), LoadStatus::Loaded);
+  EXPECT_FALSE(failed);
+  EXPECT_TRUE(Shown().empty());
+  EXPECT_EQ(Read("ENGINE.USR"), Cnd());
+}
+
 TEST_F(RulesFiles, NoRulesAtAllLoadsNothing) {
   fs::remove(File("ENGINE.CND"));
+  fs::remove(File("ENGINE.USR"));
   bool failed = false;
   EXPECT_EQ(LoadRules(Folder(), "Present Rules", session.rules, failed), LoadStatus::NoRules);
   EXPECT_TRUE(failed);

@@ -121,7 +121,7 @@ TEST_F(ProgramRun, DesktopStartAndOrderlyExitLeaveTheFolderInOrder) {
   EXPECT_THAT(report, HasSubstr("status=Ready\n"));
   EXPECT_THAT(report, HasSubstr("menu=File\nitem=File|New Project...\nitem=File|Open Project...\n"
                                 "item=File|Close\nitem=File|Import...\nitem=File|Run Excel File...\n"
-                                "item=File|Exit\nmenu=Batch\n"));
+                                "item=File|Export Forecasts...\nitem=File|Exit\nmenu=Batch\n"));
   EXPECT_THAT(report, HasSubstr("menu=Preferences\n"));
   EXPECT_THAT(report, HasSubstr("menu=Help\n"));
   EXPECT_THAT(report, Not(HasSubstr("menu=Test")));
@@ -217,7 +217,7 @@ TEST_F(ProgramRun, UnknownExtensionEndsAtOnce) {
 TEST_F(ProgramRun, MissingFileIsTheStandardError) {
   std::string out;
   std::string missing = (scratch / "gone.xml").string();
-  EXPECT_EQ(Run(Quote(missing), &out), 1);
+  EXPECT_EQ(Run(Quote(missing), &out), 2);  // nothing run
   std::string text = "Error #53: File not found: " + missing + ", frmMain, Form_Load";
   EXPECT_THAT(out, HasSubstr("Tessaly: " + text));
   EXPECT_EQ(ReadFile(program / "tslyberr.txt"),
@@ -229,7 +229,7 @@ TEST_F(ProgramRun, RelativeNamesAreTakenFromTheFolderTheUserStartedIn) {
   std::string cmd = "cd " + Quote(scratch.path().string()) + " && env -u DISPLAY XDG_CONFIG_HOME=" +
                     Quote(config.path().string()) + " " + Quote(program.Executable().string()) +
                     " gone.xml";
-  EXPECT_EQ(RunCommand(cmd, &out), 1);
+  EXPECT_EQ(RunCommand(cmd, &out), 2);
   EXPECT_THAT(out, HasSubstr("File not found: " + (scratch / "gone.xml").string() + ", frmMain"));
 }
 
@@ -253,8 +253,8 @@ TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {
   std::string out;
   EXPECT_EQ(Run(Quote((scratch / "p.xml").string()), &out), 4);
   EXPECT_THAT(out,
-              HasSubstr("Tessaly Main Error: Quorvane.dll a required DLL is Missing / The program "
-                        "will now exit."));
+              HasSubstr("Tessaly Main Error: Quorvane.dll a required DLL is Missing\n  The program "
+                        "will now exit.\n"));
   EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
 

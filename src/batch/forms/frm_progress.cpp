@@ -1,6 +1,8 @@
 #include "batch/forms/frm_progress.h"
 
 #include <QApplication>
+
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -27,6 +29,9 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   ProgressBar1->setObjectName("ProgressBar1");
   ProgressBar1->setRange(0, 100);
   ProgressBar1->setTextVisible(false);
+  ProjectBar = new QProgressBar(this);
+  ProjectBar->setObjectName("ProjectBar");
+  ProjectBar->setVisible(false);
   txtComplete = new QPlainTextEdit(this);
   txtComplete->setObjectName("txtComplete");
   txtComplete->setReadOnly(true);
@@ -44,6 +49,7 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   buttons->addWidget(btnCancel);
   buttons->addWidget(btnOK);
   auto* layout = new QVBoxLayout(this);
+  layout->addWidget(ProjectBar);
   layout->addWidget(lblSeries);
   layout->addWidget(lblProgress);
   layout->addWidget(ProgressBar1);
@@ -98,6 +104,13 @@ void frmProgress::FormLoad() {
                            .arg(engine_->SeriesCount())
                            .arg(QString::fromStdString(engine_->SeriesName())));
   lblSeries->setVisible(!lblSeries->text().isEmpty());
+  // Where the whole project stands: the datasets before this one are done.
+  if (engine_ && engine_->SeriesCount() > 1) {
+    ProjectBar->setRange(0, engine_->SeriesCount());
+    ProjectBar->setValue(std::clamp(engine_->SeriesNumber() - 1, 0, engine_->SeriesCount()));
+    ProjectBar->setFormat(QString("Project: %1 of %2 datasets done").arg(ProjectBar->value()).arg(engine_->SeriesCount()));
+    ProjectBar->setVisible(true);
+  }
   lblProgress->setText(QString::fromStdString(state_.label()));
   lblTime->setText(QString::fromStdString(state_.time_text()));
   QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -121,6 +134,10 @@ void frmProgress::Timer1Tick() {
   lblProgress->setVisible(false);
   ProgressBar1->setVisible(false);
   txtComplete->setVisible(true);
+  if (ProjectBar->isVisible() && !engine_->CancelRequested()) {
+    ProjectBar->setValue(std::min(engine_->SeriesNumber(), engine_->SeriesCount()));
+    ProjectBar->setFormat(QString("Project: %1 of %2 datasets done").arg(ProjectBar->value()).arg(engine_->SeriesCount()));
+  }
   lblTime->setText(QString::fromStdString(state_.time_text()));
   RestorePointer();
   // The pause lets events run; the form then unloads itself.

@@ -35,6 +35,8 @@ class frmProgress : public QDialog {
   QLabel* lblSeries = nullptr;
   QLabel* lblTime = nullptr;
   QProgressBar* ProgressBar1 = nullptr;
+  // The whole project: the datasets done before this one, of all; shown when there are several.
+  QProgressBar* ProjectBar = nullptr;
   QPlainTextEdit* txtComplete = nullptr;
   QTimer* Timer1 = nullptr;
 

@@ -33,8 +33,9 @@ class ScriptedWork : public platform::WaitedWork {
   void Cancel() override { ++cancels; }
   bool CancelRequested() const override { return cancels > 0; }
   std::string StageText() const override { return stage; }
-  int SeriesNumber() const override { return 1; }
-  int SeriesCount() const override { return 1; }
+  int number = 1, count = 1;
+  int SeriesNumber() const override { return number; }
+  int SeriesCount() const override { return count; }
   std::string SeriesName() const override { return "SALES"; }
 };
 
@@ -75,6 +76,34 @@ TEST(FrmProgressTest, ShowsTheRunAndClosesAfterTheEngineEnds) {
   QTest::qWait(400);
   EXPECT_FALSE(form.isVisible());
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST(FrmProgressTest, TheProjectBarTellsHowManyDatasetsAreDone) {
+  tessaly::testing::OffscreenApp();
+  struct Case {
+    int number, count;
+    bool shown;
+    int before, after;
+  } cases[] = {{1, 1, false, 0, 0}, {3, 5, true, 2, 3}, {5, 5, true, 4, 5}};
+  for (const Case& c : cases) {
+    ScriptedWork work;
+    work.number = c.number;
+    work.count = c.count;
+    frmProgress form;
+    form.SetEngine(&work);
+    form.SetTimings(20, 1000, 10);
+    form.show();
+    EXPECT_EQ(form.ProjectBar->isVisible(), c.shown) << c.number;
+    if (!c.shown) continue;
+    EXPECT_EQ(form.ProjectBar->value(), c.before);
+    EXPECT_EQ(form.ProjectBar->maximum(), c.count);
+    EXPECT_EQ(form.ProjectBar->text(), QString("Project: %1 of %2 datasets done").arg(c.before).arg(c.count));
+    work.finished = true;
+    QTest::qWait(80);
+    EXPECT_EQ(form.ProjectBar->value(), c.after);
+    EXPECT_TRUE(form.ProjectBar->isVisible());
+    form.accept();
+  }
 }
 
 TEST(FrmProgressTest, CancelButtonAsksTheWorkToStopOnce) {
