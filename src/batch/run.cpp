@@ -424,6 +424,8 @@ bool BatchRun::SaveProject(const cBatchFile& project, const fs::path& xml_file) 
                       mb::OKOnly + mb::Exclamation, texts::kAppTitle);
   save_failed_ = true;
   return false;
+}
+
 FileReport BatchRun::DescribeFile(const cBatchFile& project, int i, bool canceled, int16_t errors_before,
                                   uintmax_t log_before, const std::string& fault) const {
   FileReport report;

@@ -17,14 +17,15 @@
 #include "batch/engine/engine_client.h"
 #include "batch/engine/engine_wait.h"
 #include "batch/engine/unattended_wait.h"
+#include "batch/output_owner.h"
 #include "batch/report_tree.h"
 #include "batch/run_outputs.h"
 #include "batch/unattended_run.h"
 #include "dataset/process_errors.h"
-#include "platform/process.h"
 #include "engine/reports.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 #include "platform/textfile.h"
 
 extern char** environ;
@@ -256,9 +257,11 @@ int RunShard(const fs::path& project_path, const ShardSpec& shard, const ShardRu
     run.reports = std::make_shared<ShardReports>(options.reports);
     run.run_kind_from = path;
     run.progress_prefix = "Shard " + std::to_string(shard.index) + "/" + std::to_string(shard.count) + ": ";
+    bool ended = false;
+    run.ended = &ended;
     RunCanceled() = false;
     status = RunProjectUnattended(part_file, run);
-    done = status == 0 && !RunCanceled();
+    done = ended && !RunCanceled();
     if (auto log = platform::FindNoCase(work, dataset::kProcessErrorsFileName))
       platform::CopyFileOver(*log, folder / dataset::kProcessErrorsFileName);
     fs::remove_all(work, ec);
@@ -267,6 +270,42 @@ int RunShard(const fs::path& project_path, const ShardSpec& shard, const ShardRu
   if (done) WriteMarker(folder / kDoneMarker, marker);
   return status;
 }
+
+namespace {
+// The datasets a run turned away, from its error log: each entry is a dataset's file name on a
+// line of its own and then why. A dataset that was started (failed in the engine, say) is no
+// rejection, whatever its log says.
+std::vector<FileReport> RejectedFromLog(const cBatchFile& project, const std::string& log) {
+  std::vector<FileReport> reports;
+  FileReport* current = nullptr;
+  size_t start = 0;
+  while (start < log.size()) {
+    size_t end = log.find('\n', start);
+    if (end == std::string::npos) end = log.size();
+    std::string line = log.substr(start, end - start);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    start = end + 1;
+    bool named = false;
+    for (int i = 0; i < static_cast<int>(project.Count()); ++i) {
+      if (!platform::EqualsNoCase(line, project.List(i))) continue;
+      named = true;
+      current = nullptr;
+      if (project.Completed(i) != 0) break;
+      FileReport r;
+      r.number = i + 1;
+      r.count = static_cast<int>(project.Count());
+      r.name = project.List(i);
+      r.result = FileResult::Rejected;
+      reports.push_back(r);
+      current = &reports.back();
+      break;
+    }
+    if (named || !current || line.empty()) continue;
+    current->reason += (current->reason.empty() ? "" : "\n") + line;
+  }
+  return reports;
+}
+}  // namespace
 
 int MergeShards(const fs::path& project_path, const MergeOptions& options) {
   std::error_code ec;
@@ -383,7 +422,10 @@ int MergeShards(const fs::path& project_path, const MergeOptions& options) {
   }
   if (!log.empty()) platform::WriteWholeFile(log_file, log);
 
+  // The overview gives each rejected dataset's reason, as a run of the whole project does.
+  if (options.reports) options.reports->FilesDone(RejectedFromLog(project, log));
   if (options.reports) options.reports->WriteLinkTree(project, output);
+  WriteOutputOwner(output, path);
   fs::remove_all(output / kShardsFolder, ec);
   Dialogs().Message("The " + std::to_string(count) + " shards of " + project.BatchName() +
                         " are merged into " + output.string() + ".",

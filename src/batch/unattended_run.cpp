@@ -138,6 +138,7 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
         << std::endl;
     return kRunNothing;
   }
+  if (options.ended) *options.ended = true;
   out << TallyLine(path.filename().string(), run.FileReports(), total) << std::endl;
   if (auto overview = platform::FindNoCase(run.OutputPath(), "display.html"))
     out << "Overview: " << overview->string() << std::endl;

@@ -38,6 +38,9 @@ struct UnattendedRunOptions {
   std::string progress_prefix;
   // Where the line of each dataset and the closing tally go; standard output when null.
   std::ostream* out = nullptr;
+  // Set true when the run went through its list to the tally (whatever became of each
+  // dataset): a shard that did is finished.
+  bool* ended = nullptr;
 };
 
 // The exit statuses a script can trust.

@@ -123,7 +123,7 @@ TEST_F(InjectedFaults, WritesThatFailMakeFailedDatasetsAndAFailedRun) {
   fs::create_directory(work / "blocked");
   WriteFile(work / "blocked" / "OUTPUT", "a file where the folder should be");
   ASSERT_TRUE(p.Build(work / "blocked.xml"));
-  EXPECT_EQ(Run(work / "blocked.xml"), 1);
+  EXPECT_EQ(Run(work / "blocked.xml"), kRunNothing);  // not one dataset forecast
   cBatchFile saved(program.path());
   ASSERT_TRUE(saved.Load(work / "blocked.xml"));
   for (int i = 0; i < 3; ++i) {
