@@ -273,7 +273,13 @@ bool CanOpenExclusively(const fs::path& file) {
     Err().Raise(75, kApplicationTitle, "Path/File access error: " + file.string());
     return false;
   }
-  bool locked = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+  // Another program's probe holds the file only for an instant (the jobs of one parallel run
+  // start together), so a lock is tried for up to a second before the file counts as in use.
+  bool locked = false;
+  for (int attempt = 0; attempt < 20 && !locked; ++attempt) {
+    locked = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    if (!locked) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
   if (locked) ::flock(fd, LOCK_UN);
   ::close(fd);
   if (!locked) {
