@@ -192,7 +192,7 @@ std::vector<std::string> BuildNoiseRow(const StartmodPage& p, const std::string&
   int ma = ValInt(p.txtStartmod6.text);
   row.push_back(Int6(ar) + Int6(diff) + Int6(ma));
   if (diff > 0) row.push_back(Ints6(p.txtStartmod4.text));
-  if (ar + ma > 0) {
+  if (static_cast<long long>(ar) + ma > 0) {
     row.push_back(RTrim(Ints6(p.txtStartmod7.text)) + RTrim(Ints6(p.txtStartmod10.text)));
     row.push_back(Ints6(p.txtStartmod8.text) + Ints6(p.txtStartmod11.text));
     row.push_back(Reals12(p.txtStartmod9.text) + Reals12(p.txtStartmod12.text));
@@ -209,7 +209,7 @@ std::vector<std::string> BuildInputRow(const InputmodPage& p) {
   int num = ValInt(p.txtInputmod6.text);
   row.push_back(Int6(den) + Int6(diff) + Int6(num));
   if (diff > 0) row.push_back(Ints6(p.txtInputmod4.text));
-  if (den + num > 0) {
+  if (static_cast<long long>(den) + num > 0) {
     row.push_back(RTrim(Ints6(p.txtInputmod7.text)) + RTrim(Ints6(p.txtInputmod10.text)));
     row.push_back(Ints6(p.txtInputmod8.text) + Ints6(p.txtInputmod11.text));
     row.push_back(Reals12(p.txtInputmod9.text) + Reals12(p.txtInputmod12.text));
@@ -240,7 +240,7 @@ void FillNoisePage(const std::vector<std::string>& row, StartmodPage& p) {
     std::string line = cell(at++);
     p.txtStartmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
   }
-  if (ar + ma > 0) {
+  if (static_cast<long long>(ar) + ma > 0) {  // counts from the file may be as large as an int
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);
     auto ar_params = Chunks(params, 6, 0, ar);
     auto ma_params = Chunks(params, 6, ar, ma);
@@ -284,7 +284,7 @@ void FillInputPage(const std::vector<std::string>& row, InputmodPage& p) {
     std::string line = cell(at++);
     p.txtInputmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
   }
-  if (den + num > 0) {
+  if (static_cast<long long>(den) + num > 0) {
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);
     auto den_params = Chunks(params, 6, 0, den);
     auto num_params = Chunks(params, 6, den, num);
