@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/tsly.h"
+#include "platform/paths.h"
 #include "shell/app_info.h"
 
 namespace {
@@ -38,6 +39,8 @@ int main(int argc, char** argv) {
   }
   if (name == "--version") {
     std::cout << "tsly " << tessaly::shell::kVersion << "\n";
+    // Naming the working folder also makes it: an install's first start copies the samples there.
+    std::cout << "working folder " << tessaly::platform::ProgramFolder().string() << "\n";
     return kExitDone;
   }
   for (const Command& c : Commands()) {

@@ -12,6 +12,7 @@
 #include "batch/shards.h"
 #include "batch/unattended_run.h"
 #include "platform/paths.h"
+#include "platform/working_folder.h"
 #include "shell/command_line.h"
 
 namespace tessaly::app::tsly {
@@ -42,7 +43,7 @@ class ProjectRunner : public shell::CommandLineRunner {
       if (choice_.series_timeout.count() > 0)
         extra.insert(extra.end(), {"--series-timeout", std::to_string(choice_.series_timeout.count())});
       batch::MergeOptions merge{program, std::nullopt, reports};
-      return batch::RunJobs(project, choice_.jobs, program / "tsly", extra, merge, choice_.part_size);
+      return batch::RunJobs(project, choice_.jobs, platform::ShippedFile(program, "tsly"), extra, merge, choice_.part_size);
     }
     batch::UnattendedRunOptions options;
     options.program_folder = program;

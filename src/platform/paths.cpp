@@ -1,16 +1,22 @@
 #include "platform/paths.h"
 
+#include "platform/working_folder.h"
+
 #include <algorithm>
+#include <iostream>
 #include <system_error>
 #include <unistd.h>
 
 namespace tessaly::platform {
 
 fs::path ProgramFolder() {
-  std::error_code ec;
-  fs::path exe = fs::read_symlink("/proc/self/exe", ec);
-  if (ec || exe.empty()) return fs::current_path(ec);
-  return exe.parent_path();
+  // Chosen once: every part of the program and the engine must work in the same folder.
+  static const fs::path folder = [] {
+    WorkingFolderChoice choice = ChooseWorkingFolder(ExecutableFolder(), ProcessEnvironment());
+    if (!choice.problem.empty()) std::cerr << "Tessaly: " << choice.problem << "\n";
+    return choice.folder;
+  }();
+  return folder;
 }
 
 std::string ToUpper(std::string_view text) {

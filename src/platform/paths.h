@@ -11,8 +11,9 @@ namespace tessaly::platform {
 
 namespace fs = std::filesystem;
 
-// The folder holding the running executable (from /proc/self/exe). Everything the
-// system keeps "in the program's folder" lives here; it is also the engine's working folder.
+// The program's folder as the system means it: where everything it keeps "in the program's
+// folder" lives, and the engine's working folder. The running executable's folder when it
+// is writable, else the per-user working folder (platform/working_folder.h).
 fs::path ProgramFolder();
 
 // Upper-case copy (ASCII), for comparisons without regard to case.

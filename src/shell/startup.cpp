@@ -14,6 +14,7 @@
 #include "genseries/bp_schema.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
+#include "platform/working_folder.h"
 #include "platform/process.h"
 #include "shell/app_info.h"
 #include "shell/error_context.h"
@@ -175,7 +176,7 @@ bool SplashWanted(const CommandLine& command_line) {
 
 bool CheckForCriticalFiles() {
   TraceText(" check for critical fortran files");
-  if (fs::exists(Shell().program_folder / kEngineLibrary)) return true;
+  if (fs::exists(platform::ShippedFile(Shell().program_folder, kEngineLibrary))) return true;
   SharedMsgBox().Display("Quorvane.dll a required DLL is Missing\r\nThe program will now exit.",
                          platform::mb::OKOnly + platform::mb::Critical, "Tessaly Main Error");
   return false;

@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "platform/paths.h"
+#include "platform/working_folder.h"
 
 namespace tessaly::batch {
 
@@ -199,7 +200,7 @@ void EngineClient::Start() {
       stderr_file_ = templ;
     }
   }
-  if (!process_.Start(program_folder_ / kEngineExecutable, {}, folder, &error, stderr_file_)) {
+  if (!process_.Start(platform::ShippedFile(program_folder_, kEngineExecutable), {}, folder, &error, stderr_file_)) {
     failure_reason_ = "The engine could not be started: " + error;
     arrays_.error_code = kEngineFailedCode;
     ended_ = true;
@@ -291,7 +292,7 @@ bool fCreateObject(const std::string& prog_id, std::shared_ptr<EngineClient>& re
   if (!platform::EqualsNoCase(prog_id, kEngineProgID)) {
     return fail("ActiveX component can't create object: " + prog_id);
   }
-  fs::path exe = program_folder / kEngineExecutable;
+  fs::path exe = platform::ShippedFile(program_folder, kEngineExecutable);
   if (!platform::IsExecutableFile(exe)) {
     return fail("ActiveX component can't create object: " + prog_id + " (" + exe.string() +
                 " is missing or cannot be run)");
