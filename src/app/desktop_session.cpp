@@ -29,6 +29,9 @@
 #include "batch/run_rules_binding.h"
 #include "platform/paths.h"
 #include "report/forms/frm_allgraphs_sel.h"
+#include "report/forms/series_overview_table.h"
+#include "report/series_overview.h"
+#include "batch/run_outputs.h"
 #include "report/report_tree_logic.h"
 #include "rules/forms/frm_wizard1.h"
 #include "shell/error_context.h"
@@ -116,9 +119,19 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
   welcome_ = form_.takeCentralWidget();
   if (!welcome_) welcome_ = new QLabel("Tessaly", stack);
   stack->addWidget(welcome_);
-  pane_ = new ReportPane(stack);
+  // The overview of every series above the report tree and viewer.
+  auto* reports = new QSplitter(Qt::Vertical, stack);
+  reports->setObjectName("splOverview");
+  reports->setChildrenCollapsible(false);
+  overview_ = new report::SeriesOverviewTable(reports);
+  pane_ = new ReportPane(reports);
   pane_->LoadIcons(program_ / "gifs");
-  stack->addWidget(pane_);
+  reports->setStretchFactor(0, 1);
+  reports->setStretchFactor(1, 3);
+  reports_ = reports;
+  stack->addWidget(reports);
+  connect(overview_, &report::SeriesOverviewTable::SeriesOpened, this,
+          [this](const QString& asc) { OpenSeries(asc.toStdString()); });
   form_.setCentralWidget(stack);
   connect(pane_, &ReportPane::NodeActivated, this,
           [this](const QString& key) { trvMenu_NodeClick(key.toStdString()); });
@@ -237,7 +250,8 @@ void DesktopSession::ShowReportTree(bool visible) {
   tree_shown_ = visible;
   auto* stack = static_cast<QStackedWidget*>(form_.centralWidget());
   if (visible) SyncTree();
-  stack->setCurrentWidget(visible ? static_cast<QWidget*>(pane_) : welcome_);
+  if (visible) RefreshOverview();
+  stack->setCurrentWidget(visible ? reports_ : welcome_);
 }
 
 void DesktopSession::SetRunMenusEnabled(bool enabled) {
@@ -383,6 +397,7 @@ void DesktopSession::mnuBatchRun_Click() {
   if (session_.ctrlBatch && session_.project_path.empty())
     session_.project_path = fs::path(session_.ctrlBatch->OutDirectory()) / session_.ctrlBatch->BatchName();
   SetRunMenusEnabled(true);
+  RefreshOverview();
   if (ran) {
     SyncTree();
     ShowReportTree(true);
@@ -438,6 +453,36 @@ void DesktopSession::mnuFileExportForecasts_Click() {
   platform::Dialogs().Message(text, platform::mb::OKOnly + (error.empty() ? platform::mb::Information
                                                                           : platform::mb::Exclamation),
                               "Export Forecasts");
+}
+
+void DesktopSession::RefreshOverview() {
+  if (!session_.ctrlBatch) {
+    overview_->SetRows({});
+    return;
+  }
+  std::vector<std::string> files;
+  for (int i = 0; i < static_cast<int>(session_.ctrlBatch->Count()); ++i)
+    files.push_back(session_.ctrlBatch->List(i));
+  overview_->SetRows(report::ReadSeriesOverview(files, batch::ProjectStem(session_.ctrlBatch->BatchName()),
+                                                session_.OutputPath));
+}
+
+void DesktopSession::OpenSeries(const std::string& asc_file) {
+  const report::SeriesOverviewRow* row = nullptr;
+  for (const auto& r : overview_->Rows())
+    if (r.asc_file == asc_file) row = &r;
+  if (!row) return;
+  // The dataset's reports and graphs laid open in the tree, the dataset current.
+  if (QTreeWidgetItem* item = pane_->ItemByKey(batch::SeriesKey(asc_file))) {
+    QSignalBlocker quiet(pane_->trvMenu);
+    item->setExpanded(true);
+    for (int i = 0; i < item->childCount(); ++i) item->child(i)->setExpanded(true);
+    pane_->trvMenu->setCurrentItem(item);
+    pane_->trvMenu->scrollToItem(item);
+  }
+  pane_->navigate(row->report);
+  if (platform::ToUpper(row->report.filename().string()) == "DISPLAY.HTML")
+    pane_->brsReport->scrollToAnchor(QString::fromStdString(row->dataset));
 }
 
 void DesktopSession::trvMenu_NodeClick(const std::string& key) {

@@ -15,6 +15,9 @@ class QMenu;
 namespace tessaly::shell {
 class frmMain;
 }
+namespace tessaly::report {
+class SeriesOverviewTable;
+}
 
 namespace tessaly::app {
 
@@ -43,6 +46,11 @@ class DesktopSession : public QObject {
 
   batch::ProjectSession& Session() { return session_; }
   ReportPane* Pane() const { return pane_; }
+  report::SeriesOverviewTable* Overview() const { return overview_; }
+  // The overview table read again from the project's outputs.
+  void RefreshOverview();
+  // A dataset chosen in the overview: its node opened in the tree, its report in the viewer.
+  void OpenSeries(const std::string& asc_file);
   bool Running() const { return running_; }
 
   QMenu* mnuBatch = nullptr;
@@ -75,6 +83,8 @@ class DesktopSession : public QObject {
   std::unique_ptr<batch::ProjectForms> forms_;
   std::unique_ptr<batch::ProjectCommands> commands_;
   ReportPane* pane_ = nullptr;
+  report::SeriesOverviewTable* overview_ = nullptr;
+  QWidget* reports_ = nullptr;  // the overview above the tree and viewer
   QWidget* welcome_ = nullptr;
   bool running_ = false;
   bool tree_shown_ = false;

@@ -19,6 +19,7 @@
 #include "app/modal_robot.h"
 #include "app/report_pane.h"
 #include "app/screenshots_aggregate.h"
+#include "app/screenshots_ux.h"
 #include "batch/forms/frm_progress.h"
 #include "batch/forms/frm_project_forms.h"
 #include "report/forms/frm_allgraphs_sel.h"
@@ -279,6 +280,7 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     show("BROKEN.ASC", "main_after_run_failed.png");
     show("S6", "main_after_run_summary.png");
     show("AG2", "main_after_walk.png");
+    OverviewScreenshots(form, session, dir);
     robot->Stop();
     ModelPages(&form, dir, program, program / "examples" / "AIRLINE.ASC", "wizard_explicit");
     ModelPages(&form, dir, program, WriteCausalSample(program / "examples", program / "CONSGDP.ASC"),

@@ -142,6 +142,8 @@ std::string LinkTreeBaseName(const std::string& project_file) {
   return WithoutSuffix(FileName(project_file), ".xml");
 }
 
+std::string ErrorPageReason(const fs::path& page) { return ErrorPageText(page); }
+
 std::string DatasetName(const std::string& asc_file) {
   return WithoutSuffix(FileName(asc_file), ".asc");
 }

@@ -18,6 +18,9 @@ std::string LinkTreeBaseName(const std::string& project_file);
 // A dataset's name in the tree: its file name less a closing ".asc" (any case).
 std::string DatasetName(const std::string& asc_file);
 
+// The sentence an error page (<dataset>err.html) gives as the failure's reason.
+std::string ErrorPageReason(const fs::path& page);
+
 // Fills the tree: per dataset a node on display.html, with "Details" and the graph rows
 // under it. The graph rows stand whether or not a picture was drawn.
 void BuildLinkTree(cLinkTree& tree, const std::vector<std::string>& asc_files);

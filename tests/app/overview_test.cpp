@@ -1,0 +1,122 @@
+// The series overview after a desktop run of a project with good, held-out and rejected
+// datasets: what each row says, sorting, the filter, and a double click opening the reports.
+#include <gtest/gtest.h>
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QTextBrowser>
+#include <QTreeWidget>
+
+#include "app/modal_robot.h"
+#include "app/report_pane.h"
+#include "batch/batch_file.h"
+#include "gui.h"
+#include "report/forms/series_overview_table.h"
+#include "rules/forms/frm_wizard1.h"
+
+namespace tessaly::testing {
+namespace {
+
+using report::SeriesOverviewTable;
+
+// AIRLINE with its last year held out of the estimation, under the same series name.
+void WriteHeldOut(const fs::path& from, const fs::path& to) {
+  std::string text = ReadFile(from), out;
+  std::vector<std::string> lines;
+  for (size_t at = 0; at < text.size();) {
+    size_t end = text.find("\r\n", at);
+    lines.push_back(text.substr(at, end - at));
+    at = end + 2;
+  }
+  lines[7] = "132";  // observations
+  lines[9] = "12";   // retained values: the same last 12, now after the 0 future values
+  for (const auto& line : lines) out += line + "\r\n";
+  WriteFile(to, out);
+}
+
+std::vector<std::string> Column(QTableWidget* table, int column) {
+  std::vector<std::string> out;
+  for (int r = 0; r < table->rowCount(); ++r)
+    if (!table->isRowHidden(r)) out.push_back(table->item(r, column)->text().toStdString());
+  return out;
+}
+
+TEST(SeriesOverview, ShowsEachDatasetsOutcomeSortsFiltersAndOpensItsReports) {
+  DesktopFixture d;
+  WriteHeldOut(d.data / "AIRLINE.ASC", d.data / "HELDOUT.ASC");
+  batch::cBatchFile project(d.program.path());
+  project.SetBatchName("overview.xml");
+  project.SetInDirectory(d.data.path().string());
+  project.SetOutDirectory((d.data / "overview").string());
+  for (const char* asc : {"AIRLINE.ASC", "HELDOUT.ASC", "BROKEN.ASC", "NILE.ASC"}) project.Add_File(asc, 0, 0, "00/00/00");
+  ASSERT_TRUE(project.Build(d.data / "overview.xml"));
+  ASSERT_TRUE(d.session->OpenProject(d.data / "overview.xml")) << d.Messages();
+
+  app::ModalRobot robot(nullptr, [](QWidget* modal) {
+    auto* wizard = qobject_cast<rules::frmWizard1*>(modal);
+    if (!wizard) return false;
+    if (wizard->Wizard().Step() != 0) return Click(wizard, "cmdNav4");
+    wizard->optModelingType[2]->click();
+    return Click(wizard, "cmdNav3");
+  });
+  d.session->mnuBatchRun->trigger();
+  robot.Stop();
+
+  SeriesOverviewTable* overview = d.session->Overview();
+  QTableWidget* table = overview->tblSeries;
+  ASSERT_TRUE(table->isVisible());
+  EXPECT_EQ(overview->lblCounts->text(), "4 datasets: 2 forecast, 2 rejected, 0 failed, 0 not run") << d.Messages();
+  struct Expected {
+    const char* dataset;
+    const char* status;
+    bool modelled, held_out;
+    const char* notes_start;
+  };
+  const Expected expected[] = {
+      {"AIRLINE", "forecast", true, false, ""},
+      {"HELDOUT", "forecast", true, true, ""},
+      {"BROKEN", "rejected", false, false, "The total size of BROKEN.ASC does not agree with the anticipated size"},
+      {"NILE", "rejected", false, false, "You cannot process datasets with different seasonalities in the same xml."},
+  };
+  for (int r = 0; r < 4; ++r) {
+    const Expected& e = expected[r];
+    SCOPED_TRACE(e.dataset);
+    auto cell = [&](int c) { return table->item(r, c)->text().toStdString(); };
+    EXPECT_EQ(cell(SeriesOverviewTable::kDataset), e.dataset);
+    EXPECT_EQ(cell(SeriesOverviewTable::kStatus), e.status);
+    EXPECT_EQ(!cell(SeriesOverviewTable::kModel).empty(), e.modelled);
+    EXPECT_EQ(!cell(SeriesOverviewTable::kTransform).empty(), e.modelled);
+    EXPECT_EQ(!cell(SeriesOverviewTable::kInterventions).empty(), e.modelled);
+    if (e.modelled) EXPECT_GT(table->item(r, SeriesOverviewTable::kMape)->data(Qt::DisplayRole).toDouble(), 0.0);
+    EXPECT_EQ(!cell(SeriesOverviewTable::kHoldOut).empty(), e.held_out);
+    EXPECT_EQ(cell(SeriesOverviewTable::kNotes).rfind(e.notes_start, 0), 0u) << cell(SeriesOverviewTable::kNotes);
+  }
+
+  // Sorting by a figure sorts by its value; by name, alphabetically.
+  table->horizontalHeader()->setSortIndicator(SeriesOverviewTable::kMape, Qt::DescendingOrder);
+  auto mape = Column(table, SeriesOverviewTable::kMape);
+  EXPECT_GE(std::stod(mape[0]), std::stod(mape[1]));
+  EXPECT_EQ(mape[2], "");
+  table->horizontalHeader()->setSortIndicator(SeriesOverviewTable::kDataset, Qt::AscendingOrder);
+  EXPECT_EQ(Column(table, SeriesOverviewTable::kDataset),
+            (std::vector<std::string>{"AIRLINE", "BROKEN", "HELDOUT", "NILE"}));
+  overview->txtFilter->setText("Rejected");
+  EXPECT_EQ(Column(table, SeriesOverviewTable::kDataset), (std::vector<std::string>{"BROKEN", "NILE"}));
+  overview->txtFilter->clear();
+
+  // A double click: a rejected dataset's reason on the overview page, a forecast's details.
+  const std::pair<int, const char*> opened[] = {{1, "display.html"}, {0, "AIRLINE.htm"}};
+  for (const auto& [row, file] : opened) {
+    emit table->cellDoubleClicked(row, SeriesOverviewTable::kStatus);
+    EXPECT_EQ(d.session->Pane()->CurrentFile().filename().string(), file);
+    const std::string asc = table->item(row, 0)->text().toStdString() + ".ASC";
+    EXPECT_EQ(app::ReportPane::KeyOf(d.session->Pane()->trvMenu->currentItem()), asc);
+  }
+  EXPECT_NE(d.session->Pane()->brsReport->toPlainText().indexOf("Model details: PASSENGERS"), -1);
+}
+
+}  // namespace
+}  // namespace tessaly::testing
