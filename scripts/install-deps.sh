@@ -12,6 +12,8 @@ packages=(
   # desktop
   qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-charts-dev libgl-dev
   xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  # the interactive graphs: Qt Charts needs the OpenGL module's development files
+  libqt6opengl6-dev
   # logic libraries
   libxml2-dev libxml2-utils libsqlite3-dev libeigen3-dev libboost-dev
   libxlsxwriter-dev libfreexl-dev libminizip-dev zlib1g-dev

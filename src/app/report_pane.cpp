@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -19,6 +20,9 @@
 #include <QVBoxLayout>
 
 #include "platform/paths.h"
+#include "report/chart_data.h"
+#include "report/forms/series_chart.h"
+#include "report/graph_plan.h"
 
 namespace tessaly::app {
 
@@ -98,9 +102,24 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
   connect(actOpenInBrowser, &QAction::triggered, this, &ReportPane::OpenInBrowser);
   trvMenu->addAction(actOpenInBrowser);
   bar->addAction(actOpenInBrowser);
+  actInteractive = new QAction("&Interactive Graph", this);
+  actInteractive->setObjectName("actInteractive");
+  actInteractive->setCheckable(true);
+  actInteractive->setChecked(true);
+  actInteractive->setShortcut(QKeySequence("Ctrl+G"));
+  actInteractive->setToolTip("Show a dataset's graph as an interactive chart (zoom, values, lines on and off) "
+                             "or as the picture the run drew (Ctrl+G)");
+  actInteractive->setEnabled(false);
+  connect(actInteractive, &QAction::toggled, this, [this](bool on) {
+    if (on && ShowChart(current_)) return;
+    stkViewer->setCurrentWidget(brsReport);
+  });
+  bar->addAction(actInteractive);
   bar->addSeparator();
   bar->addWidget(lblFile);
-  brsReport = new ReportBrowser(right);
+  stkViewer = new QStackedWidget(right);
+  stkViewer->setObjectName("stkViewer");
+  brsReport = new ReportBrowser(stkViewer);
   brsReport->setObjectName("brsReport");
   brsReport->setOpenLinks(false);
   connect(brsReport, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) {
@@ -115,8 +134,11 @@ ReportPane::ReportPane(QWidget* parent) : QWidget(parent) {
     }
     QDesktopServices::openUrl(url);
   });
+  chtSeries = new report::SeriesChart(stkViewer);
+  stkViewer->addWidget(brsReport);
+  stkViewer->addWidget(chtSeries);
   right_layout->addWidget(bar);
-  right_layout->addWidget(brsReport, 1);
+  right_layout->addWidget(stkViewer, 1);
 
   splitter->addWidget(trvMenu);
   splitter->addWidget(right);
@@ -201,6 +223,8 @@ void ReportPane::SyncTree(const batch::ReportTree& model) {
 
 void ReportPane::navigate(const fs::path& file) {
   current_ = file;
+  stkViewer->setCurrentWidget(brsReport);
+  actInteractive->setEnabled(false);
   lblFile->setText(Native(file.filename()));
   lblFile->setToolTip(Native(file));
   bool exists = fs::exists(file);
@@ -227,6 +251,7 @@ void ReportPane::navigate(const fs::path& file) {
     QUrl name("tessaly-picture:" + Native(file.filename()));
     brsReport->document()->addResource(QTextDocument::ImageResource, name, picture);
     brsReport->setHtml(QString("<p align=\"center\"><img src=\"%1\"></p>").arg(name.toString()));
+    ShowChart(file);
     return;
   }
   QFile text(Native(file));
@@ -237,6 +262,38 @@ void ReportPane::navigate(const fs::path& file) {
   QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   brsReport->document()->setDefaultFont(fixed);
   brsReport->setPlainText(QString::fromLocal8Bit(text.readAll()));
+}
+
+bool ReportPane::ShowingChart() const { return stkViewer->currentWidget() == chtSeries; }
+
+bool ReportPane::ShowChart(const fs::path& file) {
+  // <dataset><suffix>.jpg: the graphs drawn from the actuals and the forecasts have an
+  // interactive form; those of the fit and the residuals stay pictures.
+  const std::string name = file.filename().string();
+  // "fore.jpg" ends "actfore.jpg" too: the longest suffix names the graph.
+  const report::GraphInfo* found = nullptr;
+  for (const report::GraphInfo& graph : report::AllGraphs()) {
+    const std::string_view suffix = graph.file_suffix;
+    if (platform::EndsWithNoCase(name, suffix) && name.size() > suffix.size() &&
+        (!found || suffix.size() > std::string_view(found->file_suffix).size()))
+      found = &graph;
+  }
+  if (found) {
+    const report::GraphInfo& graph = *found;
+    const std::string suffix = graph.file_suffix;
+    const bool drawable = graph.kind == report::GraphKind::Act || graph.kind == report::GraphKind::ActFore ||
+                          graph.kind == report::GraphKind::Fore || graph.kind == report::GraphKind::ActCleanse ||
+                          graph.kind == report::GraphKind::ActFitFore;
+    if (!drawable) return false;
+    auto data = report::ReadChartData(file.parent_path(), name.substr(0, name.size() - suffix.size()));
+    if (!data) return false;
+    actInteractive->setEnabled(true);
+    if (!actInteractive->isChecked()) return false;
+    chtSeries->SetData(std::move(*data), graph.kind == report::GraphKind::ActCleanse);
+    stkViewer->setCurrentWidget(chtSeries);
+    return true;
+  }
+  return false;
 }
 
 void ReportPane::OpenInBrowser() {

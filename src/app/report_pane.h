@@ -18,6 +18,11 @@ class QTextBrowser;
 class QToolBar;
 class QTreeWidget;
 class QTreeWidgetItem;
+class QStackedWidget;
+
+namespace tessaly::report {
+class SeriesChart;
+}
 
 namespace tessaly::app {
 
@@ -46,6 +51,13 @@ class ReportPane : public QWidget {
   QTextBrowser* brsReport = nullptr;
   QLabel* lblFile = nullptr;
   QAction* actOpenInBrowser = nullptr;
+  // A dataset's graph shows as an interactive chart when its data are at hand; this action
+  // switches between the chart and the JPEG picture the run drew.
+  QAction* actInteractive = nullptr;
+  QStackedWidget* stkViewer = nullptr;
+  report::SeriesChart* chtSeries = nullptr;
+  // True while the viewer shows the interactive chart.
+  bool ShowingChart() const;
 
  signals:
   // A node was clicked (or chosen with the keyboard): its model key.
@@ -55,6 +67,8 @@ class ReportPane : public QWidget {
 
  private:
   void OpenInBrowser();
+  // Shows the chart for a graph file of a dataset when its data can be read; false otherwise.
+  bool ShowChart(const fs::path& file);
   std::map<std::string, QTreeWidgetItem*> items_;
   QIcon folder_icon_, doc_icon_, graph_icon_;
   fs::path current_;

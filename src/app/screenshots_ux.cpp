@@ -1,13 +1,30 @@
 #include "app/screenshots_ux.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QTableWidget>
 
 #include "app/desktop_session.h"
+#include "app/report_pane.h"
+#include "batch/report_tree.h"
+#include "report/forms/series_chart.h"
+#include <QLabel>
+#include <QLineSeries>
+#include <QTreeWidget>
 #include "report/forms/series_overview_table.h"
 #include "shell/forms/frm_main.h"
 
 namespace tessaly::app {
+
+namespace {
+// The chart lays its axes out on later events: let them run before the picture is taken.
+void Settle() {
+  QElapsedTimer timer;
+  timer.start();
+  while (timer.elapsed() < 300) QApplication::processEvents(QEventLoop::AllEvents, 50);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+}  // namespace
 
 void OverviewScreenshots(shell::frmMain& form, DesktopSession& session, const QString& dir) {
   report::SeriesOverviewTable* overview = session.Overview();
@@ -25,6 +42,23 @@ void OverviewScreenshots(shell::frmMain& form, DesktopSession& session, const QS
     form.grab().save(dir + "/main_overview_rejected.png");
     break;
   }
+
+  // A dataset's forecasts as an interactive chart: the first window, then zoomed into the
+  // last two years of history and the forecast year, the pointer on a forecast.
+  ReportPane* pane = session.Pane();
+  const std::string key = batch::RowKey("AIRLINE.ASC", "G2");
+  if (QTreeWidgetItem* item = pane->ItemByKey(key)) pane->trvMenu->setCurrentItem(item);
+  session.trvMenu_NodeClick(key);
+  Settle();
+  if (!pane->ShowingChart()) return;
+  form.grab().save(dir + "/graph_interactive.png");
+  report::SeriesChart* chart = pane->chtSeries;
+  const int last = chart->Window().last;
+  chart->ShowWindow(last - 35, last);
+  for (QLineSeries* line : chart->Lines())
+    if (line->name() == "Forecasts") chart->lblValue->setText(chart->ValueText(line, last - 5));
+  Settle();
+  form.grab().save(dir + "/graph_interactive_zoomed.png");
 }
 
 }  // namespace tessaly::app

@@ -13,8 +13,16 @@
 #include "app/modal_robot.h"
 #include "app/report_pane.h"
 #include "batch/batch_file.h"
+#include "batch/report_tree.h"
 #include "gui.h"
+#include "report/chart_data.h"
+#include "report/forms/series_chart.h"
 #include "report/forms/series_overview_table.h"
+#include <QCategoryAxis>
+#include <QChart>
+#include <QChartView>
+#include <QLegendMarker>
+#include <QLineSeries>
 #include "rules/forms/frm_wizard1.h"
 
 namespace tessaly::testing {
@@ -116,6 +124,63 @@ TEST(SeriesOverview, ShowsEachDatasetsOutcomeSortsFiltersAndOpensItsReports) {
     EXPECT_EQ(app::ReportPane::KeyOf(d.session->Pane()->trvMenu->currentItem()), asc);
   }
   EXPECT_NE(d.session->Pane()->brsReport->toPlainText().indexOf("Model details: PASSENGERS"), -1);
+
+  // The forecasts graph as a chart: first the forecast year and four years before it, ticks
+  // on whole years; zoomed in, ticks on months; a line toggled off in the legend.
+  app::ReportPane* pane = d.session->Pane();
+  d.session->trvMenu_NodeClick(batch::RowKey("AIRLINE.ASC", "G2"));
+  ASSERT_TRUE(pane->ShowingChart());
+  report::SeriesChart* chart = pane->chtSeries;
+  auto axis_labels = [&] {
+    auto* axis = qobject_cast<QCategoryAxis*>(chart->view->chart()->axes(Qt::Horizontal).front());
+    std::vector<std::string> out;
+    for (const QString& label : axis->categoriesLabels()) out.push_back(label.toStdString());
+    return out;
+  };
+  using Labels = std::vector<std::string>;
+  EXPECT_EQ(axis_labels(), (Labels{"1957", "1958", "1959", "1960", "1961"}));
+  chart->ShowWindow(150, 155);
+  EXPECT_EQ(axis_labels(), (Labels{"1961/7", "1961/8", "1961/9", "1961/10", "1961/11", "1961/12"}));
+  chart->ShowWholeSeries();
+  EXPECT_EQ(axis_labels(), (Labels{"1950", "1952", "1954", "1956", "1958", "1960"}));
+  QLineSeries* forecasts = chart->Lines()[2];
+  EXPECT_EQ(chart->ValueText(forecasts, 144).left(20), "1961/1  Forecasts: 4");
+  for (QLegendMarker* marker : chart->view->chart()->legend()->markers(forecasts)) emit marker->clicked();
+  EXPECT_FALSE(forecasts->isVisible());
+  pane->actInteractive->trigger();
+  EXPECT_FALSE(pane->ShowingChart());
+}
+
+TEST(SeriesChartTicks, FallOnWholeYearsOrSeasonSteps) {
+  auto periods = [](int year, int period, int seasonality, int count) {
+    std::vector<report::Period> out;
+    for (int i = 0; i < count; ++i, ++period) {
+      if (period > seasonality) period = 1, ++year;
+      out.push_back({year, period});
+    }
+    return out;
+  };
+  struct Case {
+    int year, period, seasonality, count, first, last;
+    std::vector<std::string> labels;
+  };
+  const Case cases[] = {
+      {1871, 1, 1, 100, 0, 99, {"1880", "1890", "1900", "1910", "1920", "1930", "1940", "1950", "1960", "1970"}},
+      {1871, 1, 1, 100, 90, 99, {"1961", "1962", "1963", "1964", "1965", "1966", "1967", "1968", "1969", "1970"}},
+      {1959, 1, 4, 206, 0, 205, {"1960", "1970", "1980", "1990", "2000", "2010"}},      // quarterly, 51 years
+      {1959, 3, 4, 206, 2, 9, {"1960", "1960/2", "1960/3", "1960/4", "1961", "1961/2", "1961/3", "1961/4"}},
+      {1949, 1, 12, 144, 100, 111, {"1957/5", "1957/7", "1957/9", "1957/11", "1958", "1958/3"}},  // a year of months
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> labels;
+    for (const auto& tick : report::AxisTicks(periods(c.year, c.period, c.seasonality, c.count), c.seasonality,
+                                              c.first, c.last))
+      labels.push_back(tick.label);
+    EXPECT_EQ(labels, c.labels) << c.year << " " << c.seasonality << " " << c.first << "-" << c.last;
+  }
+  // The first window: every forecast and four times as much history, or all of a short series.
+  EXPECT_EQ(report::DefaultWindow(156, 144, 12).first, 96);
+  EXPECT_EQ(report::DefaultWindow(40, 30, 4).first, 0);
 }
 
 }  // namespace
