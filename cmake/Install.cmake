@@ -77,6 +77,6 @@ if(TESSALY_DPKG_SHLIBDEPS)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_INSTALL_PREFIX}/${TESSALY_INSTALL_DIR})
 else()
   set(CPACK_DEBIAN_PACKAGE_DEPENDS
-      "libqt6widgets6, libqt6gui6, libqt6core6, libxml2, libsqlite3-0, libxlsxwriter1 | libxlsxwriter3, libfreexl1, libminizip1")
+      "libqt6widgets6, libqt6gui6, libqt6core6, libqt6charts6, libxml2, libsqlite3-0, libxlsxwriter1 | libxlsxwriter3, libfreexl1, libminizip1")
 endif()
 include(CPack)

@@ -52,6 +52,9 @@ class MainFormRunView : public batch::RunView {
     s_.SetStatus(text);
     // The tree grows as each dataset is filed.
     s_.SyncTree();
+    // The window is drawn again where the wizard and the progress window stood, while the
+    // run goes on without waiting for events; input waits for the end of the run.
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }
   void ShowReportTree(bool visible) override { s_.ShowReportTree(visible); }
   void SetRunMenusEnabled(bool enabled, bool) override { s_.SetRunMenusEnabled(enabled); }

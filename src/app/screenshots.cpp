@@ -241,9 +241,13 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
       if (auto* progress = qobject_cast<batch::frmProgress*>(modal)) {
         // The window as it opens, and a moment later with the engine at work.
         if (*progress_taken == 0) progress->grab().save(dir + "/progress_start.png");
-        if (++*progress_taken == 12) {
+        // Mid-run: the second dataset inside the engine.
+        const int stage = progress->SeriesBar->value();
+        if (*progress_taken >= 0 && progress->ProjectBar->value() >= 1 && stage >= 1 && stage <= 4) {
           progress->grab().save(dir + "/progress.png");
+          *progress_taken = -1000000;
         }
+        ++*progress_taken;
         return false;
       }
       if (auto* box = qobject_cast<QMessageBox*>(modal)) {

@@ -24,6 +24,12 @@
 #include <QLegendMarker>
 #include <QLineSeries>
 #include "rules/forms/frm_wizard1.h"
+#include "batch/engine/engine_client.h"
+#include "batch/forms/frm_progress.h"
+#include <QElapsedTimer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTimer>
 
 namespace tessaly::testing {
 namespace {
@@ -181,6 +187,55 @@ TEST(SeriesChartTicks, FallOnWholeYearsOrSeasonSteps) {
   // The first window: every forecast and four times as much history, or all of a short series.
   EXPECT_EQ(report::DefaultWindow(156, 144, 12).first, 96);
   EXPECT_EQ(report::DefaultWindow(40, 30, 4).first, 0);
+}
+
+// An engine in its estimation stage that ends after a few polls.
+class EstimatingWork : public platform::WaitedWork {
+ public:
+  void Poll() override { finished_ = finished_ || ++polls_ > 15; }
+  bool Finished() const override { return finished_; }
+  void Cancel() override { cancel_ = true; }
+  bool CancelRequested() const override { return cancel_; }
+  std::string StageText() const override { return " Model Estimation "; }
+  int SeriesNumber() const override { return 2; }
+  int SeriesCount() const override { return 4; }
+  std::string SeriesName() const override { return "ELNINO.ASC"; }
+
+ private:
+  int polls_ = 0;
+  bool finished_ = false, cancel_ = false;
+};
+
+TEST(ProgressWindow, ShowsTheDatasetsStageAndCancelsUntilItCloses) {
+  OffscreenApp();
+  batch::RunCanceled() = false;
+  EstimatingWork work;
+  batch::frmProgress form;
+  form.SetTimings(20, 3000, 5);
+  form.SetEngine(&work);
+  std::vector<std::string> stages;
+  bool cancel_after_engine = false;
+  QTimer watch;
+  QObject::connect(&watch, &QTimer::timeout, [&] {
+    const std::string text = form.SeriesBar->text().toStdString();
+    if (stages.empty() || stages.back() != text) stages.push_back(text);
+    if (form.SeriesBar->value() == 5 && form.btnCancel->isVisible() && form.btnCancel->isEnabled() && !cancel_after_engine) {
+      cancel_after_engine = true;
+      form.btnCancel->click();
+    }
+  });
+  watch.start(5);
+  QElapsedTimer clock;
+  clock.start();
+  form.exec();
+  EXPECT_TRUE(cancel_after_engine);
+  EXPECT_LT(clock.elapsed(), 2500);  // closed by the cancel, not after the pause
+  EXPECT_TRUE(batch::RunCanceled());
+  batch::RunCanceled() = false;
+  EXPECT_EQ(form.ProjectBar->text().toStdString(), "Project: 2 of 4 datasets done");
+  ASSERT_GE(stages.size(), 2u);
+  EXPECT_EQ(stages[stages.size() - 2], "ELNINO.ASC: Model Estimation (stage 3 of 5)");
+  EXPECT_EQ(stages.back(), "ELNINO.ASC: reports and graphs next (stage 5 of 5)");
 }
 
 }  // namespace

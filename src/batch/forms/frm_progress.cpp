@@ -11,6 +11,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "batch/engine/engine_client.h"
+
 namespace tessaly::batch {
 
 frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
@@ -32,6 +34,10 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   ProjectBar = new QProgressBar(this);
   ProjectBar->setObjectName("ProjectBar");
   ProjectBar->setVisible(false);
+  SeriesBar = new QProgressBar(this);
+  SeriesBar->setObjectName("SeriesBar");
+  SeriesBar->setRange(0, 5);
+  SeriesBar->setValue(0);
   txtComplete = new QPlainTextEdit(this);
   txtComplete->setObjectName("txtComplete");
   txtComplete->setReadOnly(true);
@@ -50,6 +56,7 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   buttons->addWidget(btnOK);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(ProjectBar);
+  layout->addWidget(SeriesBar);
   layout->addWidget(lblSeries);
   layout->addWidget(lblProgress);
   layout->addWidget(ProgressBar1);
@@ -66,7 +73,10 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   poll_timer_ = new QTimer(this);
   poll_timer_->setInterval(100);
   connect(poll_timer_, &QTimer::timeout, this, [this] {
-    if (engine_) engine_->Poll();
+    if (!engine_) return;
+    engine_->Poll();
+    // The stage shows as soon as the engine enters it, between the ticks too.
+    if (!state_.finished()) ShowSeriesStage(engine_->StageText(), false);
   });
   connect(btnCancel, &QPushButton::clicked, this, &frmProgress::btnCancelClick);
   connect(btnOK, &QPushButton::clicked, this, &QDialog::accept);
@@ -113,6 +123,7 @@ void frmProgress::FormLoad() {
   }
   lblProgress->setText(QString::fromStdString(state_.label()));
   lblTime->setText(QString::fromStdString(state_.time_text()));
+  ShowSeriesStage(state_.label(), false);
   QApplication::setOverrideCursor(Qt::WaitCursor);
   pointer_overridden_ = true;
   ProgressBar1->setValue(state_.bar());
@@ -127,10 +138,13 @@ void frmProgress::Timer1Tick() {
                               engine_->StageText());
   ProgressBar1->setValue(state_.bar());
   lblProgress->setText(QString::fromStdString(state_.label()));
+  ShowSeriesStage(state_.label(), finished);
   if (!finished) return;
   Timer1->stop();
   poll_timer_->stop();
-  btnCancel->setVisible(false);
+  // Cancel stays until the window closes: after the engine it stops the run before this
+  // dataset's reports and graphs.
+  btnCancel->setVisible(!engine_->CancelRequested());
   lblProgress->setVisible(false);
   ProgressBar1->setVisible(false);
   txtComplete->setVisible(true);
@@ -145,8 +159,35 @@ void frmProgress::Timer1Tick() {
 }
 
 void frmProgress::btnCancelClick() {
-  if (engine_) engine_->Cancel();
   btnCancel->setEnabled(false);
+  if (state_.finished()) {
+    // The engine is done: the run ends as a cancel does, and nothing waits any longer.
+    RunCanceled() = true;
+    accept();
+    return;
+  }
+  if (engine_) engine_->Cancel();
+}
+
+void frmProgress::ShowSeriesStage(const std::string& stage_label, bool engine_finished) {
+  // The engine names the stage it is in; the bar never goes back.
+  static const char* const kStages[] = {" Data Preparation ", " Model Identification ", " Model Estimation ",
+                                        " Model Diagnosis "};
+  int stage = SeriesBar->value();
+  QString text = stage == 0 ? QString("starting the engine") : SeriesBar->property("stage").toString();
+  for (int k = 0; k < 4; ++k)
+    if (stage_label == kStages[k] && k + 1 >= stage) {
+      stage = k + 1;
+      text = QString::fromStdString(kStages[k]).trimmed();
+    }
+  if (engine_finished) {
+    stage = 5;
+    text = engine_ && engine_->CancelRequested() ? QString("canceled") : QString("reports and graphs next");
+  }
+  SeriesBar->setValue(stage);
+  SeriesBar->setProperty("stage", text);
+  const QString name = engine_ ? QString::fromStdString(engine_->SeriesName()) : QString();
+  SeriesBar->setFormat(QString("%1%2 (stage %3 of 5)").arg(name.isEmpty() ? QString() : name + ": ", text).arg(stage));
 }
 
 void frmProgress::reject() {

@@ -37,6 +37,8 @@ class frmProgress : public QDialog {
   QProgressBar* ProgressBar1 = nullptr;
   // The whole project: the datasets done before this one, of all; shown when there are several.
   QProgressBar* ProjectBar = nullptr;
+  // The dataset in hand: the engine's four stages, then its reports and graphs.
+  QProgressBar* SeriesBar = nullptr;
   QPlainTextEdit* txtComplete = nullptr;
   QTimer* Timer1 = nullptr;
 
@@ -53,6 +55,7 @@ class frmProgress : public QDialog {
   void Timer1Tick();
   void btnCancelClick();
   void RestorePointer();
+  void ShowSeriesStage(const std::string& stage_label, bool engine_finished);
 
   platform::WaitedWork* engine_ = nullptr;
   ProgressFormState state_;
