@@ -59,19 +59,18 @@ SeriesChart::SeriesChart(QWidget* parent) : QWidget(parent) {
   view->viewport()->installEventFilter(this);
   lblValue = new QLabel(this);
   lblValue->setObjectName("lblValue");
-  lblValue->setMinimumWidth(260);
+  // The value line never widens the viewer: a long text is cut, not the window stretched.
+  lblValue->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   cmdForecast = new QPushButton("Forecast", this);
   cmdForecast->setObjectName("cmdForecast");
   cmdForecast->setToolTip("The forecasts and enough history to judge them");
   cmdWhole = new QPushButton("Whole series", this);
   cmdWhole->setObjectName("cmdWhole");
-  auto* hint = new QLabel("Drag to zoom, wheel to zoom, right click to go back; click a legend entry to hide or show it.", this);
-  hint->setStyleSheet("color: #666");
+  view->setMinimumSize(200, 150);
   auto* bar = new QHBoxLayout();
   bar->addWidget(cmdForecast);
   bar->addWidget(cmdWhole);
   bar->addWidget(lblValue, 1);
-  bar->addWidget(hint);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addLayout(bar);
@@ -131,7 +130,8 @@ void SeriesChart::SetData(ChartData data, bool show_adjusted) {
       FitValueAxis();
     });
   }
-  lblValue->clear();
+  // Until the pointer rests on a line, the line tells how to use the chart.
+  lblValue->setText("Drag or wheel to zoom, right click to go back; a legend entry hides or shows its line.");
   ShowForecastWindow();
 }
 
