@@ -92,6 +92,7 @@ void SeriesChart::SetData(ChartData data, bool show_adjusted) {
   x_axis_->setLabelsPosition(QCategoryAxis::AxisLabelsPositionOnValue);
   x_axis_->setTitleText("Period");
   y_axis_ = new QValueAxis();
+  y_axis_->setLabelFormat("%.6g");  // 800, not 800.0; 0.25 as it is
   chart_->addAxis(x_axis_, Qt::AlignBottom);
   chart_->addAxis(y_axis_, Qt::AlignLeft);
   struct Style {
