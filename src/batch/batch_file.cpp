@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "batch/batch_schema.h"
+#include "formats/batch_schema.h"
 #include "batch/batch_texts.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
