@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace quorvane {
@@ -37,20 +38,13 @@ std::string Real12(double v) {
   return Right(s, 12);
 }
 
-std::string Trimmed(std::string s) {
-  size_t b = s.find_first_not_of(' ');
-  if (b == std::string::npos) return {};
-  size_t e = s.find_last_not_of(' ');
-  return s.substr(b, e - b + 1);
-}
-
 // Fixed-width fields of a line: nullopt when a field is not a number.
 template <class T>
 std::optional<std::vector<T>> Fields(const std::string& line, size_t width, size_t count) {
   std::vector<T> out;
   for (size_t i = 0; i < count; ++i) {
     if (line.size() < i * width + 1) return std::nullopt;
-    std::string field = Trimmed(line.substr(i * width, width));
+    std::string field = tessaly::platform::Trim(line.substr(i * width, width));
     if (field.empty()) return std::nullopt;
     char* end = nullptr;
     double v = std::strtod(field.c_str(), &end);
@@ -135,7 +129,7 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
     size_t i = 1;
     auto next = [&]() -> const std::string* { return i < r.size() ? &r[i++] : nullptr; };
     if (k == 0) {
-      b.name = Trimmed(r[0].substr(0, 37));
+      b.name = tessaly::platform::Trim(r[0].substr(0, 37));
       const std::string* flag = next();
       auto f = flag ? Fields<int>(*flag, 6, 1) : std::nullopt;
       if (!f || ((*f)[0] != 0 && (*f)[0] != 1)) return std::nullopt;
@@ -147,7 +141,7 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
         b.constant = (*v)[0];
       }
     } else {
-      b.name = Trimmed(r[0]);
+      b.name = tessaly::platform::Trim(r[0]);
     }
     const std::string* lambda_line = next();
     auto lambda = lambda_line ? Fields<double>(*lambda_line, 12, 1) : std::nullopt;

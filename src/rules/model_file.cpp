@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/numfmt.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 #include "rules/rule_values.h"
 
@@ -92,11 +93,6 @@ std::string Reals12(const std::string& list) {
   std::string out;
   for (const std::string& item : SplitList(list)) out += RightJustify(LeftChars(item, 8), 12);
   return out;
-}
-
-std::string RTrim(std::string s) {
-  while (!s.empty() && s.back() == ' ') s.pop_back();
-  return s;
 }
 
 std::string Int6(int v) { return RightJustify(std::to_string(v), 6); }
@@ -193,7 +189,7 @@ std::vector<std::string> BuildNoiseRow(const StartmodPage& p, const std::string&
   row.push_back(Int6(ar) + Int6(diff) + Int6(ma));
   if (diff > 0) row.push_back(Ints6(p.txtStartmod4.text));
   if (static_cast<long long>(ar) + ma > 0) {
-    row.push_back(RTrim(Ints6(p.txtStartmod7.text)) + RTrim(Ints6(p.txtStartmod10.text)));
+    row.push_back(platform::TrimEnd(Ints6(p.txtStartmod7.text)) + platform::TrimEnd(Ints6(p.txtStartmod10.text)));
     row.push_back(Ints6(p.txtStartmod8.text) + Ints6(p.txtStartmod11.text));
     row.push_back(Reals12(p.txtStartmod9.text) + Reals12(p.txtStartmod12.text));
   }
@@ -210,7 +206,7 @@ std::vector<std::string> BuildInputRow(const InputmodPage& p) {
   row.push_back(Int6(den) + Int6(diff) + Int6(num));
   if (diff > 0) row.push_back(Ints6(p.txtInputmod4.text));
   if (static_cast<long long>(den) + num > 0) {
-    row.push_back(RTrim(Ints6(p.txtInputmod7.text)) + RTrim(Ints6(p.txtInputmod10.text)));
+    row.push_back(platform::TrimEnd(Ints6(p.txtInputmod7.text)) + platform::TrimEnd(Ints6(p.txtInputmod10.text)));
     row.push_back(Ints6(p.txtInputmod8.text) + Ints6(p.txtInputmod11.text));
     row.push_back(Reals12(p.txtInputmod9.text) + Reals12(p.txtInputmod12.text));
   }
