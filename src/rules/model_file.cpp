@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/model_file.h"
 #include "platform/numfmt.h"
 #include "platform/text.h"
 #include "platform/textfile.h"
@@ -51,6 +52,12 @@ int SeriesCountOfNameLine(const std::string& line) {
 std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table) {
   auto lines = platform::ReadAllLines(file);
   if (!lines || lines->empty()) return std::nullopt;
+  // The engine's reader decides whether the file is a model: one the engine would refuse is
+  // not shown on the pages either, and the wizard starts from a new model.
+  if (!quorvane::ParseModelFile(*lines)) {
+    table.Clear();
+    return std::nullopt;
+  }
   int count = SeriesCountOfNameLine((*lines)[0]);
   table.ClearRows(0, count - 1);
   int row = -1, col = 0;

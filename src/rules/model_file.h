@@ -36,8 +36,9 @@ class ModelTable {
 // Writes rows 0 to series_count - 1, each up to its first empty cell, one cell a line.
 bool WriteModelFile(const fs::path& file, const ModelTable& table, int series_count);
 // Reads a saved model into the table; returns the series count of its first line
-// (columns 38 to 41), nullopt when the file cannot be read.
-std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table);
+// (columns 38 to 41). Nullopt when the file cannot be read or is not a model the engine
+// reads (the table is then empty).
+[[nodiscard]] std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table);
 
 // The count of series as the model's first line holds it.
 int SeriesCountOfNameLine(const std::string& line);
