@@ -155,18 +155,18 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
       return std::nullopt;
     if (n_diff > 0) {
       const std::string* d = next();
-      auto v = d ? Fields<int>(*d, 6, n_diff) : std::nullopt;
+      auto v = d ? Fields<int>(*d, 6, static_cast<size_t>(n_diff)) : std::nullopt;
       if (!v) return std::nullopt;
       b.differencing = *v;
     }
     if (n_first + n_second > 0) {
       const std::string* pc = next();
-      auto per = pc ? Fields<int>(*pc, 6, n_first + n_second) : std::nullopt;
+      auto per = pc ? Fields<int>(*pc, 6, static_cast<size_t>(n_first + n_second)) : std::nullopt;
       if (!per) return std::nullopt;
       size_t total = 0;
       for (int n : *per) {
         if (n < 0 || n > 50) return std::nullopt;
-        total += n;
+        total += static_cast<size_t>(n);
       }
       const std::string* pw = next();
       const std::string* cf = next();
@@ -174,13 +174,13 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
       auto coefs = cf ? Fields<double>(*cf, 12, total) : std::nullopt;
       if (!powers || !coefs) return std::nullopt;
       size_t at = 0;
-      for (int j = 0; j < n_first + n_second; ++j) {
+      for (size_t j = 0; j < per->size(); ++j) {
         Polynomial poly;
         for (int t = 0; t < (*per)[j]; ++t, ++at) {
           poly.powers.push_back((*powers)[at]);
           poly.coefficients.push_back((*coefs)[at]);
         }
-        (j < n_first ? b.first : b.second).push_back(poly);
+        (j < static_cast<size_t>(n_first) ? b.first : b.second).push_back(poly);
       }
     }
     if (i != r.size()) return std::nullopt;

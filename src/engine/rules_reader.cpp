@@ -62,8 +62,9 @@ bool Store(const RuleLine& line_rule, std::string_view field, EngineRules& r,
   if (line_rule.kind == RV::LambdaList) {
     std::vector<double> lambdas;
     for (int i = 0; i < lambda_count; ++i) {
-      std::string_view f = field.size() > static_cast<size_t>(4 * i)
-                               ? field.substr(4 * i, 4)
+      const size_t at = 4 * static_cast<size_t>(i);
+      std::string_view f = field.size() > at
+                               ? field.substr(at, 4)
                                : std::string_view{};
       auto v = ParseNumber(f);
       if (!v || *v < -1.0 || *v > 1.0) return false;

@@ -16,7 +16,7 @@ using platform::ValInt;
 
 std::vector<std::string> ModelTable::Row(int row) const {
   std::vector<std::string> out;
-  for (const std::string& c : cells_[row]) {
+  for (const std::string& c : cells_[Index(row)]) {
     if (c.empty()) break;
     out.push_back(c);
   }
@@ -24,8 +24,8 @@ std::vector<std::string> ModelTable::Row(int row) const {
 }
 
 void ModelTable::SetRow(int row, const std::vector<std::string>& cells) {
-  for (int c = 0; c < kCols; ++c)
-    cells_[row][c] = c < static_cast<int>(cells.size()) ? cells[c] : std::string();
+  for (size_t c = 0; c < Index(kCols); ++c)
+    cells_[Index(row)][c] = c < cells.size() ? cells[c] : std::string();
 }
 
 bool ModelTable::Empty() const { return IsBlank(cells_[0][0]); }
@@ -34,7 +34,7 @@ void ModelTable::Clear() { ClearRows(0, kRows - 1); }
 
 void ModelTable::ClearRows(int first, int last) {
   for (int r = std::max(first, 0); r <= last && r < kRows; ++r)
-    for (auto& c : cells_[r]) c.clear();
+    for (auto& c : cells_[Index(r)]) c.clear();
 }
 
 bool WriteModelFile(const fs::path& file, const ModelTable& table, int series_count) {
@@ -114,7 +114,7 @@ std::vector<std::string> Chunks(const std::string& line, size_t width, long long
   if (first < 0 || n <= 0 || first >= held) return out;
   const long long last = first + std::min(n, held - first);
   for (long long i = first; i < last; ++i) {
-    size_t col = i * width;
+    size_t col = static_cast<size_t>(i) * width;
     out.push_back(col < line.size() ? Trim(line.substr(col, width)) : std::string());
   }
   return out;
@@ -241,7 +241,7 @@ void FillNoisePage(const std::vector<std::string>& row, StartmodPage& p) {
   if (!IsBlank(counts[2])) p.txtStartmod6.text = CountText(ma);
   if (diff > 0) {
     std::string line = cell(at++);
-    p.txtStartmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
+    p.txtStartmod4.text = Join(Chunks(line, 6, 0, static_cast<long long>((line.size() + 5) / 6)));
   }
   if (static_cast<long long>(ar) + ma > 0) {  // counts from the file may be as large as an int
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);
@@ -285,7 +285,7 @@ void FillInputPage(const std::vector<std::string>& row, InputmodPage& p) {
   if (!IsBlank(counts[2])) p.txtInputmod6.text = CountText(num);
   if (diff > 0) {
     std::string line = cell(at++);
-    p.txtInputmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
+    p.txtInputmod4.text = Join(Chunks(line, 6, 0, static_cast<long long>((line.size() + 5) / 6)));
   }
   if (static_cast<long long>(den) + num > 0) {
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);

@@ -19,8 +19,8 @@ class ModelTable {
   static constexpr int kRows = 150;
   static constexpr int kCols = 10;
 
-  std::string& Cell(int row, int col) { return cells_[row][col]; }
-  const std::string& Cell(int row, int col) const { return cells_[row][col]; }
+  std::string& Cell(int row, int col) { return cells_[Index(row)][Index(col)]; }
+  const std::string& Cell(int row, int col) const { return cells_[Index(row)][Index(col)]; }
   // The cells of a row up to its first empty one.
   std::vector<std::string> Row(int row) const;
   void SetRow(int row, const std::vector<std::string>& cells);
@@ -30,6 +30,7 @@ class ModelTable {
   void ClearRows(int first, int last);
 
  private:
+  static size_t Index(int i) { return static_cast<size_t>(i); }
   std::array<std::array<std::string, kCols>, kRows> cells_;
 };
 
