@@ -45,3 +45,10 @@ function(tessaly_test name)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${props})
 endfunction()
+
+# The file readers and writers: a conversion that may change a number's sign fails the
+# build (GCC; clang reports it as a warning), since their counts and offsets come from files.
+function(tessaly_file_reader_sources)
+  set_source_files_properties(${ARGN} DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} PROPERTIES
+    COMPILE_OPTIONS "-Wsign-conversion;$<$<CXX_COMPILER_ID:GNU>:-Werror=sign-conversion>")
+endfunction()

@@ -6,6 +6,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<std::string> lines = tessaly::fuzz::Lines(tessaly::fuzz::AsText(data, size));
   std::optional<quorvane::ModelFile> model = quorvane::ParseModelFile(lines);
-  if (model) quorvane::ParseModelFile(quorvane::FormatModelFile(*model));
+  if (model) static_cast<void>(quorvane::ParseModelFile(quorvane::FormatModelFile(*model)));
   return 0;
 }

@@ -20,7 +20,7 @@
 #include "platform/dialogs.h"
 #include "platform/progress_wait.h"
 #ifdef BENCH_WITH_GRAPHS
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #endif
 
 namespace fs = std::filesystem;

@@ -6,6 +6,7 @@
 #include "platform/dialogs.h"
 #include "platform/numfmt.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace tessaly::aggregate {
@@ -44,11 +45,7 @@ const FlowTexts& TextsOf(SelectionFlow flow) {
 constexpr const char* kReview = "  Please review all selected asc files for accuracy.";
 constexpr const char* kReviewWide = "   Please review all selected asc files for accuracy.";
 
-std::string Trim(const std::string& text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
+using platform::Trim;
 
 // The name less its last four characters (the extension of "x.asc").
 std::string Stem(const std::string& name) {

@@ -5,7 +5,7 @@
 
 #include "app/desktop_session.h"
 #include "batch/engine/engine_client.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "aggregate/forms/frm_agg_select.h"
 #include "pool/forms/frm_load_group_data.h"
 #include "pool/pool_selection.h"

@@ -23,7 +23,7 @@
 #include "batch/forms/frm_project_forms.h"
 #include "batch/run.h"
 #include "genseries/forms/frm_adjust.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "spreadsheet/forms/frm_cmd_line.h"
 #include "spreadsheet/forms/frm_wizard_bp.h"
 #include "batch/run_rules_binding.h"

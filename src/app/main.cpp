@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "app/unattended.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "platform/paths.h"
 #include "shell/command_line.h"
 #include "spreadsheet/runner.h"

@@ -8,7 +8,7 @@
 #include "aggregate/unattended_aggregation.h"
 #include "app/tsly.h"
 #include "batch/engine/unattended_wait.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "platform/paths.h"
 #include "platform/progress_wait.h"
 

@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "app/tsly.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "batch/shards.h"
 #include "platform/paths.h"
 

@@ -5,7 +5,7 @@
 
 #include "app/tsly.h"
 #include "batch/engine/unattended_wait.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "platform/numfmt.h"
 #include "platform/paths.h"
 #include "platform/progress_wait.h"

@@ -8,7 +8,7 @@
 #include "app/tsly.h"
 #include "app/unattended.h"
 #include "batch/engine/unattended_wait.h"
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 #include "batch/shards.h"
 #include "batch/unattended_run.h"
 #include "platform/paths.h"

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "batch/batch_schema.h"
+#include "formats/batch_schema.h"
 #include "batch/batch_texts.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
@@ -105,31 +105,31 @@ bool cBatchFile::CheckIndex(int index, const char* empty_text, const char* bound
 
 std::string cBatchFile::List(int index) const {
   if (!CheckIndex(index, texts::kEmptyGet, texts::kListGetBounds)) return {};
-  return list_[index];
+  return list_[static_cast<size_t>(index)];
 }
 void cBatchFile::SetList(int index, std::string value) {
-  if (CheckIndex(index, texts::kEmptyLet, texts::kListLetBounds)) list_[index] = std::move(value);
+  if (CheckIndex(index, texts::kEmptyLet, texts::kListLetBounds)) list_[static_cast<size_t>(index)] = std::move(value);
 }
 int16_t cBatchFile::Completed(int index) const {
   if (!CheckIndex(index, texts::kEmptyGet, texts::kCompletedGetBounds)) return 0;
-  return completed_[index];
+  return completed_[static_cast<size_t>(index)];
 }
 void cBatchFile::SetCompleted(int index, int16_t value) {
-  if (CheckIndex(index, texts::kEmptyGet, texts::kCompletedLetBounds)) completed_[index] = value;
+  if (CheckIndex(index, texts::kEmptyGet, texts::kCompletedLetBounds)) completed_[static_cast<size_t>(index)] = value;
 }
 int16_t cBatchFile::Error(int index) const {
   if (!CheckIndex(index, texts::kEmptyGet, texts::kErrorGetBounds)) return 0;
-  return error_[index];
+  return error_[static_cast<size_t>(index)];
 }
 void cBatchFile::SetError(int index, int16_t value) {
-  if (CheckIndex(index, texts::kEmptyGet, texts::kErrorLetBounds)) error_[index] = value;
+  if (CheckIndex(index, texts::kEmptyGet, texts::kErrorLetBounds)) error_[static_cast<size_t>(index)] = value;
 }
 std::string cBatchFile::RunDate(int index) const {
   if (!CheckIndex(index, texts::kEmptyGet, texts::kRunDateGetBounds)) return {};
-  return run_date_[index];
+  return run_date_[static_cast<size_t>(index)];
 }
 void cBatchFile::SetRunDate(int index, std::string value) {
-  if (CheckIndex(index, texts::kEmptyGet, texts::kRunDateLetBounds)) run_date_[index] = std::move(value);
+  if (CheckIndex(index, texts::kEmptyGet, texts::kRunDateLetBounds)) run_date_[static_cast<size_t>(index)] = std::move(value);
 }
 
 void cBatchFile::Add_File(std::string name, int16_t completed, int16_t error, std::string run_date) {

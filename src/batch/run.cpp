@@ -15,6 +15,7 @@
 #include "platform/dialogs.h"
 #include "platform/paths.h"
 #include "platform/progress_wait.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace tessaly::batch {
@@ -40,9 +41,7 @@ void ShowFault(int number, const std::string& text) {
 }
 
 std::string TrimmedName(std::string name) {
-  size_t b = name.find_first_not_of(' ');
-  size_t e = name.find_last_not_of(' ');
-  name = b == std::string::npos ? std::string() : name.substr(b, e - b + 1);
+  name = platform::Trim(name);
   if (!name.empty() && name.back() == '\0') name.pop_back();
   return name;
 }

@@ -5,6 +5,7 @@
 #include "dataset/asc_reader.h"
 #include "platform/numfmt.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace tessaly::dataset {
@@ -214,12 +215,7 @@ AscReadResult ReadAscFile(const fs::path& path, AscDataset& dataset) {
 
 // ---- writing --------------------------------------------------------------------------
 
-std::string TrimBlanks(const std::string& text) {
-  size_t a = text.find_first_not_of(' ');
-  if (a == std::string::npos) return "";
-  size_t b = text.find_last_not_of(' ');
-  return text.substr(a, b - a + 1);
-}
+std::string TrimBlanks(const std::string& text) { return platform::Trim(text); }
 
 namespace {
 

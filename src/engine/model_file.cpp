@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace quorvane {
@@ -37,20 +38,13 @@ std::string Real12(double v) {
   return Right(s, 12);
 }
 
-std::string Trimmed(std::string s) {
-  size_t b = s.find_first_not_of(' ');
-  if (b == std::string::npos) return {};
-  size_t e = s.find_last_not_of(' ');
-  return s.substr(b, e - b + 1);
-}
-
 // Fixed-width fields of a line: nullopt when a field is not a number.
 template <class T>
 std::optional<std::vector<T>> Fields(const std::string& line, size_t width, size_t count) {
   std::vector<T> out;
   for (size_t i = 0; i < count; ++i) {
     if (line.size() < i * width + 1) return std::nullopt;
-    std::string field = Trimmed(line.substr(i * width, width));
+    std::string field = tessaly::platform::Trim(line.substr(i * width, width));
     if (field.empty()) return std::nullopt;
     char* end = nullptr;
     double v = std::strtod(field.c_str(), &end);
@@ -135,7 +129,7 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
     size_t i = 1;
     auto next = [&]() -> const std::string* { return i < r.size() ? &r[i++] : nullptr; };
     if (k == 0) {
-      b.name = Trimmed(r[0].substr(0, 37));
+      b.name = tessaly::platform::Trim(r[0].substr(0, 37));
       const std::string* flag = next();
       auto f = flag ? Fields<int>(*flag, 6, 1) : std::nullopt;
       if (!f || ((*f)[0] != 0 && (*f)[0] != 1)) return std::nullopt;
@@ -147,7 +141,7 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
         b.constant = (*v)[0];
       }
     } else {
-      b.name = Trimmed(r[0]);
+      b.name = tessaly::platform::Trim(r[0]);
     }
     const std::string* lambda_line = next();
     auto lambda = lambda_line ? Fields<double>(*lambda_line, 12, 1) : std::nullopt;
@@ -161,18 +155,18 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
       return std::nullopt;
     if (n_diff > 0) {
       const std::string* d = next();
-      auto v = d ? Fields<int>(*d, 6, n_diff) : std::nullopt;
+      auto v = d ? Fields<int>(*d, 6, static_cast<size_t>(n_diff)) : std::nullopt;
       if (!v) return std::nullopt;
       b.differencing = *v;
     }
     if (n_first + n_second > 0) {
       const std::string* pc = next();
-      auto per = pc ? Fields<int>(*pc, 6, n_first + n_second) : std::nullopt;
+      auto per = pc ? Fields<int>(*pc, 6, static_cast<size_t>(n_first + n_second)) : std::nullopt;
       if (!per) return std::nullopt;
       size_t total = 0;
       for (int n : *per) {
         if (n < 0 || n > 50) return std::nullopt;
-        total += n;
+        total += static_cast<size_t>(n);
       }
       const std::string* pw = next();
       const std::string* cf = next();
@@ -180,13 +174,13 @@ std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines) {
       auto coefs = cf ? Fields<double>(*cf, 12, total) : std::nullopt;
       if (!powers || !coefs) return std::nullopt;
       size_t at = 0;
-      for (int j = 0; j < n_first + n_second; ++j) {
+      for (size_t j = 0; j < per->size(); ++j) {
         Polynomial poly;
         for (int t = 0; t < (*per)[j]; ++t, ++at) {
           poly.powers.push_back((*powers)[at]);
           poly.coefficients.push_back((*coefs)[at]);
         }
-        (j < n_first ? b.first : b.second).push_back(poly);
+        (j < static_cast<size_t>(n_first) ? b.first : b.second).push_back(poly);
       }
     }
     if (i != r.size()) return std::nullopt;

@@ -24,7 +24,7 @@ struct ModelFile {
 std::vector<std::string> FormatModelFile(const ModelFile& model);
 
 // Parses the lines of a model file; nullopt when they do not follow the layout.
-std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines);
+[[nodiscard]] std::optional<ModelFile> ParseModelFile(const std::vector<std::string>& lines);
 
 // The final model of a run in the file's layout: the noise model of the output series
 // (constant, lambda, regular and seasonal differencing, AR and MA polynomials) and one
@@ -33,6 +33,6 @@ ModelFile ModelFileFromResult(const ModelResult& result, const std::string& outp
                               const std::vector<std::string>& input_names, bool difference_inputs);
 
 // Writes the file with CR LF line ends.
-bool WriteModelFile(const std::filesystem::path& path, const ModelFile& model);
+[[nodiscard]] bool WriteModelFile(const std::filesystem::path& path, const ModelFile& model);
 
 }  // namespace quorvane

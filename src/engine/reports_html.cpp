@@ -9,6 +9,7 @@
 #include "engine/model/transform.h"
 #include "engine/report_util.h"
 #include "engine/reports.h"
+#include "platform/text.h"
 
 namespace quorvane {
 
@@ -44,19 +45,7 @@ table.bars td.tick { height: auto; font-weight: 600; }
 footer { margin-top: 30px; font-size: 11px; color: #9aa5b1; border-top: 1px solid #e4e7eb; padding-top: 8px; }
 </style>)";
 
-std::string Escape(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
+using tessaly::platform::HtmlEscape;
 
 std::string Today() {
   std::time_t now = std::time(nullptr);
@@ -67,7 +56,7 @@ std::string Today() {
 
 std::string Head(const std::string& title) {
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
-         Escape(title) + "</title>\n" + kStyle + "\n</head>\n<body>\n<div class=\"page\">\n";
+         HtmlEscape(title) + "</title>\n" + kStyle + "\n</head>\n<body>\n<div class=\"page\">\n";
 }
 
 std::string Foot() {
@@ -76,13 +65,13 @@ std::string Foot() {
 }
 
 std::string Fact(const std::string& name, const std::string& value) {
-  return "<tr><td>" + Escape(name) + "</td><td>" + value + "</td></tr>\n";
+  return "<tr><td>" + HtmlEscape(name) + "</td><td>" + value + "</td></tr>\n";
 }
 
 std::string Num(double v, int decimals) { return FormatNumber(v, decimals); }
 
 std::string Cell(const std::string& text, bool numeric = false) {
-  return numeric ? "<td class=\"num\">" + text + "</td>" : "<td>" + Escape(text) + "</td>";
+  return numeric ? "<td class=\"num\">" + text + "</td>" : "<td>" + HtmlEscape(text) + "</td>";
 }
 
 std::string Stars(double p) {
@@ -149,7 +138,7 @@ std::string FitFacts(const ReportInput& in) {
 std::string IdentificationHtml(const ReportInput& in) {
   IdentificationTable t = Identify(in);
   std::string h = "<table class=\"facts\">\n";
-  h += Fact("Series examined", Escape(t.series_text));
+  h += Fact("Series examined", HtmlEscape(t.series_text));
   h += Fact("Values", std::to_string(t.n));
   h += Fact("Mean", Num(t.mean, 4));
   h += Fact("Standard deviation", Num(t.sd, 4));
@@ -262,19 +251,19 @@ std::string DetailsHtml(const ReportInput& in) {
   const DatasetShape& s = in.request->shape;
   const EngineRules& rules = p.rules;
   std::string h = Head("Model details: " + p.output_name);
-  h += "<header><h1>Model details: " + Escape(p.output_name) + "</h1><div class=\"subtitle\">" +
-       Escape(Subtitle(in)) + " &middot; " + Escape(ModelName(r)) + "</div></header>\n";
+  h += "<header><h1>Model details: " + HtmlEscape(p.output_name) + "</h1><div class=\"subtitle\">" +
+       HtmlEscape(Subtitle(in)) + " &middot; " + HtmlEscape(ModelName(r)) + "</div></header>\n";
 
   // Data.
   Summary sum = Summarize(p.y);
   h += "<h2>1. Data</h2>\n<table class=\"facts\">\n";
-  h += Fact("Output series", Escape(p.output_name));
-  h += Fact("Frequency", Escape(FrequencyWord(s.seasonality)) + " (seasonality " +
+  h += Fact("Output series", HtmlEscape(p.output_name));
+  h += Fact("Frequency", HtmlEscape(FrequencyWord(s.seasonality)) + " (seasonality " +
                              std::to_string(s.seasonality) + ")");
   h += Fact("Observations as given", std::to_string(s.observations) + " (" +
-                                         Escape(ObservationLabel(in, 0)) + " to " +
-                                         Escape(ObservationLabel(in, s.observations - 1)) + ")");
-  if (IsPooledRun(in)) h += Fact("Pooled cross-section", Escape(PoolSentence(in)));
+                                         HtmlEscape(ObservationLabel(in, 0)) + " to " +
+                                         HtmlEscape(ObservationLabel(in, s.observations - 1)) + ")");
+  if (IsPooledRun(in)) h += Fact("Pooled cross-section", HtmlEscape(PoolSentence(in)));
   if (s.retained > 0) h += Fact("Retained for comparison", std::to_string(s.retained));
   h += Fact("Estimation sample", std::to_string(p.y.size()));
   if (r.leading_left_out > 0)
@@ -286,14 +275,14 @@ std::string DetailsHtml(const ReportInput& in) {
   if (!p.inputs.empty()) {
     std::string names;
     for (const auto& x : p.inputs)
-      names += (names.empty() ? "" : ", ") + Escape(x.name) + " (type " + std::to_string(x.type) + ")";
+      names += (names.empty() ? "" : ", ") + HtmlEscape(x.name) + " (type " + std::to_string(x.type) + ")";
     h += Fact("Input series", names);
   }
   h += "</table>\n";
 
   // Rules.
   h += "<h2>2. Rules in force</h2>\n<table class=\"facts\">\n";
-  h += Fact("Source", Escape(in.rules_source));
+  h += Fact("Source", HtmlEscape(in.rules_source));
   h += Fact("Estimation", OnOff(rules.estimation_enabled) + ", at most " +
                               std::to_string(rules.max_iterations) + " iterations");
   h += Fact("Necessity test", OnOff(rules.necessity) + " at " + PercentText(rules.necessity_level));
@@ -317,14 +306,14 @@ std::string DetailsHtml(const ReportInput& in) {
   h += Fact("Forecasting", OnOff(rules.forecasting_enabled) + ", limits at " +
                                PercentText(rules.forecast_confidence));
   h += "</table>\n";
-  for (const auto& note : in.notes) h += "<div class=\"note\">" + Escape(note) + "</div>\n";
+  for (const auto& note : in.notes) h += "<div class=\"note\">" + HtmlEscape(note) + "</div>\n";
 
   // Transform.
   h += "<h2>3. Transformation</h2>\n<p>";
   if (r.lambda == 1.0)
     h += "The series is modelled as it stands: no power transformation improved the likelihood.";
   else
-    h += "The series is modelled after a " + Escape(TransformName(r.lambda)) +
+    h += "The series is modelled after a " + HtmlEscape(TransformName(r.lambda)) +
          " transformation (&lambda; = " + Num(r.lambda, 2) +
          "), chosen by likelihood; forecasts and limits are transformed back to the original scale.";
   h += "</p>\n";
@@ -339,8 +328,8 @@ std::string DetailsHtml(const ReportInput& in) {
       if (!Displayed(rules, 2099) && (n.heading == "Constancy of parameters" || n.heading == "Change of variance"))
         continue;
       if (!Displayed(rules, 2098) && n.heading == "Interventions") continue;
-      h += "<li><strong>" + Escape(n.heading) + "</strong>" + (n.heading.empty() ? "" : ": ") +
-           Escape(n.text) + "</li>\n";
+      h += "<li><strong>" + HtmlEscape(n.heading) + "</strong>" + (n.heading.empty() ? "" : ": ") +
+           HtmlEscape(n.text) + "</li>\n";
     }
     h += "</ol>\n";
   }
@@ -351,11 +340,11 @@ std::string DetailsHtml(const ReportInput& in) {
   }
 
   // Model.
-  h += "<h2>5. Final model</h2>\n<p><strong>" + Escape(ModelName(r)) + "</strong>";
+  h += "<h2>5. Final model</h2>\n<p><strong>" + HtmlEscape(ModelName(r)) + "</strong>";
   if (r.has_constant && ModelName(r).find("constant") == std::string::npos) h += " with a constant";
   h += "</p>\n";
   if (!Displayed(rules, 2104)) h += NotDisplayed("DISPLAY FORECAST MODEL EQUATION");
-  else if (!r.equation.empty()) h += "<div class=\"equation\">" + Escape(r.equation) + "</div>\n";
+  else if (!r.equation.empty()) h += "<div class=\"equation\">" + HtmlEscape(r.equation) + "</div>\n";
   if (!Displayed(rules, 2103)) {
     h += NotDisplayed("DISPLAY FORECAST MODEL PARAMETERS");
   } else {
@@ -405,7 +394,7 @@ std::string DetailsHtml(const ReportInput& in) {
         h += "<p>" + std::to_string(r.forecasts.size()) + " forecasts from the end of the estimation sample, with " +
              level + " limits";
       h += " from the model's psi-weights";
-      if (r.lambda != 1.0) h += ", transformed back from the " + Escape(TransformName(r.lambda)) + " scale (the "
+      if (r.lambda != 1.0) h += ", transformed back from the " + HtmlEscape(TransformName(r.lambda)) + " scale (the "
                                 "forecast is the median there, the limits its quantiles)";
       if (r.simulation.done)
         h += ". The simulated limits are those of the model taken as known: unlike the model's own, they make no "
@@ -419,7 +408,7 @@ std::string DetailsHtml(const ReportInput& in) {
       h += "</p>\n";
     }
     if (r.lambda != 1.0 && Displayed(rules, 2106)) {
-      h += "<p>On the " + Escape(TransformName(r.lambda)) + " scale the model works in:</p>\n<table>\n<tr>"
+      h += "<p>On the " + HtmlEscape(TransformName(r.lambda)) + " scale the model works in:</p>\n<table>\n<tr>"
            "<th>Period</th><th class=\"num\">Forecast</th><th class=\"num\">Lower " + level +
            "</th><th class=\"num\">Upper " + level + "</th></tr>\n";
       auto on_scale = [&](double v) { return v > 0.0 ? Num(BoxCox(v, r.lambda), 6) : std::string("-"); };
@@ -453,7 +442,7 @@ std::string DetailsHtml(const ReportInput& in) {
                                     (sim.variance_estimated ? " (the model's estimate; the rules gave none)" : ""));
     h += "</table>\n<p>Each path runs the model's difference equation forward from the end of the sample with "
          "normal innovations of that variance on the " +
-         Escape(r.lambda != 1.0 ? TransformName(r.lambda) + " scale" : std::string("series' scale")) +
+         HtmlEscape(r.lambda != 1.0 ? TransformName(r.lambda) + " scale" : std::string("series' scale")) +
          "; inputs take their given future values. The forecasts above are the simulated medians, the limits the "
          "simulated quantiles.</p>\n";
     h += "<table>\n<tr><th>Period</th><th class=\"num\">Mean</th><th class=\"num\">Median</th>"
@@ -490,14 +479,14 @@ std::string DetailsHtml(const ReportInput& in) {
                       " retained values lie outside the limits.");
     h += "<h2>Exceptions</h2>\n";
     if (items.empty()) h += "<p>None.</p>\n";
-    for (const auto& item : items) h += "<div class=\"note\">" + Escape(item) + "</div>\n";
+    for (const auto& item : items) h += "<div class=\"note\">" + HtmlEscape(item) + "</div>\n";
   }
 
   std::vector<std::string> warnings = in.request->warnings;
   warnings.insert(warnings.end(), r.warnings.begin(), r.warnings.end());
   if (!warnings.empty()) {
     h += "<h2>Warnings</h2>\n";
-    for (const auto& w : warnings) h += "<div class=\"note\">" + Escape(w) + "</div>\n";
+    for (const auto& w : warnings) h += "<div class=\"note\">" + HtmlEscape(w) + "</div>\n";
   }
   h += Foot();
   return h;
@@ -507,8 +496,8 @@ std::string StatHtml(const ReportInput& in) {
   const ModelResult& r = Result(in);
   const ModelingProblem& p = Problem(in);
   std::string h = Head("Statistics: " + p.output_name);
-  h += "<header><h1>Statistics: " + Escape(p.output_name) + "</h1><div class=\"subtitle\">" +
-       Escape(Subtitle(in)) + " &middot; " + Escape(ModelName(r)) + "</div></header>\n";
+  h += "<header><h1>Statistics: " + HtmlEscape(p.output_name) + "</h1><div class=\"subtitle\">" +
+       HtmlEscape(Subtitle(in)) + " &middot; " + HtmlEscape(ModelName(r)) + "</div></header>\n";
   if (in.identification_only)
     h += "<h2>Identification: autocorrelations of the series</h2>\n" + IdentificationHtml(in);
   h += "<h2>Fit statistics</h2>\n" + FitFacts(in);

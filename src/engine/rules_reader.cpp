@@ -8,6 +8,7 @@
 
 #include "platform/numfmt.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 // Generated from resources/program/ENGINE.CND at build time.
@@ -20,12 +21,7 @@ namespace {
 
 using RV = RuleValue;
 
-std::string Trim(std::string_view s) {
-  size_t b = 0, e = s.size();
-  while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
-  while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
-  return std::string(s.substr(b, e - b));
-}
+std::string Trim(std::string_view s) { return tessaly::platform::Trim(s, tessaly::platform::kWhiteSpace); }
 
 // A number written as the rules write it: digits, an optional sign and point, blanks
 // around. Nothing else may stand in the field.
@@ -66,8 +62,9 @@ bool Store(const RuleLine& line_rule, std::string_view field, EngineRules& r,
   if (line_rule.kind == RV::LambdaList) {
     std::vector<double> lambdas;
     for (int i = 0; i < lambda_count; ++i) {
-      std::string_view f = field.size() > static_cast<size_t>(4 * i)
-                               ? field.substr(4 * i, 4)
+      const size_t at = 4 * static_cast<size_t>(i);
+      std::string_view f = field.size() > at
+                               ? field.substr(at, 4)
                                : std::string_view{};
       auto v = ParseNumber(f);
       if (!v || *v < -1.0 || *v > 1.0) return false;

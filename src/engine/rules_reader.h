@@ -51,13 +51,13 @@ struct RulesReadResult {
 };
 
 // Parses the whole text of a rules file (CR LF or LF line ends).
-RulesReadResult ParseRulesText(std::string_view text);
+[[nodiscard]] RulesReadResult ParseRulesText(std::string_view text);
 
 // The built-in rules: the bytes of ENGINE.CND as shipped, compiled in at build time.
 std::string_view BuiltinRulesText();
 
 // ENGINE.GO of the folder (any case) when present, else the built-in rules.
-RulesReadResult LoadRules(const std::filesystem::path& work_folder);
+[[nodiscard]] RulesReadResult LoadRules(const std::filesystem::path& work_folder);
 
 // The control files of the working folder, applied to the rules: NOTREND.QVX (local
 // trends off), ALLOWMOD.QVX, SAVEMOD.QVX, GROUPLST.QVX (group count and sizes). Returns

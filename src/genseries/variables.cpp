@@ -105,7 +105,7 @@ bool BuildXML(const fs::path& path, const GenerationVariables& vars, const std::
     std::vector<std::string> holidays = vars.HolidayNames();
     for (int n = 1; n <= kMaxHolidays; ++n) {
       element.AppendElement("Holiday" + std::to_string(n),
-                            n <= static_cast<int>(holidays.size()) ? holidays[n - 1] : "");
+                            n <= static_cast<int>(holidays.size()) ? holidays[static_cast<size_t>(n - 1)] : "");
     }
   }
   doc.Save(path);

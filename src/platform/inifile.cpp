@@ -4,17 +4,14 @@
 #include <cstdlib>
 
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace tessaly::platform {
 
 namespace {
-std::string Trim(std::string_view s) {
-  size_t b = 0, e = s.size();
-  while (b < e && (s[b] == ' ' || s[b] == '\t' || s[b] == '\r')) ++b;
-  while (e > b && (s[e - 1] == ' ' || s[e - 1] == '\t' || s[e - 1] == '\r')) --e;
-  return std::string(s.substr(b, e - b));
-}
+// A key, a value or a section name: blanks, tabs and a CR left by a CR LF line end go.
+std::string TrimIni(std::string_view s) { return platform::Trim(s, " \t\r"); }
 }  // namespace
 
 IniFile IniFile::Parse(std::string_view text) {
@@ -28,12 +25,12 @@ IniFile IniFile::Parse(std::string_view text) {
     bool last = nl == std::string_view::npos;
     if (last && line.empty()) break;
 
-    std::string t = Trim(line);
+    std::string t = TrimIni(line);
     if (t.size() >= 2 && t.front() == '[' && t.find(']') != std::string::npos) {
-      ini.sections_.push_back({Trim(t.substr(1, t.find(']') - 1)), {}});
+      ini.sections_.push_back({TrimIni(t.substr(1, t.find(']') - 1)), {}});
     } else if (!t.empty() && t.front() != ';' && t.find('=') != std::string::npos) {
       size_t eq = t.find('=');
-      ini.sections_.back().lines.push_back({true, Trim(t.substr(0, eq)), Trim(t.substr(eq + 1)), {}});
+      ini.sections_.back().lines.push_back({true, TrimIni(t.substr(0, eq)), TrimIni(t.substr(eq + 1)), {}});
     } else {
       ini.sections_.back().lines.push_back({false, {}, {}, std::string(line)});
     }
@@ -50,7 +47,7 @@ IniFile IniFile::Load(const std::filesystem::path& path) {
 
 IniFile::Section* IniFile::Find(std::string_view name) {
   for (size_t i = 1; i < sections_.size(); ++i)
-    if (EqualsNoCase(sections_[i].name, Trim(name))) return &sections_[i];
+    if (EqualsNoCase(sections_[i].name, TrimIni(name))) return &sections_[i];
   return nullptr;
 }
 
@@ -61,7 +58,7 @@ const IniFile::Section* IniFile::Find(std::string_view name) const {
 std::optional<std::string> IniFile::Get(std::string_view section, std::string_view key) const {
   const Section* s = Find(section);
   if (!s) return std::nullopt;
-  std::string k = Trim(key);
+  std::string k = TrimIni(key);
   for (const Line& l : s->lines)
     if (l.is_pair && EqualsNoCase(l.key, k)) return l.value;
   return std::nullopt;
@@ -70,26 +67,26 @@ std::optional<std::string> IniFile::Get(std::string_view section, std::string_vi
 void IniFile::Set(std::string_view section, std::string_view key, std::string_view value) {
   Section* s = Find(section);
   if (!s) {
-    sections_.push_back({Trim(section), {}, true});
+    sections_.push_back({TrimIni(section), {}, true});
     s = &sections_.back();
   }
-  std::string k = Trim(key);
+  std::string k = TrimIni(key);
   for (Line& l : s->lines) {
     if (l.is_pair && EqualsNoCase(l.key, k)) {
-      l.value = Trim(value);
+      l.value = TrimIni(value);
       return;
     }
   }
   // New keys go after the section's last key, before any trailing blank lines.
   auto at = s->lines.end();
-  while (at != s->lines.begin() && !(at - 1)->is_pair && Trim((at - 1)->raw).empty()) --at;
-  s->lines.insert(at, {true, k, Trim(value), {}});
+  while (at != s->lines.begin() && !(at - 1)->is_pair && TrimIni((at - 1)->raw).empty()) --at;
+  s->lines.insert(at, {true, k, TrimIni(value), {}});
 }
 
 bool IniFile::DeleteKey(std::string_view section, std::string_view key) {
   Section* s = Find(section);
   if (!s) return false;
-  std::string k = Trim(key);
+  std::string k = TrimIni(key);
   for (auto it = s->lines.begin(); it != s->lines.end(); ++it) {
     if (it->is_pair && EqualsNoCase(it->key, k)) {
       s->lines.erase(it);
@@ -101,7 +98,7 @@ bool IniFile::DeleteKey(std::string_view section, std::string_view key) {
 
 bool IniFile::DeleteSection(std::string_view section) {
   for (size_t i = 1; i < sections_.size(); ++i) {
-    if (EqualsNoCase(sections_[i].name, Trim(section))) {
+    if (EqualsNoCase(sections_[i].name, TrimIni(section))) {
       sections_.erase(sections_.begin() + static_cast<long>(i));
       return true;
     }

@@ -6,17 +6,11 @@
 #include <limits>
 #include <vector>
 
+#include "platform/text.h"
 namespace tessaly::platform {
 namespace {
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string_view TrimBlanks(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 // A number taken apart: sign, integer digits, fraction digits, decimal exponent.
 struct DecimalParts {
@@ -92,7 +86,7 @@ std::optional<double> ParseStrict(std::string_view text) {
 
 std::optional<double> ParseStrictForm(std::string_view text, bool& well_formed) {
   well_formed = false;
-  text = TrimBlanks(text);
+  text = TrimView(text, kBlanksAndTabs);
   if (text.empty()) return std::nullopt;
   if (text[0] == '&') {
     auto v = ParseRadixLiteral(text);

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fstream>
 
+#include "platform/text.h"
 #include "platform/textfile.h"
 
 namespace tessaly::platform::xml {
@@ -57,11 +58,6 @@ std::string Owned(xmlChar* s) {
   return out;
 }
 
-std::string TrimEnd(std::string s) {
-  while (!s.empty() && (s.back() == '\n' || s.back() == '\r' || s.back() == ' ')) s.pop_back();
-  return s;
-}
-
 // Splits "p:name" into prefix and local part; no prefix gives an empty prefix.
 std::pair<std::string, std::string> SplitQName(std::string_view name) {
   auto colon = name.find(':');
@@ -97,7 +93,7 @@ struct ErrorCapture {
     auto* cap = static_cast<ErrorCapture*>(self);
     if (!error || cap->seen || error->level < XML_ERR_ERROR) return;
     cap->seen = true;
-    cap->message = TrimEnd(error->message ? error->message : "unknown XML error");
+    cap->message = TrimEnd(error->message ? error->message : "unknown XML error", " \r\n");
     cap->line = error->line;
     cap->column = error->int2;
   }

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "batch/graph_preferences.h"
+
 namespace tessaly::report {
 
 // The value the engine leaves where it has no fit or residual.
@@ -48,43 +50,9 @@ struct GraphInfo {
 const std::array<GraphInfo, 9>& AllGraphs();
 const GraphInfo& Info(GraphKind kind);
 
-// The user's graph preferences as the run holds them.
-struct GraphPreferences {
-  bool all_graphs = true;   // AllGraphs
-  bool no_graphs = false;   // NOGRAPHS
-  bool sel_graphs = false;  // SelGraphs
-  bool act = false;         // chkact
-  bool act_cleanse = false; // chkactclen
-  bool act_fit = false;     // chkactfit
-  bool act_fore = false;    // chkactfore
-  bool act_fit_fore = false;// chkactfitfore
-  bool act_res = false;     // chkactres
-  bool fore = false;        // chkfore
-  bool fit_fore = false;    // chkfitfore
-  bool res = false;         // chkres
-  bool no_limits = false;   // NoLimits: forecasts only, no lower or upper limits
-};
-
-// The preferences from the process-wide values, whatever holds them (stored booleans are
-// -1 or 0): AllGraphs, NOGRAPHS, SelGraphs, the nine graph values and NoLimits.
-template <class Values>
-GraphPreferences GraphPreferencesFrom(const Values& v) {
-  GraphPreferences p;
-  p.all_graphs = v.AllGraphs != 0;
-  p.no_graphs = v.NOGRAPHS != 0;
-  p.sel_graphs = v.SelGraphs != 0;
-  p.act = v.Act != 0;
-  p.act_cleanse = v.ActClen != 0;
-  p.act_fit = v.ActFit != 0;
-  p.act_fore = v.ActFore != 0;
-  p.act_fit_fore = v.ActFitFore != 0;
-  p.act_res = v.ActRes != 0;
-  p.fore = v.Fore != 0;
-  p.fit_fore = v.FitFore != 0;
-  p.res = v.Res != 0;
-  p.no_limits = v.NoLimits != 0;
-  return p;
-}
+// The user's graph preferences live with the run, which hands them to its reports.
+using batch::GraphPreferences;
+using batch::GraphPreferencesFrom;
 
 // Whether the preferences let this graph be drawn: no graphs at all when NOGRAPHS is set;
 // with "Select Graphs", only those whose box is ticked.

@@ -10,6 +10,7 @@
 #include "batch/report_tree.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 #include "report/report_texts.h"
 
@@ -27,19 +28,7 @@ std::string WithoutSuffix(const std::string& name, const char* suffix) {
   return platform::EndsWithNoCase(name, s) ? name.substr(0, name.size() - s.size()) : name;
 }
 
-std::string Html(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
+using platform::HtmlEscape;
 
 // A file name as a link address: blanks and the few characters that break one escaped.
 std::string Href(const std::string& name) {
@@ -98,9 +87,7 @@ std::string ErrorPageText(const fs::path& page) {
     else if (!in_tag)
       text += c;
   }
-  const size_t first = text.find_first_not_of(" \t");
-  const size_t last = text.find_last_not_of(" \t");
-  return first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+  return platform::Trim(text, platform::kBlanksAndTabs);
 }
 
 std::string Now() {
@@ -238,10 +225,10 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   if (!out.IsOpen()) return false;
   out.Line("<!DOCTYPE html>");
   out.Line("<html lang=\"en\"><head><meta charset=\"utf-8\">");
-  out.Line("<title>" + Html(project) + ": forecasting reports</title>");
+  out.Line("<title>" + HtmlEscape(project) + ": forecasting reports</title>");
   out.Line(kStyle);
   out.Line("</head><body>");
-  out.Line("<h1>" + Html(project) + "</h1>");
+  out.Line("<h1>" + HtmlEscape(project) + "</h1>");
   out.Line("<div class=\"sub\">Forecasting reports, written " + Now() + "</div>");
   // The separators keep the counts apart where the page's style is not applied.
   out.Line("<div class=\"counts\"><span>" + std::to_string(rows.size()) +
@@ -253,12 +240,12 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   out.Line("<table><tr><th>Dataset</th><th>Status</th><th>Reports</th><th>Graphs</th>"
            "<th>Forecast</th></tr>");
   for (const Row& row : rows) {
-    out.Line("<tr id=\"" + Html(row.dataset) + "\"><td><a name=\"" + Html(row.dataset) + "\"></a><b>" +
-             Html(row.dataset) + "</b></td>");
+    out.Line("<tr id=\"" + HtmlEscape(row.dataset) + "\"><td><a name=\"" + HtmlEscape(row.dataset) + "\"></a><b>" +
+             HtmlEscape(row.dataset) + "</b></td>");
     // A dataset with nothing to link to gives its reason the width of the row.
     const bool bare = row.reports.empty() && row.graphs.empty() && row.thumb.empty() && !row.error_text.empty();
     std::string status = "<td class=\"" + row.status_class + "\"" + (bare ? " colspan=\"4\"" : "") + ">" + row.status;
-    if (!row.error_text.empty()) status += "<div class=\"why\">" + Html(row.error_text) + "</div>";
+    if (!row.error_text.empty()) status += "<div class=\"why\">" + HtmlEscape(row.error_text) + "</div>";
     if (!row.error_page.empty())
       status += "<br><a href=\"" + Href(row.error_page) + "\">Why it failed</a>";
     out.Line(status + "</td>");
@@ -268,15 +255,15 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
     }
     std::string reports = "<td class=\"links\">";
     for (const auto& [file, caption] : row.reports)
-      reports += "<a href=\"" + Href(file) + "\">" + Html(caption) + "</a> ";
+      reports += "<a href=\"" + Href(file) + "\">" + HtmlEscape(caption) + "</a> ";
     out.Line(reports + "</td>");
     std::string graphs = "<td class=\"links\">";
     for (const auto& [file, caption] : row.graphs)
-      graphs += "<a href=\"" + Href(file) + "\">" + Html(caption) + "</a> ";
+      graphs += "<a href=\"" + Href(file) + "\">" + HtmlEscape(caption) + "</a> ";
     out.Line(graphs + "</td>");
     out.Line(row.thumb.empty() ? "<td></td>"
                                : "<td><a href=\"" + Href(row.thumb) + "\"><img class=\"thumb\" src=\"" +
-                                     Href(row.thumb) + "\" alt=\"" + Html(row.dataset) + "\"></a></td>");
+                                     Href(row.thumb) + "\" alt=\"" + HtmlEscape(row.dataset) + "\"></a></td>");
     out.Line("</tr>");
   }
   out.Line("</table>");
@@ -284,7 +271,7 @@ bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_
   std::string summaries;
   for (const auto& s : batch::kSummaryRows) {
     const std::string file = Existing(output_folder, project + s.suffix);
-    if (!file.empty()) summaries += "<a href=\"" + Href(file) + "\">" + Html(s.text) + "</a> ";
+    if (!file.empty()) summaries += "<a href=\"" + Href(file) + "\">" + HtmlEscape(s.text) + "</a> ";
   }
   const std::string combined = Existing(output_folder, "CON" + project + ".PRO");
   if (!combined.empty()) summaries += "<a href=\"" + Href(combined) + "\">All forecasts</a> ";

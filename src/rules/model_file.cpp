@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "engine/model_file.h"
 #include "platform/numfmt.h"
+#include "platform/text.h"
 #include "platform/textfile.h"
 #include "rules/rule_values.h"
 
@@ -14,7 +16,7 @@ using platform::ValInt;
 
 std::vector<std::string> ModelTable::Row(int row) const {
   std::vector<std::string> out;
-  for (const std::string& c : cells_[row]) {
+  for (const std::string& c : cells_[Index(row)]) {
     if (c.empty()) break;
     out.push_back(c);
   }
@@ -22,8 +24,8 @@ std::vector<std::string> ModelTable::Row(int row) const {
 }
 
 void ModelTable::SetRow(int row, const std::vector<std::string>& cells) {
-  for (int c = 0; c < kCols; ++c)
-    cells_[row][c] = c < static_cast<int>(cells.size()) ? cells[c] : std::string();
+  for (size_t c = 0; c < Index(kCols); ++c)
+    cells_[Index(row)][c] = c < cells.size() ? cells[c] : std::string();
 }
 
 bool ModelTable::Empty() const { return IsBlank(cells_[0][0]); }
@@ -32,7 +34,7 @@ void ModelTable::Clear() { ClearRows(0, kRows - 1); }
 
 void ModelTable::ClearRows(int first, int last) {
   for (int r = std::max(first, 0); r <= last && r < kRows; ++r)
-    for (auto& c : cells_[r]) c.clear();
+    for (auto& c : cells_[Index(r)]) c.clear();
 }
 
 bool WriteModelFile(const fs::path& file, const ModelTable& table, int series_count) {
@@ -50,6 +52,12 @@ int SeriesCountOfNameLine(const std::string& line) {
 std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table) {
   auto lines = platform::ReadAllLines(file);
   if (!lines || lines->empty()) return std::nullopt;
+  // The engine's reader decides whether the file is a model: one the engine would refuse is
+  // not shown on the pages either, and the wizard starts from a new model.
+  if (!quorvane::ParseModelFile(*lines)) {
+    table.Clear();
+    return std::nullopt;
+  }
   int count = SeriesCountOfNameLine((*lines)[0]);
   table.ClearRows(0, count - 1);
   int row = -1, col = 0;
@@ -94,11 +102,6 @@ std::string Reals12(const std::string& list) {
   return out;
 }
 
-std::string RTrim(std::string s) {
-  while (!s.empty() && s.back() == ' ') s.pop_back();
-  return s;
-}
-
 std::string Int6(int v) { return RightJustify(std::to_string(v), 6); }
 
 // Fields of a fixed width from a line; `n` of them from field `first` on, trimmed.
@@ -111,7 +114,7 @@ std::vector<std::string> Chunks(const std::string& line, size_t width, long long
   if (first < 0 || n <= 0 || first >= held) return out;
   const long long last = first + std::min(n, held - first);
   for (long long i = first; i < last; ++i) {
-    size_t col = i * width;
+    size_t col = static_cast<size_t>(i) * width;
     out.push_back(col < line.size() ? Trim(line.substr(col, width)) : std::string());
   }
   return out;
@@ -193,7 +196,7 @@ std::vector<std::string> BuildNoiseRow(const StartmodPage& p, const std::string&
   row.push_back(Int6(ar) + Int6(diff) + Int6(ma));
   if (diff > 0) row.push_back(Ints6(p.txtStartmod4.text));
   if (static_cast<long long>(ar) + ma > 0) {
-    row.push_back(RTrim(Ints6(p.txtStartmod7.text)) + RTrim(Ints6(p.txtStartmod10.text)));
+    row.push_back(platform::TrimEnd(Ints6(p.txtStartmod7.text)) + platform::TrimEnd(Ints6(p.txtStartmod10.text)));
     row.push_back(Ints6(p.txtStartmod8.text) + Ints6(p.txtStartmod11.text));
     row.push_back(Reals12(p.txtStartmod9.text) + Reals12(p.txtStartmod12.text));
   }
@@ -210,7 +213,7 @@ std::vector<std::string> BuildInputRow(const InputmodPage& p) {
   row.push_back(Int6(den) + Int6(diff) + Int6(num));
   if (diff > 0) row.push_back(Ints6(p.txtInputmod4.text));
   if (static_cast<long long>(den) + num > 0) {
-    row.push_back(RTrim(Ints6(p.txtInputmod7.text)) + RTrim(Ints6(p.txtInputmod10.text)));
+    row.push_back(platform::TrimEnd(Ints6(p.txtInputmod7.text)) + platform::TrimEnd(Ints6(p.txtInputmod10.text)));
     row.push_back(Ints6(p.txtInputmod8.text) + Ints6(p.txtInputmod11.text));
     row.push_back(Reals12(p.txtInputmod9.text) + Reals12(p.txtInputmod12.text));
   }
@@ -238,7 +241,7 @@ void FillNoisePage(const std::vector<std::string>& row, StartmodPage& p) {
   if (!IsBlank(counts[2])) p.txtStartmod6.text = CountText(ma);
   if (diff > 0) {
     std::string line = cell(at++);
-    p.txtStartmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
+    p.txtStartmod4.text = Join(Chunks(line, 6, 0, static_cast<long long>((line.size() + 5) / 6)));
   }
   if (static_cast<long long>(ar) + ma > 0) {  // counts from the file may be as large as an int
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);
@@ -282,7 +285,7 @@ void FillInputPage(const std::vector<std::string>& row, InputmodPage& p) {
   if (!IsBlank(counts[2])) p.txtInputmod6.text = CountText(num);
   if (diff > 0) {
     std::string line = cell(at++);
-    p.txtInputmod4.text = Join(Chunks(line, 6, 0, (line.size() + 5) / 6));
+    p.txtInputmod4.text = Join(Chunks(line, 6, 0, static_cast<long long>((line.size() + 5) / 6)));
   }
   if (static_cast<long long>(den) + num > 0) {
     std::string params = cell(at++), powers = cell(at++), coefs = cell(at++);

@@ -19,8 +19,8 @@ class ModelTable {
   static constexpr int kRows = 150;
   static constexpr int kCols = 10;
 
-  std::string& Cell(int row, int col) { return cells_[row][col]; }
-  const std::string& Cell(int row, int col) const { return cells_[row][col]; }
+  std::string& Cell(int row, int col) { return cells_[Index(row)][Index(col)]; }
+  const std::string& Cell(int row, int col) const { return cells_[Index(row)][Index(col)]; }
   // The cells of a row up to its first empty one.
   std::vector<std::string> Row(int row) const;
   void SetRow(int row, const std::vector<std::string>& cells);
@@ -30,14 +30,16 @@ class ModelTable {
   void ClearRows(int first, int last);
 
  private:
+  static size_t Index(int i) { return static_cast<size_t>(i); }
   std::array<std::array<std::string, kCols>, kRows> cells_;
 };
 
 // Writes rows 0 to series_count - 1, each up to its first empty cell, one cell a line.
 bool WriteModelFile(const fs::path& file, const ModelTable& table, int series_count);
 // Reads a saved model into the table; returns the series count of its first line
-// (columns 38 to 41), nullopt when the file cannot be read.
-std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table);
+// (columns 38 to 41). Nullopt when the file cannot be read or is not a model the engine
+// reads (the table is then empty).
+[[nodiscard]] std::optional<int> ReadModelFile(const fs::path& file, ModelTable& table);
 
 // The count of series as the model's first line holds it.
 int SeriesCountOfNameLine(const std::string& line);

@@ -1,15 +1,11 @@
 #include "rules/rule_values.h"
 
 #include "platform/numfmt.h"
+#include "platform/text.h"
 
 namespace tessaly::rules {
 
-std::string Trim(std::string_view text) {
-  size_t b = text.find_first_not_of(" \t");
-  if (b == std::string_view::npos) return {};
-  size_t e = text.find_last_not_of(" \t");
-  return std::string(text.substr(b, e - b + 1));
-}
+std::string Trim(std::string_view text) { return platform::Trim(text, platform::kBlanksAndTabs); }
 
 std::string LeftChars(std::string_view text, size_t n) {
   return std::string(text.substr(0, std::min(n, text.size())));

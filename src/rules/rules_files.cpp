@@ -170,7 +170,7 @@ void PostGroupPC(const fs::path& folder, const GroupPage& groups, bool estimatio
   std::vector<std::string> lines;
   lines.push_back(" " + std::to_string(groups.group_count) + " ");
   for (int g = 0; g < groups.group_count && g < static_cast<int>(groups.txtGroup_PC.size()); ++g)
-    lines.push_back(Trim(groups.txtGroup_PC[g].text));
+    lines.push_back(Trim(groups.txtGroup_PC[static_cast<size_t>(g)].text));
   platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
 }
 

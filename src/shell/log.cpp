@@ -1,18 +1,14 @@
 #include "shell/log.h"
 
 #include "platform/dates.h"
+#include "platform/text.h"
 
 namespace tessaly::shell {
 
 namespace {
 const std::string kStars(47, '*');
 
-std::string TrimBlanks(const std::string& s) {
-  size_t b = s.find_first_not_of(" \t");
-  if (b == std::string::npos) return {};
-  size_t e = s.find_last_not_of(" \t");
-  return s.substr(b, e - b + 1);
-}
+std::string TrimBlanks(const std::string& s) { return platform::Trim(s, platform::kBlanksAndTabs); }
 }  // namespace
 
 std::string LogFileName() { return platform::dates::FormatIso(platform::dates::Today()) + ".txt"; }

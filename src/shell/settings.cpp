@@ -6,18 +6,14 @@
 #include "platform/dialogs.h"
 #include "platform/inifile.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "shell/app_info.h"
 #include "shell/error_context.h"
 
 namespace tessaly::shell {
 
 namespace {
-std::string Trim(const std::string& s) {
-  size_t b = s.find_first_not_of(" \t\r\n");
-  if (b == std::string::npos) return {};
-  size_t e = s.find_last_not_of(" \t\r\n");
-  return s.substr(b, e - b + 1);
-}
+std::string Trim(const std::string& s) { return platform::Trim(s, " \t\r\n"); }
 
 // A numeric setting: a whole text that reads as a number, rounded half to
 // even, within the 16-bit range.

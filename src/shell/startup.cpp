@@ -10,8 +10,8 @@
 #include <iostream>
 #include <thread>
 
-#include "batch/batch_schema.h"
-#include "genseries/bp_schema.h"
+#include "formats/batch_schema.h"
+#include "formats/bp_schema.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
 #include "platform/working_folder.h"

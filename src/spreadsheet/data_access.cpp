@@ -7,6 +7,7 @@
 
 #include "platform/numfmt.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "spreadsheet/texts.h"
 #include "spreadsheet/workbook.h"
 
@@ -20,11 +21,7 @@ std::string Quote(const std::string& name) {
   return q + "\"";
 }
 
-std::string Trim(const std::string& s) {
-  size_t b = s.find_first_not_of(" \t");
-  if (b == std::string::npos) return "";
-  return s.substr(b, s.find_last_not_of(" \t") - b + 1);
-}
+std::string Trim(const std::string& s) { return platform::Trim(s, platform::kBlanksAndTabs); }
 
 // Splits at ";" outside double quotes.
 std::vector<std::string> SplitParts(const std::string& s) {

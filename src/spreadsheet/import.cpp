@@ -7,6 +7,7 @@
 #include "dataset/asc_dataset.h"
 #include "platform/numfmt.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "spreadsheet/texts.h"
 
 namespace tessaly::spreadsheet {
@@ -180,16 +181,7 @@ bool ShowsFiveOrSevenNote(const std::string& seasonality) {
 }
 
 namespace {
-std::string Html(const std::string& s) {
-  std::string o;
-  for (char c : s) {
-    if (c == '<') o += "&lt;";
-    else if (c == '>') o += "&gt;";
-    else if (c == '&') o += "&amp;";
-    else o += c;
-  }
-  return o;
-}
+using platform::HtmlEscape;
 }  // namespace
 
 std::string SummaryHtml(const fs::path& file, int series_count, const ImportFigures& f) {
@@ -198,17 +190,17 @@ std::string SummaryHtml(const fs::path& file, int series_count, const ImportFigu
   std::string h = "<html><body onContextMenu=\"return false\">";
   h += "<p style=\"text-align:center; font-weight:bold; font-size:16px\">Import Summary</p>";
   h += "<p><b>File Information</b><br>";
-  h += "Path:   " + Html(info.SourcePath) + "<br>";
-  h += "Filename:   " + Html(info.Filename) + "<br>";
+  h += "Path:   " + HtmlEscape(info.SourcePath) + "<br>";
+  h += "Filename:   " + HtmlEscape(info.Filename) + "<br>";
   h += "Number of Series: " + std::to_string(series_count) + "</p>";
   h += "<p><b>Series Properties</b><br>";
-  h += "Output Series Name: " + Html(f.output_series.empty() ? f.output_series_name : f.output_series) + "<br>";
-  h += "Seasonality: " + Html(f.seasonality) + "<br>";
-  h += "Observations: " + Html(f.observations) + "<br>";
-  h += "Forecasts: " + Html(f.forecasts) + "<br>";
-  h += "Major Period: " + Html(f.begin_year) + "<br>";
-  h += "Minor Period: " + Html(f.begin_period) + "<br>";
-  h += "Directory: " + Html(f.directory) + "</p></body></html>";
+  h += "Output Series Name: " + HtmlEscape(f.output_series.empty() ? f.output_series_name : f.output_series) + "<br>";
+  h += "Seasonality: " + HtmlEscape(f.seasonality) + "<br>";
+  h += "Observations: " + HtmlEscape(f.observations) + "<br>";
+  h += "Forecasts: " + HtmlEscape(f.forecasts) + "<br>";
+  h += "Major Period: " + HtmlEscape(f.begin_year) + "<br>";
+  h += "Minor Period: " + HtmlEscape(f.begin_period) + "<br>";
+  h += "Directory: " + HtmlEscape(f.directory) + "</p></body></html>";
   return h;
 }
 

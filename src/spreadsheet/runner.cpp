@@ -128,8 +128,8 @@ bool RunnerSwitches::AnyKind() const {
   return act || act_cleanse || act_fit || act_fore || act_fit_fore || act_res || fit_fore || fore || res;
 }
 
-report::GraphPreferences RunnerSwitches::Preferences() const {
-  report::GraphPreferences p;
+batch::GraphPreferences RunnerSwitches::Preferences() const {
+  batch::GraphPreferences p;
   p.no_graphs = !graphs_wanted;
   p.all_graphs = all || !AnyKind();
   p.sel_graphs = !p.all_graphs;

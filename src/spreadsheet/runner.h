@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "batch/run.h"
-#include "report/graph_plan.h"
+#include "batch/graph_preferences.h"
 #include "spreadsheet/properties_sheet.h"
 #include "spreadsheet/workbook.h"
 
@@ -30,7 +30,7 @@ struct RunnerSwitches {
   bool AnyKind() const;
   // The graphs to draw: none when no graphs are wanted; the named kinds when some are named
   // (and not "/ALL"); every kind otherwise. Limits only with "/P".
-  report::GraphPreferences Preferences() const;
+  batch::GraphPreferences Preferences() const;
 };
 
 // The layout of a sheet: the date of the first observation and the periods of row 1.

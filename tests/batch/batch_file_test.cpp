@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "batch/batch_schema.h"
+#include "formats/batch_schema.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
 

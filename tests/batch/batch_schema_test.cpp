@@ -1,4 +1,4 @@
-#include "batch/batch_schema.h"
+#include "formats/batch_schema.h"
 
 #include <gtest/gtest.h>
 

@@ -225,7 +225,6 @@ TEST(AscNames, StemAndExtensionWithoutRegardToCase) {
   EXPECT_EQ(AscStem("abc.asc.bak"), "abc.asc.bak");
   EXPECT_TRUE(IsAscName("GROUPT.Asc"));
   EXPECT_FALSE(IsAscName("asc"));
-  EXPECT_EQ(TrimBlanks("  A B\t "), "A B\t");
   int replaced = 0;
   EXPECT_EQ(RepairSeriesName(" GDP.per capita\t ", &replaced), "GDP_per_capita_");
   EXPECT_EQ(replaced, 3);

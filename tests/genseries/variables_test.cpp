@@ -2,7 +2,7 @@
 // the shift a hand-inserted comment causes.
 #include <gtest/gtest.h>
 
-#include "genseries/bp_schema.h"
+#include "formats/bp_schema.h"
 #include "genseries/variables.h"
 #include "platform/textfile.h"
 #include "platform/xml.h"

@@ -7,8 +7,8 @@
 #include <chrono>
 #include <thread>
 
-#include "batch/batch_schema.h"
-#include "genseries/bp_schema.h"
+#include "formats/batch_schema.h"
+#include "formats/bp_schema.h"
 #include "platform/xml.h"
 #include "shell/ftables.h"
 #include "shell/startup.h"

@@ -7,6 +7,7 @@
 
 #include "batch/engine/engine_client.h"
 #include "dataset/error_catalogue.h"
+#include "report/graph_plan.h"
 #include "sheet_files.h"
 #include "spreadsheet/runner.h"
 #include "spreadsheet/texts.h"

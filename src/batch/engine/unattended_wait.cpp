@@ -9,17 +9,11 @@
 #include "batch/engine/engine_wait.h"
 #include "batch/engine/progress_logic.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 
 namespace tessaly::batch {
 
 namespace {
-
-std::string Trimmed(const std::string& text) {
-  auto first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return "";
-  auto last = text.find_last_not_of(' ');
-  return text.substr(first, last - first + 1);
-}
 
 volatile sig_atomic_t g_interrupted = 0;
 
@@ -55,7 +49,7 @@ std::string UnattendedProgressWait::ProgressLine(const platform::WaitedWork& wor
   } else {
     line = work.SeriesName().empty() ? "Engine" : work.SeriesName();
   }
-  std::string shown = Trimmed(stage);
+  std::string shown = platform::Trim(stage);
   if (!shown.empty()) line += " - " + shown;
   line += " - " + FormatHhMmSs(elapsed_seconds / 86400.0);
   return line;

@@ -64,7 +64,7 @@ class frmCmdLine : public QDialog {
 
 // The menu command Run Excel File: the runner's dialog over the main window. `reports`
 // draws the graphs with the switches' choice.
-using RunnerReportsFactory = std::function<std::shared_ptr<batch::RunReports>(const report::GraphPreferences&)>;
+using RunnerReportsFactory = std::function<std::shared_ptr<batch::RunReports>(const batch::GraphPreferences&)>;
 void ShowCmdLineRunner(QWidget* parent, const std::filesystem::path& program_folder,
                        RunnerReportsFactory reports = {});
 

@@ -1,4 +1,4 @@
-#include "genseries/bp_schema.h"
+#include "formats/bp_schema.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "batch/run_reports_binding.h"
+#include "report/run_reports_binding.h"
 
 #include "platform/paths.h"
 #ifdef TESSALY_RUN_GRAPHS
