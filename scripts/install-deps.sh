@@ -21,6 +21,8 @@ packages=(
   python3 python3-numpy python3-statsmodels
   # .xls workbooks made in the spreadsheet tests
   python3-xlwt
+  # the check of function length (scripts/check-function-length.sh)
+  universal-ctags
   # fuzzing and the sanitizer build: clang with libFuzzer and the sanitizer runtimes
   clang libclang-rt-14-dev
 )

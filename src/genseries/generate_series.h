@@ -16,6 +16,9 @@ namespace tessaly::genseries {
 
 namespace fs = std::filesystem;
 
+struct WorkingDataset;
+struct GenContext;
+
 // The values the user typed into the manual grids, one text per period (row t + 1 is
 // period t): the observations and the future values.
 struct ManualData {
@@ -50,6 +53,12 @@ class clsGenerateSeries {
  private:
   void Log(const std::string& line);
   bool Run(const fs::path& asc_path, const std::optional<fs::path>& output_path);
+  std::optional<int> CheckDataset(const fs::path& asc_path);
+  bool ReadDataset(const fs::path& asc_path, int n, WorkingDataset& ds, std::vector<std::string>& file_names);
+  bool LimitReached(const WorkingDataset& ds, const std::string& what);
+  bool AddInterventions(GenContext& ctx);
+  bool AddUserDefinedSeries(GenContext& ctx, const std::vector<std::string>& file_names);
+  void AddHolidays(GenContext& ctx);
 
   fs::path program_folder_;
   fs::path log_path_;

@@ -9,6 +9,7 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QVBoxLayout;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -68,6 +69,14 @@ class frmWizardBP : public QDialog {
   void cmdFinish_Click();
 
  private:
+  void BuildSheetPage();
+  void BuildNamesPage();
+  void BuildSeriesNamesPage();
+  void BuildFilterPage();
+  void BuildMarksPage();
+  void BuildPropertiesPage();
+  void BuildSummaryPage();
+  void BuildButtons(QVBoxLayout* top);
   void Collect();  // the controls of the present step into the wizard
   void ShowNames();
   void ShowSeriesList();
