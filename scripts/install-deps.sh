@@ -10,8 +10,8 @@ packages=(
   # tests
   googletest libgtest-dev libgmock-dev
   # desktop
-  qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-charts-dev libgl-dev
-  xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  qt6-base-dev qt6-base-dev-tools qt6-charts-dev libgl-dev
+  xvfb xauth fonts-dejavu-core
   # logic libraries
   libxml2-dev libxml2-utils libsqlite3-dev libeigen3-dev libboost-dev
   libxlsxwriter-dev libfreexl-dev libminizip-dev zlib1g-dev
