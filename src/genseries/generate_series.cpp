@@ -111,7 +111,8 @@ fs::path clsGenerateSeries::LogFileOf(const fs::path& asc_path) {
 
 void clsGenerateSeries::Log(const std::string& line) {
   log_lines_.push_back(line);
-  if (!log_path_.empty()) platform::AppendLine(log_path_, line);
+  // The lines are kept in LogLines() too, which the callers show; the file is a copy.
+  if (!log_path_.empty()) (void)platform::AppendLine(log_path_, line);
 }
 
 bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path& variables_path,
@@ -127,7 +128,7 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
   if (!log_path_.empty()) {
     std::error_code ec;
     if (fs::is_regular_file(log_path_, ec)) fs::remove(log_path_, ec);
-    platform::WriteAllLines(log_path_, {""});
+    (void)platform::WriteAllLines(log_path_, {""});
   }
   const GenerationVariables& v = vars;
   if (Trim(v.LevelStartYear).empty() && Trim(v.PulseStartYear).empty() &&
@@ -150,7 +151,8 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
     // The procedure's error exit: the standard error line and box; the file is not written.
     const std::string text = "Error #" + std::to_string(f.number) + ": " + f.description + ", " +
                              kModule + ", " + f.procedure;
-    platform::AppendLine(program_folder_ / "tslyberr.txt",
+    // The box below is shown whether or not the error file could be written.
+    (void)platform::AppendLine(program_folder_ / "tslyberr.txt",
                          platform::dates::FormatIso(platform::dates::Today()) + "  " + text);
     platform::Dialogs().Message(text, platform::mb::OKOnly | platform::mb::Critical,
                                 shell::kApplicationTitle);

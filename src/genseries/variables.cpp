@@ -108,7 +108,7 @@ bool BuildXML(const fs::path& path, const GenerationVariables& vars, const std::
                             n <= static_cast<int>(holidays.size()) ? holidays[n - 1] : "");
     }
   }
-  doc.Save(path);
+  (void)doc.Save(path);  // whether the file is there is asked below
   std::error_code ec;
   if (!fs::exists(path, ec)) {
     platform::Dialogs().Message(texts::NotMade(path.string()), platform::mb::OKOnly, shell::kApplicationTitle);

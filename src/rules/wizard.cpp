@@ -253,7 +253,8 @@ void RulesWizard::Finish() {
   if (rules_saved && session_.rules.Text() != before) {
     SaveRules(folder, session_.rules);
     if (outcome.go_from_usr)
-      platform::CopyFileOver(platform::ResolveNoCase(folder, text::kEngineUsr),
+      // The rules were saved above; ENGINE.GO is only their copy for the engine's first read.
+      (void)platform::CopyFileOver(platform::ResolveNoCase(folder, text::kEngineUsr),
                              folder / std::string(text::kEngineGo));
   }
 

@@ -59,7 +59,7 @@ TEST(VariablesFile, AllPlacesRoundTripAndTheFileSatisfiesItsSchema) {
   std::string text = *platform::ReadWholeFile(his);
   const std::string marker = "<FirstObjective>";
   text.insert(text.find(marker), "<!--edited by hand-->");
-  platform::WriteWholeFile(his, text);
+  EXPECT_TRUE(platform::WriteWholeFile(his, text));
   GenerationVariables shifted;
   ASSERT_TRUE(LoadXmlFile(his, shifted).ok);
   EXPECT_EQ(shifted.FirstObjective, "edited by hand");

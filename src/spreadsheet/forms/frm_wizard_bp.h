@@ -25,9 +25,9 @@ class frmWizardBP : public QDialog {
   explicit frmWizardBP(QWidget* parent = nullptr);
 
   // Asks for a file (the Load step) and shows step 0; false when none was opened.
-  bool AskForFile();
+  [[nodiscard]] bool AskForFile();
   // Opens the file without asking (tests, a file dropped on the window).
-  bool LoadFile(const std::filesystem::path& file);
+  [[nodiscard]] bool LoadFile(const std::filesystem::path& file);
   ImportWizard& Wizard() { return w_; }
   void Refresh();
 
