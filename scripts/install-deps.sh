@@ -10,8 +10,8 @@ packages=(
   # tests
   googletest libgtest-dev libgmock-dev
   # desktop
-  qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-charts-dev libgl-dev
-  xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  qt6-base-dev qt6-base-dev-tools qt6-charts-dev libgl-dev
+  xvfb xauth fonts-dejavu-core
   # the interactive graphs: Qt Charts needs the OpenGL module's development files
   libqt6opengl6-dev
   # logic libraries
@@ -23,6 +23,8 @@ packages=(
   python3 python3-numpy python3-statsmodels
   # .xls workbooks made in the spreadsheet tests
   python3-xlwt
+  # the check of function length (scripts/check-function-length.sh)
+  universal-ctags
   # fuzzing and the sanitizer build: clang with libFuzzer and the sanitizer runtimes
   clang libclang-rt-14-dev
 )

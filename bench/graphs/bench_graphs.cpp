@@ -72,10 +72,16 @@ int main(int argc, char** argv) {
   for (const char* f : {"treeclass.js", "browserdetect.js", "gifs/doc.gif"})
     std::fclose(std::fopen((program / f).c_str(), "w"));
   double c = CpuMs();
-  tessaly::report::WriteLinkTreeSite("Big.xml", files, work / "site", program);
+  if (!tessaly::report::WriteLinkTreeSite("Big.xml", files, work / "site", program)) {
+    std::fprintf(stderr, "bench_graphs: the link tree could not be written\n");
+    return 1;
+  }
   const double site = CpuMs() - c;
   c = CpuMs();
-  tessaly::report::WriteDisplayHtml(work / "site", "Big.xml", files);
+  if (!tessaly::report::WriteDisplayHtml(work / "site", "Big.xml", files)) {
+    std::fprintf(stderr, "bench_graphs: display.html could not be written\n");
+    return 1;
+  }
   const double display = CpuMs() - c;
   std::printf("site: 2500 datasets, processor time: link tree %.1f ms, display.html %.1f ms\n",
               site, display);

@@ -72,7 +72,8 @@ void ShowAdvisory(const fs::path& program_folder, const std::string& in_director
       "PROCESSING IS COMPLETED.\r\n\r\nTHE MODIFIED FILES WILL BE SAVED IN " + modified +
       " FOR YOUR REVIEW.\r\n\r\nDO YOU WISH TO SEE THIS ADVISORY AGAIN?";
   if (Dialogs().Message(text, mb::YesNo + mb::Question, kFyi) == mb::No)
-    platform::WriteAllLines(program_folder / kAdvisoryName, {"No aggregation advisory"});
+    // Without the note the advisory is only shown again next time.
+    (void)platform::WriteAllLines(program_folder / kAdvisoryName, {"No aggregation advisory"});
 }
 
 AggParams::AggParams(ParamsSetup setup) : setup_(std::move(setup)) {
@@ -225,14 +226,16 @@ bool AggParams::Ok() {
   if (platform::Val(number_) > kMaxForecasts)
     return refuse("The maximum of forecasts allowed is 0 to " + max + ".");
   options_.NumberOfForecasts = Trim(number_);
-  PrepareFolders();
+  const std::string unsaved = PrepareFolders();
+  if (!unsaved.empty()) return refuse("The original of " + unsaved + " could not be backed up to ASCBACKUP.");
   if (Trim(setup_.keep_seasonality) == "7" && Value(Box::ForecastsNo) && Value(Box::AscNo) &&
       setup_.ask_first_observation) {
     // A cancelled date leaves it empty and the run goes on.
     options_.FirstObservationDate = setup_.ask_first_observation().value_or("");
   }
   DeleteParamsRecord(setup_.program_folder);
-  platform::WriteAllLines(RecordPath(), RecordLines());
+  // The record only remembers these choices for the next time the dialog opens.
+  (void)platform::WriteAllLines(RecordPath(), RecordLines());
   state_ = State::Accepted;
   return true;
 }
@@ -241,14 +244,14 @@ void AggParams::Cancel() {
   if (state_ == State::Open) state_ = State::Canceled;
 }
 
-void AggParams::PrepareFolders() {
+std::string AggParams::PrepareFolders() {
   const fs::path backup = platform::EnsureSubfolder(setup_.in_directory, "ASCBACKUP");
   for (const std::string& name : setup_.chosen) {
     auto source = platform::FindNoCase(setup_.in_directory, name);
-    if (source) platform::CopyFileOver(*source, backup / source->filename());
+    if (source && !platform::CopyFileOver(*source, backup / source->filename())) return name;
   }
   auto modified = platform::FindNoCase(setup_.in_directory, "MODIFIEDASC");
-  if (!modified || !fs::is_directory(*modified)) return;
+  if (!modified || !fs::is_directory(*modified)) return {};
   std::error_code ec;
   for (auto it = fs::directory_iterator(*modified, ec); !ec && it != fs::directory_iterator();
        it.increment(ec)) {
@@ -256,6 +259,7 @@ void AggParams::PrepareFolders() {
     const bool asc = name.size() >= 3 && (name.ends_with("ASC") || name.ends_with("asc"));
     if (asc && it->is_regular_file()) fs::remove(it->path(), ec);
   }
+  return {};
 }
 
 }  // namespace tessaly::aggregate

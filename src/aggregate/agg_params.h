@@ -73,7 +73,7 @@ class AggParams {
   // Leaving the field: the "###" mask, and the count of a supplied GROUPT.PRO.
   void LeaveNumberField();
   // OK: true when the answers were accepted and the dialog is to be hidden.
-  bool Ok();
+  [[nodiscard]] bool Ok();
   void Cancel();
 
   const ParamsVisibility& Visible() const { return visible_; }
@@ -94,8 +94,10 @@ class AggParams {
   void AscYes();
   void AscNo();
   void ShowLaterQuestions();
-  bool FileMissingGoOn(const fs::path& path);
-  void PrepareFolders();
+  [[nodiscard]] bool FileMissingGoOn(const fs::path& path);
+  // Backs the chosen files up to ASCBACKUP and empties MODIFIEDASC of ASC files; returns the
+  // first file that could not be backed up (nothing is emptied then), empty when all were.
+  [[nodiscard]] std::string PrepareFolders();
 
   ParamsSetup setup_;
   bool boxes_[16] = {};

@@ -224,10 +224,11 @@ bool AggregationRun::RewriteChildren() {
                                    parent_forecasts));
     SetStatus(Caption(stage::kValidating + name));
     bool cancel = false;
-    dataset::ValidateAscSize_And_NSeries(file, cancel, name);
+    (void)dataset::ValidateAscSize_And_NSeries(file, cancel, name);  // a failure sets `cancel` too
     if (cancel) return false;
     if (s_.causal && !replacements_chosen_)
-      platform::CopyFileOver(file, platform::EnsureSubfolder(in_directory_, "MODIFIEDASC") / file.filename());
+      // MODIFIEDASC is a copy for the person's review; the run does not read it.
+      (void)platform::CopyFileOver(file, platform::EnsureSubfolder(in_directory_, "MODIFIEDASC") / file.filename());
   }
   return true;
 }
@@ -289,7 +290,7 @@ void AggregationRun::HandBackChildren() {
   for (const std::string& name : s_.selection.chosen) {
     RemoveAll(in_directory_, name);
     if (auto kept = platform::FindNoCase(s_.program_folder / "AGGBACKUP", name))
-      batch::MoveFileOver(*kept, in_directory_ / kept->filename());
+      (void)batch::MoveFileOver(*kept, in_directory_ / kept->filename());  // else kept in AGGBACKUP
   }
 }
 
@@ -369,7 +370,8 @@ AggregationRun::Ending AggregationRun::Run() {
     s_.options.ReconcileDirection = 2;
     if (auto user = platform::FindNoCase(in_directory_, "GROUPT.PRO")) {
       RemoveAll(output_path_, "GROUPT.PRO");
-      batch::MoveFileOver(*user, output_path_ / "GROUPT.PRO");
+      // One that cannot be moved stays in the input folder; the reconciliation goes on without it.
+      (void)batch::MoveFileOver(*user, output_path_ / "GROUPT.PRO");
     }
   }
   const ReconcileInput input = ReconcileSetup();

@@ -29,7 +29,7 @@ enum class RunStage { Parent, Children };
 class AggregationRules {
  public:
   virtual ~AggregationRules() = default;
-  virtual bool Select(RunStage stage, bool qvx_rules, const fs::path& asc,
+  [[nodiscard]] virtual bool Select(RunStage stage, bool qvx_rules, const fs::path& asc,
                       const std::string& project_stem) = 0;
   virtual std::optional<int16_t> ObjectiveOne() const { return std::nullopt; }
 };
@@ -97,10 +97,10 @@ class AggregationRun {
   class ResidualRecorder;
   std::string Caption(const std::string& stage) const;
   void SetStatus(const std::string& text);
-  bool SelectRunOptionsConditions(RunStage stage, const fs::path& asc);
-  bool BuildParent();
-  bool RewriteChildren();
-  bool RunChildren();
+  [[nodiscard]] bool SelectRunOptionsConditions(RunStage stage, const fs::path& asc);
+  [[nodiscard]] bool BuildParent();
+  [[nodiscard]] bool RewriteChildren();
+  [[nodiscard]] bool RunChildren();
   ReconcileInput ReconcileSetup();
   void HandBackChildren();
   Ending CancelEnding(const std::string& message);

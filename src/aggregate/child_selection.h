@@ -80,7 +80,7 @@ class ChildLists {
 };
 
 // What Finish leaves for the rest of the flow.
-struct SelectionResult {
+struct [[nodiscard]] SelectionResult {
   enum class Outcome {
     Passed,        // go on with the flow
     CountRefused,  // fewer than 2 or more than 149: the dialog stays open
@@ -116,6 +116,6 @@ SelectionResult ValidateChildren(const std::vector<std::string>& chosen,
 
 // The name test and numeric sort of mixed-frequency data, on their own: true when every
 // name less its last four characters is numeric, and then `names` is rebuilt in order.
-bool SortNumericNames(std::vector<std::string>& names);
+[[nodiscard]] bool SortNumericNames(std::vector<std::string>& names);
 
 }  // namespace tessaly::aggregate

@@ -15,7 +15,7 @@ namespace tessaly::aggregate {
 // The shrunk covariance of residual series (node by time, the parent first; NaN where a
 // series has no residual). Only the times at which every series has one are used. nullopt
 // with fewer than two such times. `lambda` receives the shrinkage intensity, 0 to 1.
-std::optional<Eigen::MatrixXd> ShrunkCovariance(const std::vector<std::vector<double>>& residuals,
+[[nodiscard]] std::optional<Eigen::MatrixXd> ShrunkCovariance(const std::vector<std::vector<double>>& residuals,
                                                 double* lambda = nullptr);
 
 // The reconciliation of one period's base forecasts (parent first, then the children): the

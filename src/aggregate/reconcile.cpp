@@ -63,12 +63,12 @@ fs::path InOutput(const ReconcileInput& in, const std::string& name) {
   return platform::ResolveNoCase(in.output_path, name);
 }
 
-// Delete the target, copy the temporary file over it, delete the temporary file.
+// Delete the target, copy the temporary file over it, delete the temporary file. A copy that
+// fails keeps the temporary file, so the adjusted figures are not lost with the target.
 void Replace(const fs::path& temporary, const fs::path& target) {
   std::error_code ec;
   fs::remove(target, ec);
-  platform::CopyFileOver(temporary, target);
-  fs::remove(temporary, ec);
+  if (platform::CopyFileOver(temporary, target)) fs::remove(temporary, ec);
 }
 
 std::string Stamp() {
@@ -94,7 +94,8 @@ void WriteDetailTable(const ReconcileInput& in, long bound, bool own_names_only)
         out.Line(std::string(10, ' ') + std::string(25 - line.size(), ' ') + line);
     }
   }
-  out.Close();
+  // The reconciliation's tables go on past a failed write, as the aggregation's finish does.
+  (void)out.Close();
 }
 
 void WritePeriodTable(const ReconcileInput& in, long bound) {
@@ -116,7 +117,8 @@ void WritePeriodTable(const ReconcileInput& in, long bound) {
     for (std::size_t c = 0; c < in.chosen.size(); ++c)
       out.Line("    " + std::to_string(p + 1) + "    " + std::to_string(c + 1) + kNine +
                platform::NumberToText(reconciled[c][static_cast<std::size_t>(p)]));
-  out.Close();
+  // The reconciliation's tables go on past a failed write, as the aggregation's finish does.
+  (void)out.Close();
 }
 
 void Status(const ReconcileInput& in, const std::string& text) {
@@ -147,8 +149,8 @@ void BottomUp(const ReconcileInput& in) {
     platform::TextWriter out(adjusted);
     out.Line(header);
     for (std::size_t p = 0; p < lines.size(); ++p) out.Line(BottomUpLine(lines[p], sums[p]));
-    out.Close();
-    Replace(adjusted, parent);
+    // A parent file that could not be written whole is left as it was.
+    if (out.Close()) Replace(adjusted, parent);
   }
   WriteDetailTable(in, bound, true);
   if (in.mixed_frequency) WritePeriodTable(in, bound);
@@ -188,8 +190,8 @@ void TopDown(const ReconcileInput& in) {
       }
       out.Line(TopDownLine(lines[p], adjusted));
     }
-    out.Close();
-    Replace(adj, pro);
+    // A child file that could not be written whole is left as it was.
+    if (out.Close()) Replace(adj, pro);
   }
   WriteDetailTable(in, bound, false);
   if (in.mixed_frequency) WritePeriodTable(in, bound);
@@ -235,8 +237,8 @@ bool MinT(const ReconcileInput& in) {
     platform::TextWriter writer(temporary);
     writer.Line(dataset::TrimBlanks(headers[k]));
     for (const auto& line : out[k]) writer.Line(line);
-    writer.Close();
-    Replace(temporary, pro);
+    // A forecast file that could not be written whole is left as it was.
+    if (writer.Close()) Replace(temporary, pro);
   }
   WriteDetailTable(in, bound, false);
   if (in.mixed_frequency) WritePeriodTable(in, bound);

@@ -17,7 +17,8 @@ bool AcceptReplacement(const std::filesystem::path& in_directory, const std::str
   };
   if (file.empty()) return refuse("You must select a replacement file before continuing");
   if (auto original = platform::FindNoCase(in_directory, child))
-    platform::CopyFileOver(*original, platform::EnsureSubfolder(in_directory, "ASCBACKUP") / original->filename());
+    if (!platform::CopyFileOver(*original, platform::EnsureSubfolder(in_directory, "ASCBACKUP") / original->filename()))
+      return refuse("The original of " + child + " could not be backed up to ASCBACKUP.");
   const auto lines = platform::ReadAllLines(platform::ResolveNoCase(in_directory, file));
   if (!lines || lines->empty()) return refuse("The asc file is empty.");
   auto line = [&](std::size_t n) { return n <= lines->size() ? dataset::TrimBlanks((*lines)[n - 1]) : std::string(); };

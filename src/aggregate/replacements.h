@@ -12,7 +12,7 @@ inline constexpr const char* kReplaceTitle = "Replace Children Files?";
 // empty when none was chosen). Keeps a safety copy of the child in ASCBACKUP, then refuses a
 // file that is empty or whose observations (line 8) or forecasts (line 11) differ from the
 // children's, each with its message; a passed file is taken when the person confirms.
-bool AcceptReplacement(const std::filesystem::path& in_directory, const std::string& child,
+[[nodiscard]] bool AcceptReplacement(const std::filesystem::path& in_directory, const std::string& child,
                        const std::string& file, const std::string& observations,
                        const std::string& forecasts);
 

@@ -48,7 +48,7 @@ AggregationRulesWizard::AggregationRulesWizard(fs::path program_folder,
 bool AggregationRulesWizard::Select(RunStage stage, bool qvx_rules, const fs::path& asc,
                                     const std::string& project_stem) {
   last_ = std::make_unique<rules::RulesWizardForRun>(
-      program_folder_, std::make_shared<ShapedWizardUi>(stage, qvx_rules, window_));
+      program_folder_, std::make_shared<ShapedWizardUi>(stage, qvx_rules, window_), session_);
   last_->SetAggregationRun(true);
   return last_->Show(project_stem, asc);
 }

@@ -17,13 +17,14 @@ class AggregationRulesWizard : public AggregationRules {
  public:
   // `window` null: no person; the wizard is finished as shaped.
   AggregationRulesWizard(fs::path program_folder, std::shared_ptr<rules::WizardUi> window);
-  bool Select(RunStage stage, bool qvx_rules, const fs::path& asc,
+  [[nodiscard]] bool Select(RunStage stage, bool qvx_rules, const fs::path& asc,
               const std::string& project_stem) override;
   std::optional<int16_t> ObjectiveOne() const override;
 
  private:
   fs::path program_folder_;
   std::shared_ptr<rules::WizardUi> window_;
+  rules::RulesSession session_;  // shared by the stages of one aggregation run
   std::unique_ptr<rules::RulesWizardForRun> last_;
 };
 

@@ -40,7 +40,8 @@ void RestoreChildrenFromBackup(const fs::path& in_directory, const std::vector<s
   if (!backup) return;
   for (const std::string& name : children)
     if (auto kept = platform::FindNoCase(*backup, name))
-      platform::CopyFileOver(*kept, platform::ResolveNoCase(in_directory, kept->filename().string()));
+      // A child that cannot be restored keeps its backup in ASCBACKUP, where the person finds it.
+      (void)platform::CopyFileOver(*kept, platform::ResolveNoCase(in_directory, kept->filename().string()));
 }
 
 int RunAggregationUnattended(const fs::path& project_file, const AggregationAnswers& answers,

@@ -28,7 +28,7 @@ struct AggregationAnswers {
 // Exit statuses: 0 the run finished, 1 it was incomplete or cancelled on the way, 2 the
 // selection or the answers were refused (nothing in the project folder was changed).
 // `seams.rules` null: the wizard is finished as the stage shapes it, with no window.
-int RunAggregationUnattended(const fs::path& project_file, const AggregationAnswers& answers,
+[[nodiscard]] int RunAggregationUnattended(const fs::path& project_file, const AggregationAnswers& answers,
                              AggregationSeams seams, const fs::path& program_folder);
 
 // Puts the children's originals back from the safety copies in ASCBACKUP, as closing the

@@ -69,7 +69,7 @@ void RunPoolFlow(DesktopSession& session, QWidget* window, const std::filesystem
     if (!session.Session().trvMenu.Empty()) session.ShowReportTree(true);
     return;
   }
-  run.Run(*project, chosen);
+  (void)run.Run(*project, chosen);  // the run tells the person as it goes; the tree shows the rest
   session.Session().OutputPath = run.OutputPath();
   session.SyncTree();
   session.ShowReportTree(true);

@@ -150,7 +150,8 @@ DesktopSession::DesktopSession(shell::frmMain& form, fs::path program_folder)
   pane_->splitter->restoreState(settings.value("frmMain/splitter").toByteArray());
 
   BuildMenus();
-  shell::frmMain::RecentFileOpener() = [this](const std::string& path) { OpenProject(path); };
+  // Opening tells the person what went wrong itself.
+  shell::frmMain::RecentFileOpener() = [this](const std::string& path) { (void)OpenProject(path); };
   UpdateCommands();
 }
 
@@ -329,7 +330,7 @@ void DesktopSession::mnuFileNew_Click() {
 
 void DesktopSession::mnuFileOpen_Click() {
   shell::EnterMenuCommand("frmMain", "mnuFileOpen_Click");
-  commands_->mnuFileOpen();
+  (void)commands_->mnuFileOpen();  // the command tells the person what went wrong
   AfterProjectChange();
 }
 
@@ -349,7 +350,7 @@ void DesktopSession::mnuFileClose_Click() {
 
 void DesktopSession::mnuBatchEdit_Click() {
   shell::EnterMenuCommand("frmMain", "mnuBatchEdit_Click");
-  commands_->mnuBatchEdit();
+  (void)commands_->mnuBatchEdit();  // the command tells the person what went wrong
   UpdateCommands();
 }
 
@@ -389,7 +390,7 @@ void DesktopSession::mnuBatchRun_Click() {
     description = error.description;
     return false;
   });
-  run.SetOpenProject([this] { commands_->mnuFileOpen(); });
+  run.SetOpenProject([this] { (void)commands_->mnuFileOpen(); });  // the run looks for the project next
   // Each run asks the wizard again for its first file.
   batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
   std::optional<fs::path> save_to;
@@ -421,7 +422,7 @@ void DesktopSession::mnuBatchRun_Click() {
 void DesktopSession::mnu_Agg_Click() {
   shell::EnterMenuCommand("frmMain", "mnu_Agg_Click");
   if (running_) return;
-  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) (void)commands_->mnuFileOpen();  // whether one is open is asked next
   if (!session_.ctrlBatch) return;
   aggregate::DesktopAggregation context{&form_, program_, session_.ctrlBatch.get(), session_.project_path,
                                         std::make_shared<MainFormRunView>(*this),
@@ -436,7 +437,7 @@ void DesktopSession::mnu_Agg_Click() {
 
 void DesktopSession::mnuFileExportForecasts_Click() {
   if (running_) return;
-  if (!session_.ctrlBatch) commands_->mnuFileOpen();
+  if (!session_.ctrlBatch) (void)commands_->mnuFileOpen();  // whether one is open is asked next
   if (!session_.ctrlBatch) return;
   const batch::cBatchFile& project = *session_.ctrlBatch;
   spreadsheet::ForecastExport result;

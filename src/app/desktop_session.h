@@ -33,7 +33,7 @@ class DesktopSession : public QObject {
   // ---- Commands ----------------------------------------------------------------------
   void mnuFileNew_Click();
   void mnuFileOpen_Click();
-  bool OpenProject(const fs::path& path);
+  [[nodiscard]] bool OpenProject(const fs::path& path);
   void mnuFileClose_Click();
   void mnuBatchRun_Click();
   void mnuFileExportForecasts_Click();

@@ -40,7 +40,7 @@ void InstallUnattendedHost();
 int UsageError(std::string_view command, std::string_view text, std::ostream& err);
 
 // The commands, each in its own file.
-int RunCommand(const Args& args, std::ostream& out, std::ostream& err);
+[[nodiscard]] int RunCommand(const Args& args, std::ostream& out, std::ostream& err);
 int MergeCommand(const Args& args, std::ostream& out, std::ostream& err);
 int PoolCommand(const Args& args, std::ostream& out, std::ostream& err);
 int ImportCommand(const Args& args, std::ostream& out, std::ostream& err);

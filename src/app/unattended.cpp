@@ -18,7 +18,8 @@ int RunUnattended(const shell::CommandLine& command_line, const std::filesystem:
   });
   platform::SetDialogHost(host);
   // Held until exit: a second program on this folder would clear this one's files.
-  shell::LockWorkingFolder(program_folder);
+  // Unattended, it waits until the lock is free: false only comes from a person's choice.
+  (void)shell::LockWorkingFolder(program_folder);
 
   shell::MainPrepare(program_folder, command_line, current_folder);
   shell::CSetting& settings = shell::MainSettings();

@@ -7,7 +7,7 @@
 
 namespace tessaly::app {
 
-int RunUnattended(const shell::CommandLine& command_line, const std::filesystem::path& program_folder,
+[[nodiscard]] int RunUnattended(const shell::CommandLine& command_line, const std::filesystem::path& program_folder,
                   const std::filesystem::path& current_folder, shell::CommandLineRunner& runner);
 
 }  // namespace tessaly::app

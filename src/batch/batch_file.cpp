@@ -181,7 +181,8 @@ bool cBatchFile::Load(const fs::path& path) {
     if (!fs::exists(SchemaPath())) {
       std::error_code ec;
       fs::create_directories(SchemaPath().parent_path(), ec);
-      CreateBATCHXSD(SchemaPath());
+      // A schema that cannot be written fails the check against it below, with its reason.
+      (void)CreateBATCHXSD(SchemaPath());
     }
     xml::ParseResult parsed = xml::ParseFile(path);
     std::string reason;

@@ -21,9 +21,9 @@ std::optional<std::string> OutputOwner(const fs::path& output);
 
 // True when a run of `project` may empty `output`: the folder is this project's, nobody's,
 // or the person said Yes to "The folder ... holds the reports of the project ...".
-bool ConfirmOutputOwner(const fs::path& output, const fs::path& project);
+[[nodiscard]] bool ConfirmOutputOwner(const fs::path& output, const fs::path& project);
 
 // Marks `output` as holding the reports of `project`.
-bool WriteOutputOwner(const fs::path& output, const fs::path& project);
+[[nodiscard]] bool WriteOutputOwner(const fs::path& output, const fs::path& project);
 
 }  // namespace tessaly::batch

@@ -60,7 +60,8 @@ void ProjectCommands::RestoreBackups(const fs::path& folder, const std::string& 
     fs::path dest = platform::ResolveNoCase(folder, it->path().filename().string());
     Log("Org = " + it->path().string());
     Log("   Dest = " + dest.string());
-    MoveFileOver(it->path(), dest);
+    // A file that cannot be moved back stays in the backup folder, named in the log above.
+    (void)MoveFileOver(it->path(), dest);
   }
 }
 
@@ -285,7 +286,8 @@ bool ProjectCommands::mnuBatchEdit() {
   fs::path backup = platform::EnsureSubfolder(project.InDirectory(), "ASCBACKUP");
   for (const auto& name : chosen) {
     auto source = platform::FindNoCase(project.InDirectory(), name);
-    if (source && !platform::ExistsNoCase(backup, name)) platform::CopyFileOver(*source, backup / name);
+    // The backup is for undoing a run's changes by hand; the run itself does not need it.
+    if (source && !platform::ExistsNoCase(backup, name)) (void)platform::CopyFileOver(*source, backup / name);
   }
   RemoveAll(platform::ResolveNoCase(project.OutDirectory(), "OUTPUT"), "display.html");
   project.SetChanged(true);

@@ -76,15 +76,15 @@ class ProjectCommands {
   ProjectCommands(ProjectSession& session, ProjectForms& forms, ProjectHooks hooks = {});
 
   // New Project. True when a project was written and is now open.
-  bool mnuFileNew();
+  [[nodiscard]] bool mnuFileNew();
   // Open Project through the file dialog.
-  bool mnuFileOpen();
+  [[nodiscard]] bool mnuFileOpen();
   // Opens a given project file.
-  bool OpenProject(const fs::path& path);
+  [[nodiscard]] bool OpenProject(const fs::path& path);
   // Close: asks to save changes, puts back the ASC files kept for a run.
   void mnuFileClose();
   // Edit Series in Project.
-  bool mnuBatchEdit();
+  [[nodiscard]] bool mnuBatchEdit();
   // Previous Reports: the tree of the open project without a run.
   void mnuBatchPrevReports();
 
@@ -95,7 +95,7 @@ class ProjectCommands {
   void RestoreBackups(const fs::path& folder, const std::string& backup);
 
  private:
-  std::optional<fs::path> AskProjectPath(const std::string& folder);
+  [[nodiscard]] std::optional<fs::path> AskProjectPath(const std::string& folder);
   void Log(const std::string& line) const;
 
   ProjectSession& s_;

@@ -200,7 +200,9 @@ void BatchRun::RestoreNoTrend() {
   const fs::path& folder = options_.program_folder;
   bool there = platform::ExistsNoCase(folder, "NOTREND.QVX");
   if (options_.no_trend_at_start && !there)
-    platform::WriteAllLines(folder / "NOTREND.QVX", {"1"});
+    // At the end of a run there is no one left to tell; the next start reads the marker as it
+    // finds it.
+    (void)platform::WriteAllLines(folder / "NOTREND.QVX", {"1"});
   else if (!options_.no_trend_at_start && there)
     Remove(folder, "NOTREND.QVX");
 }
@@ -243,7 +245,7 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
   p.SetBeginningYear(std::to_string(header.DataProp[3]));
   p.SetBeginningPeriod(header.DataProp[4]);
   p.SetNumberOfObservations(header.DataProp[5]);
-  p.SetNumberOfFurtureValues(header.DataProp[6]);
+  p.SetNumberOfFutureValues(header.DataProp[6]);
   p.SetNumberOfRetainedValues(header.DataProp[7]);
   p.SetNumberOfForecasts(header.DataProp[8]);
   if (header.DataProp[1] == 1)
@@ -301,7 +303,8 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
   // The engine's report files of an earlier call go, and OUTPUT is emptied.
   CleanupReports();
   RemoveFilesIn(output_path_);
-  WriteOutputOwner(output_path_, xml_file);
+  // Without the owner file the folder is still known by the project's menu page.
+  (void)WriteOutputOwner(output_path_, xml_file);
   RunEngine(*project, xml_file);
   // A cancel that asked for the program to close closes the main form; the engine's report
   // files in the program's folder go either way.
@@ -543,12 +546,14 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   }
   const std::string current_series_name = ReturnedSeriesName(returned_, a);
   // report.xml, the catalogue the error pages take their texts from, into OUTPUT when missing.
-  dataset::EnsureReportXml(output_path_);
+  // Without it the error pages say that the code was not found.
+  (void)dataset::EnsureReportXml(output_path_);
   // A failure of this dataset: its error page and code; the next file follows.
   if (result.error_code > 0) {
     tree_.Remove(SeriesKey(name));
     // An engine that gave no answer (crashed, stopped at the time limit) says why in the log.
-    if (!result.failure_reason.empty()) log.Append(name, result.failure_reason);
+    // The log is where failures are told: its own has nowhere further to go.
+    if (!result.failure_reason.empty()) (void)log.Append(name, result.failure_reason);
     dataset::WriteErrorReport(result.error_code, name, output_path_, log);
     if (listed) project.SetError(i, result.error_code);
     if (listed) project.SetCompleted(i, kTrue);
@@ -574,7 +579,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   if (!unwritten.empty()) {
     std::string names;
     for (const auto& n : unwritten) names += (names.empty() ? "" : ", ") + n;
-    log.Append(name, kOutputsNotWrittenText + names);
+    (void)log.Append(name, kOutputsNotWrittenText + names);  // the file's status says it too
     tree_.Remove(SeriesKey(name));
     ++write_failures_;
     ++run.ErrorCount;

@@ -77,7 +77,7 @@ class RunRulesWizard {
  public:
   virtual ~RunRulesWizard() = default;
   // Shows the wizard; it writes the rules and model files. False when the person cancelled.
-  virtual bool Show(const WizardRequest& request) = 0;
+  [[nodiscard]] virtual bool Show(const WizardRequest& request) = 0;
   // The objective 1 chosen in the wizard, when one was.
   virtual std::optional<int16_t> ObjectiveOne() const { return std::nullopt; }
   // After a good dataset: keeps its model when the person asked for models to be saved.
@@ -162,7 +162,7 @@ class BatchRun {
   // The project is saved to its OutDirectory under its BatchName, or to `save_to` when
   // given (a project run from the command line is saved where it was read).
   // Returns true when RunEngine ran.
-  bool mnuBatchRun(std::unique_ptr<cBatchFile>& project,
+  [[nodiscard]] bool mnuBatchRun(std::unique_ptr<cBatchFile>& project,
                    const std::optional<fs::path>& save_to = std::nullopt);
   // The run loop over the project's files; `xml_file` is where the project is saved.
   void RunEngine(cBatchFile& project, const fs::path& xml_file);
@@ -189,12 +189,12 @@ class BatchRun {
     int number = 1, count = 1;  // for the progress window
     std::string caption;        // the status before the name ("Processing: " when empty)
   };
-  enum class SeriesOutcome { Clean, NotRun, Canceled };
+  enum class [[nodiscard]] SeriesOutcome { Clean, NotRun, Canceled };
   // The flow's own output folder (pooling and aggregation keep theirs under InDirectory).
   void SetOutputPath(const fs::path& path) { output_path_ = path; }
   // Starts the engine object once for the flow; tells the fault and returns false when it
   // cannot be started.
-  bool StartEngine();
+  [[nodiscard]] bool StartEngine();
   // Errors counted afresh, the tree and its row flags emptied, the arrays ready.
   void BeginFlowRun();
   // One file through the run's steps: checks, engine, outputs, graphs, tree. A project entry
@@ -205,7 +205,7 @@ class BatchRun {
   const dataset::AscDataset& LastDataset() const { return *dataset_; }
 
  private:
-  enum class FileOutcome { Next, Canceled };
+  enum class [[nodiscard]] FileOutcome { Next, Canceled };
   FileOutcome RunOneFile(cBatchFile& project, const SeriesPass& pass, const fs::path& xml_file,
                          bool& any_report, bool* clean = nullptr);
   void Status(const std::string& text);

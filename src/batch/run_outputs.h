@@ -22,7 +22,7 @@ std::string CombinedForecastName(const std::string& batch_name);
 
 // Moves a file, replacing the target; a target busy for a moment is tried again.
 // False when the file could not be moved.
-bool MoveFileOver(const fs::path& from, const fs::path& to);
+[[nodiscard]] bool MoveFileOver(const fs::path& from, const fs::path& to);
 
 // R1 to R8 for one dataset: each target (output folder, stem, suffix) is deleted, the
 // engine's file moved there when it exists, the row's flag set and its node added under

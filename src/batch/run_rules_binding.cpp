@@ -4,7 +4,7 @@ namespace tessaly::batch {
 
 RulesWizardBinding::RulesWizardBinding(fs::path program_folder, std::shared_ptr<rules::WizardUi> ui,
                                        bool no_trend_at_start)
-    : wizard_(std::move(program_folder), std::move(ui)) {
+    : wizard_(std::move(program_folder), std::move(ui), session_) {
   wizard_.SetNoTrendAtStartup(no_trend_at_start);
 }
 

@@ -11,11 +11,12 @@ namespace tessaly::batch {
 class RulesWizardBinding : public RunRulesWizard {
  public:
   RulesWizardBinding(fs::path program_folder, std::shared_ptr<rules::WizardUi> ui, bool no_trend_at_start);
-  bool Show(const WizardRequest& request) override;
+  [[nodiscard]] bool Show(const WizardRequest& request) override;
   std::optional<int16_t> ObjectiveOne() const override;
   void Check4Model(const std::string& stem, const std::string& model_name) override;
 
  private:
+  rules::RulesSession session_;
   rules::RulesWizardForRun wizard_;
 };
 

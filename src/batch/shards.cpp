@@ -121,7 +121,8 @@ fs::path MakeWorkingFolder(const ShardRunOptions& options, const ShardSpec& shar
   }
   for (const char* input : kEngineInputs)
     if (auto found = platform::FindNoCase(options.program_folder, input))
-      platform::CopyFileOver(*found, folder / found->filename());
+      // An input that cannot be copied is missing to the job's engine as it would be here.
+      (void)platform::CopyFileOver(*found, folder / found->filename());
   return folder;
 }
 
@@ -160,7 +161,8 @@ void JoinRunWideFile(const std::vector<fs::path>& shard_outputs, const std::stri
     }
     joined += text;
   }
-  platform::WriteWholeFile(target, joined);
+  // The merged report is one of the run's extras; each shard's datasets keep their own files.
+  (void)platform::WriteWholeFile(target, joined);
 }
 
 }  // namespace
@@ -263,7 +265,8 @@ int RunShard(const fs::path& project_path, const ShardSpec& shard, const ShardRu
     status = RunProjectUnattended(part_file, run);
     done = ended && !RunCanceled();
     if (auto log = platform::FindNoCase(work, dataset::kProcessErrorsFileName))
-      platform::CopyFileOver(*log, folder / dataset::kProcessErrorsFileName);
+      // A log that cannot be kept leaves the part's rejections to its project's statuses.
+      (void)platform::CopyFileOver(*log, folder / dataset::kProcessErrorsFileName);
     fs::remove_all(work, ec);
     fs::remove(work.parent_path(), ec);  // the folder of private folders, once empty
   }
@@ -385,7 +388,8 @@ int MergeShards(const fs::path& project_path, const MergeOptions& options) {
     shard_outputs.push_back(out);
     for (auto it = fs::directory_iterator(out, ec); !ec && it != fs::directory_iterator(); it.increment(ec)) {
       const std::string name = it->path().filename().string();
-      if (it->is_regular_file() && !run_wide(name)) MoveFileOver(it->path(), output / name);
+      // A file that cannot be moved stays in its shard's folder.
+      if (it->is_regular_file() && !run_wide(name)) (void)MoveFileOver(it->path(), output / name);
     }
   }
   // The run-wide files in project order.
@@ -420,12 +424,14 @@ int MergeShards(const fs::path& project_path, const MergeOptions& options) {
   const fs::path log_file = options.program_folder / dataset::kProcessErrorsFileName;
   while (platform::RemoveNoCase(options.program_folder, dataset::kProcessErrorsFileName)) {
   }
-  if (!log.empty()) platform::WriteWholeFile(log_file, log);
+  // The datasets' statuses in the project say what the log would.
+  if (!log.empty()) (void)platform::WriteWholeFile(log_file, log);
 
   // The overview gives each rejected dataset's reason, as a run of the whole project does.
   if (options.reports) options.reports->FilesDone(RejectedFromLog(project, log));
   if (options.reports) options.reports->WriteLinkTree(project, output);
-  WriteOutputOwner(output, path);
+  // Without the owner file the folder is still known by the project's menu page.
+  (void)WriteOutputOwner(output, path);
   fs::remove_all(output / kShardsFolder, ec);
   Dialogs().Message("The " + std::to_string(count) + " shards of " + project.BatchName() +
                         " are merged into " + output.string() + ".",

@@ -27,13 +27,13 @@ struct ShardSpec {
 };
 
 // "I/N" with 1 <= I <= N; nullopt with a reason in `error` otherwise.
-std::optional<ShardSpec> ParseShard(std::string_view text, std::string& error);
+[[nodiscard]] std::optional<ShardSpec> ParseShard(std::string_view text, std::string& error);
 
 // The shard of this task from the batch system's environment: Slurm's job array
 // (SLURM_ARRAY_TASK_ID, less SLURM_ARRAY_TASK_MIN, of SLURM_ARRAY_TASK_COUNT), else
 // Kubernetes' Indexed Job (JOB_COMPLETION_INDEX, from 0) of `shards`. `getenv` is the
 // environment's lookup (tests give their own).
-std::optional<ShardSpec> ShardFromEnvironment(std::optional<int> shards, std::string& error,
+[[nodiscard]] std::optional<ShardSpec> ShardFromEnvironment(std::optional<int> shards, std::string& error,
                                               const std::function<const char*(const char*)>& getenv);
 
 // The project entries [first, last) of a shard among `files`: a stable split by position into

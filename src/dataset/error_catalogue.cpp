@@ -77,7 +77,8 @@ bool EnsureReportXml(const fs::path& output_path) {
 
 CodeLookup LookUpErrorCode(long code, const fs::path& output_path) {
   CodeLookup out;
-  EnsureReportXml(output_path);
+  // A catalogue that cannot be written is not found below, and the code's own line stands.
+  (void)EnsureReportXml(output_path);
   platform::xml::ParseResult parsed =
       platform::xml::ParseFile(platform::ResolveNoCase(output_path, kReportXmlName));
   if (parsed) {
@@ -113,8 +114,10 @@ void WriteErrorReport(long code, const std::string& asc_name, const fs::path& ou
   w.Line(msg::ErrorPageLine2(asc_name));
   w.Line(lookup.text);
   w.Line(msg::kErrorPageLine4);
-  w.Close();
-  log.Append(asc_name, lookup.text);
+  // A page that cannot be written still leaves the reason in the run's log below; the log
+  // is where failures are told, so its own failure has nowhere further to go.
+  (void)w.Close();
+  (void)log.Append(asc_name, lookup.text);
 }
 
 }  // namespace tessaly::dataset

@@ -47,11 +47,11 @@ std::string ReportXmlRowLine(const CatalogueRow& row);
 // Writes report.xml into `output_path`, deleting an existing one (any case) first. With a
 // logger, one line per row of the form of the row's code attribute (` code="1">`).
 // False when the file cannot be written.
-bool CreateREPORTXML(const fs::path& output_path,
+[[nodiscard]] bool CreateREPORTXML(const fs::path& output_path,
                      const std::function<void(const std::string&)>& log_line = {});
 
 // Writes report.xml when `output_path` holds none.
-bool EnsureReportXml(const fs::path& output_path);
+[[nodiscard]] bool EnsureReportXml(const fs::path& output_path);
 
 // Looks a code up in report.xml of `output_path`: codes from 5000 in the child `asc`,
 // the others in `engine`, walking that child's rows until one has the code. The text of

@@ -24,9 +24,9 @@ class ProcessErrorsLog {
   const fs::path& Path() const { return path_; }
 
   // Appends the two lines of one rejection or warning. False when the file cannot be written.
-  bool Append(std::string_view asc_name, std::string_view text) const;
+  [[nodiscard]] bool Append(std::string_view asc_name, std::string_view text) const;
   // Appends one line as it stands.
-  bool AppendLine(std::string_view line) const;
+  [[nodiscard]] bool AppendLine(std::string_view line) const;
 
   bool Exists() const;
   // The whole text, nullopt when there is no log.

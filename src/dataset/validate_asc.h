@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 // Set False when ValidateASC starts and True only when it ends with no fault.
 extern bool AscValid;
 
-struct ValidateAscResult {
+struct [[nodiscard]] ValidateAscResult {
   bool valid = false;
   int code = 0;  // the code reported when not valid
 };
@@ -30,6 +30,6 @@ ValidateAscResult ValidateASC(const std::string& asc_name, const fs::path& in_di
 // Rewrites line `line_number` (1-based) of `file` to `text`: the lines with the new text
 // in place of that one go to a temporary file in the same folder, which is renamed over
 // the file. False (and the file unchanged) when the copy cannot be made.
-bool ReplaceLine(const fs::path& file, long line_number, const std::string& text);
+[[nodiscard]] bool ReplaceLine(const fs::path& file, long line_number, const std::string& text);
 
 }  // namespace tessaly::dataset

@@ -40,13 +40,15 @@ std::string RangeProblem(const AscDataset& ds) {
   return {};
 }
 
+// The log is where failures are told: a log that cannot be written has nowhere further to
+// tell its own failure, and the outcome still says what became of the file.
 CheckOutcome Reject(const ProcessErrorsLog& log, const std::string& name, const std::string& text) {
-  log.Append(name, text);
+  (void)log.Append(name, text);
   return CheckOutcome::Rejected;
 }
 
 CheckOutcome Malformed(const ProcessErrorsLog& log, const std::string& name) {
-  log.AppendLine(msg::Malformed(name));
+  (void)log.AppendLine(msg::Malformed(name));
   return CheckOutcome::Malformed;
 }
 
@@ -148,7 +150,7 @@ CheckOutcome ReadAndCheckAscFile(const fs::path& file, const std::string& name,
       return Reject(log, name, msg::OutputNameTooLong(trimmed));
     int replaced = 0;
     ds.DataNames(i) = RepairSeriesName(trimmed, &replaced);
-    for (int r = 0; r < replaced; ++r) log.Append(name, msg::NameRepaired(trimmed));
+    for (int r = 0; r < replaced; ++r) (void)log.Append(name, msg::NameRepaired(trimmed));
   }
 
   // Types, in file order: the first one out of range or not a number rejects the file.

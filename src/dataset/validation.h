@@ -23,13 +23,13 @@ namespace tessaly::dataset {
 // cancel flag) to false, and on a failure shows the reason through platform::Dialogs()
 // under the title "FYI", sets `cancel` to true and returns false. `name` is the name the
 // messages show (the file's name when empty); `header` receives what was read.
-bool ValidateAscSize_And_NSeries(const fs::path& file, bool& cancel, const std::string& name = {},
+[[nodiscard]] bool ValidateAscSize_And_NSeries(const fs::path& file, bool& cancel, const std::string& name = {},
                                  AscHeader* header = nullptr);
 
 // Which kind of dataset a run takes, fixed by its first file.
 enum class RunKind { Univariate, Causal };
 
-enum class CheckOutcome {
+enum class [[nodiscard]] CheckOutcome {
   Accepted,
   Rejected,   // the reason is in the log
   Malformed,  // a 16-bit value overflowed; "<name> is malformed. ..." is in the log

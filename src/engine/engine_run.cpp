@@ -80,7 +80,8 @@ std::string StageFileName(Stage stage) {
 void MarkStage(const fs::path& folder, Stage stage) {
   for (int s = 1; s <= 4; ++s)
     if (s != static_cast<int>(stage)) tp::RemoveNoCase(folder, StageFileName(static_cast<Stage>(s)));
-  tp::WriteAllLines(folder / StageFileName(stage), {StageText(stage)});
+  // The stage file only shows progress to whoever waits; the work goes on without it.
+  (void)tp::WriteAllLines(folder / StageFileName(stage), {StageText(stage)});
 }
 
 void ClearStages(const fs::path& folder) {

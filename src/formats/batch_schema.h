@@ -14,6 +14,6 @@ inline constexpr const char* kBatchSchemaName = "batchschema1.0.2.xsd";
 std::string BatchSchemaText();
 
 // Writes the schema to `path` (replacing any file there). False when it cannot be written.
-bool CreateBATCHXSD(const std::filesystem::path& path);
+[[nodiscard]] bool CreateBATCHXSD(const std::filesystem::path& path);
 
 }  // namespace tessaly::batch

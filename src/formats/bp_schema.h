@@ -10,6 +10,6 @@ namespace tessaly::genseries {
 // The schema's text, CR LF line ends.
 std::string BPSchemaText();
 // Writes the schema to `path`; false when it cannot be written.
-bool WriteBPSchema(const std::filesystem::path& path);
+[[nodiscard]] bool WriteBPSchema(const std::filesystem::path& path);
 
 }  // namespace tessaly::genseries

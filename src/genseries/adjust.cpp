@@ -41,7 +41,13 @@ AdjustRun AdjustChosenFiles(const fs::path& folder, const std::vector<std::strin
   const fs::path backup = platform::EnsureSubfolder(folder, texts::kBackupFolder);
   for (const std::string& name : chosen) {
     const fs::path file = platform::ResolveNoCase(folder, name);
-    if (!platform::ExistsNoCase(backup, name)) platform::CopyFileOver(file, backup / file.filename());
+    // A file without its safety copy is not changed: its original could not be given back.
+    if (!platform::ExistsNoCase(backup, name) && !platform::CopyFileOver(file, backup / file.filename())) {
+      run.report += "\n\n" + name + "\nThe original could not be copied to " + texts::kBackupFolder +
+                    "; the file was left as it is.";
+      run.reported = true;
+      continue;
+    }
     GenerationResult result = GenerateSeries(variables_file, file, std::nullopt, manual, program_folder);
     if (!result.import_ok) {
       run.report += "\n\n" + name;

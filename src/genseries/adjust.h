@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 // The quiet file check that fills the "Available" list: the file exists, its header reads
 // and its size agrees with the header. Files the generator will refuse for a reason it
 // reports (retained data, 150 series) pass, so that the report names the reason.
-bool PassesAdjustCheck(const fs::path& file);
+[[nodiscard]] bool PassesAdjustCheck(const fs::path& file);
 // The project's files (names, looked up in `folder` without regard to case) that pass.
 std::vector<std::string> AdjustableFiles(const fs::path& folder, const std::vector<std::string>& names);
 

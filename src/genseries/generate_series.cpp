@@ -111,7 +111,8 @@ fs::path clsGenerateSeries::LogFileOf(const fs::path& asc_path) {
 
 void clsGenerateSeries::Log(const std::string& line) {
   log_lines_.push_back(line);
-  if (!log_path_.empty()) platform::AppendLine(log_path_, line);
+  // The lines are kept in LogLines() too, which the callers show; the file is a copy.
+  if (!log_path_.empty()) (void)platform::AppendLine(log_path_, line);
 }
 
 bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path& variables_path,
@@ -127,7 +128,7 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
   if (!log_path_.empty()) {
     std::error_code ec;
     if (fs::is_regular_file(log_path_, ec)) fs::remove(log_path_, ec);
-    platform::WriteAllLines(log_path_, {""});
+    (void)platform::WriteAllLines(log_path_, {""});
   }
   const GenerationVariables& v = vars;
   if (Trim(v.LevelStartYear).empty() && Trim(v.PulseStartYear).empty() &&
@@ -150,7 +151,8 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
     // The procedure's error exit: the standard error line and box; the file is not written.
     const std::string text = "Error #" + std::to_string(f.number) + ": " + f.description + ", " +
                              kModule + ", " + f.procedure;
-    platform::AppendLine(program_folder_ / "tslyberr.txt",
+    // The box below is shown whether or not the error file could be written.
+    (void)platform::AppendLine(program_folder_ / "tslyberr.txt",
                          platform::dates::FormatIso(platform::dates::Today()) + "  " + text);
     platform::Dialogs().Message(text, platform::mb::OKOnly | platform::mb::Critical,
                                 shell::kApplicationTitle);
@@ -162,45 +164,69 @@ bool clsGenerateSeries::GenerateSeries(const fs::path& asc_path, const fs::path&
 }
 
 bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::path>& output_path) {
+  const std::optional<int> n = CheckDataset(asc_path);
+  if (!n) return false;
+  WorkingDataset ds;
+  std::vector<std::string> file_names;
+  if (!ReadDataset(asc_path, *n, ds, file_names)) return false;
+
+  GenContext ctx{ds, vars, [this](const std::string& line) { Log(line); }, import_ok_};
+  bool stop = AddInterventions(ctx);
+  if (!stop) stop = AddUserDefinedSeries(ctx, file_names);
+  if (!stop) AddHolidays(ctx);
+
+  // A duplicate intervention leaves the file as it was.
+  if (duplicate_found_) return false;
+  const fs::path target = output_path ? *output_path : asc_path;
+  if (!WriteDataset(target, ds, vars)) {
+    Log(target.string() + " could not be written.");
+    return false;
+  }
+  written_ = true;
+  previous_series_count_ = ds.SeriesCount();
+  return import_ok_;
+}
+
+// The header, checked in its own order before anything is read or changed, and every value
+// a number. Returns the number of series, or nothing when the file is refused (and logged).
+std::optional<int> clsGenerateSeries::CheckDataset(const fs::path& asc_path) {
   const GenerationVariables& v = vars;
   const std::string shown = asc_path.filename().string();
-
-  // The header, checked in its own order before anything is read or changed.
   long lines = dataset::CountAscLines(asc_path);
   dataset::AscHeader header;
   dataset::AscReadResult read = dataset::ReadAscHeader(asc_path, header);
   if (lines == 0 || read.status == dataset::AscReadStatus::Missing) {
     Log(dataset::msg::SizeCheckEmpty(shown));
-    return false;
+    return std::nullopt;
   }
   if (read.status == dataset::AscReadStatus::NonNumericDataProp) {
     Log(dataset::msg::DataPropNonNumeric(read.bad_data_prop));
-    return false;
+    return std::nullopt;
   }
   if (!read.ok()) {
     Log(dataset::msg::Malformed(shown));
-    return false;
+    return std::nullopt;
   }
   const int n = header.DataProp[1];
   if (n == dataset::MaxSeries) {
     Log(texts::kAlreadyMaximum);
-    return false;
+    return std::nullopt;
   }
-  if (!Trim(v.BPSeaonality).empty() && platform::Val(v.BPSeaonality) != header.DataProp[2]) {
+  if (!Trim(v.BPSeasonality).empty() && platform::Val(v.BPSeasonality) != header.DataProp[2]) {
     Log(texts::kSeasonalityDisagrees);
-    return false;
+    return std::nullopt;
   }
   if (header.DataProp[7] > 0) {
     Log(texts::kRetainedData);
-    return false;
+    return std::nullopt;
   }
   if (n > dataset::MaxSeries) {
     Log(dataset::msg::SizeCheckTooManySeries(shown));
-    return false;
+    return std::nullopt;
   }
   if (n < 1 || header.DataProp[5] < 1 || lines != dataset::AnticipatedSize(header)) {
     Log(dataset::msg::SizeMismatch(shown));
-    return false;
+    return std::nullopt;
   }
   // A value that is not a number would be read as 0 and written back as 0: the file is left
   // as it is, so the user can mend it.
@@ -208,17 +234,22 @@ bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::pa
     for (size_t k = 11 + 2 * static_cast<size_t>(n); k < text->size(); ++k) {
       if (!platform::IsNumeric((*text)[k])) {
         Log(texts::NotANumber(shown, static_cast<long>(k) + 1));
-        return false;
+        return std::nullopt;
       }
     }
   }
+  return n;
+}
+
+// The file's `n` series into `ds`, less what the new request replaces, the dependent series
+// apart; `file_names` gets the names of the file's series before the dependent one.
+bool clsGenerateSeries::ReadDataset(const fs::path& asc_path, int n, WorkingDataset& ds,
+                                    std::vector<std::string>& file_names) {
   auto file = std::make_unique<dataset::AscDataset>();
   if (!dataset::ReadAscFile(asc_path, *file).ok()) {
-    Log(dataset::msg::Malformed(shown));
+    Log(dataset::msg::Malformed(asc_path.filename().string()));
     return false;
   }
-
-  WorkingDataset ds;
   ds.seasonality = file->DataProp(2);
   ds.begin_year = file->DataProp(3);
   ds.begin_period = file->DataProp(4);
@@ -228,7 +259,6 @@ bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::pa
   ds.forecasts = file->DataProp(8);
   const int P = ds.observations, F = ds.future;
   int future_block = 0;
-  std::vector<std::string> file_names;
   std::vector<GenColumn> columns;
   for (int i = 1; i <= n; ++i) {
     GenColumn c;
@@ -250,18 +280,23 @@ bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::pa
   ds.dependent = std::move(columns.back());
   columns.pop_back();
   for (GenColumn& c : columns)
-    if (!Replaced(c.name, v)) ds.kept.push_back(std::move(c));
+    if (!Replaced(c.name, vars)) ds.kept.push_back(std::move(c));
   if (ds.FutureCount() == 0) ds.future = 0;
+  return true;
+}
 
-  GenContext ctx{ds, v, [this](const std::string& line) { Log(line); }, import_ok_};
-  auto limit_reached = [&](const std::string& what) {
-    if (ds.SeriesCount() + 1 <= dataset::MaxSeries) return false;
-    Log(texts::LimitReached(what));
-    import_ok_ = false;
-    return true;
-  };
+// Whether one more series would pass the limit of series in a dataset; says so when it would.
+bool clsGenerateSeries::LimitReached(const WorkingDataset& ds, const std::string& what) {
+  if (ds.SeriesCount() + 1 <= dataset::MaxSeries) return false;
+  Log(texts::LimitReached(what));
+  import_ok_ = false;
+  return true;
+}
 
-  bool stop = false;
+// The level, pulse, seasonal pulse and trend interventions asked for, in that order.
+// Returns true when the limit of series stopped them (and everything after them).
+bool clsGenerateSeries::AddInterventions(GenContext& ctx) {
+  const GenerationVariables& v = vars;
   const std::pair<const std::string*, const char*> interventions[] = {
       {&v.LevelStartYear, "Level"}, {&v.PulseStartYear, "Pulse"},
       {&v.SPStartYear, "Seasonal"}, {&v.TrendStartYear, "Trend"}};
@@ -269,68 +304,59 @@ bool clsGenerateSeries::Run(const fs::path& asc_path, const std::optional<fs::pa
     if (Trim(*start).empty()) continue;
     const std::string what = std::string(kind) == "Seasonal" ? "a Seasonal Pulse intervention series"
                                                               : "a " + std::string(kind) + " intervention series";
-    if (limit_reached(what)) {
-      stop = true;
-      break;
-    }
+    if (LimitReached(ctx.ds, what)) return true;
     AddInterventionSeries(ctx, kind, duplicate_found_);
   }
+  return false;
+}
 
-  if (!stop && !Trim(v.UserDefName).empty()) {
-    const std::string name = Trim(v.UserDefName);
-    if (limit_reached("a User Defined series")) {
-      stop = true;
-    } else if (const char* line = ExistingSetLine(v, file_names)) {
-      Log(line);
-      import_ok_ = false;
-      stop = true;
-    } else {
-      std::string existing;
-      for (const char* prefix : {"G_", "M_"}) {
-        const std::string wanted = platform::ToUpper(prefix + name);
-        for (const GenColumn& c : ds.kept)
-          if (platform::ToUpper(Trim(c.name)) == wanted && existing.empty()) existing = prefix;
-        if (platform::ToUpper(Trim(ds.dependent.name)) == wanted && existing.empty()) existing = prefix;
-      }
-      if (!existing.empty()) {
-        Log(existing + name + " already exists.");
-        import_ok_ = false;
-      } else if (!RangeAgrees(v, ds)) {
-        Log(texts::kUserRangeDisagrees);
-        import_ok_ = false;
-      } else {
-        const int before = ds.SeriesCount();
-        AddUsersSeries(ctx, manual.history, manual.future);
-        if (ds.seasonality == 7 && ds.SeriesCount() > before)
-          RenameDailyOutput(ctx, v.DateOfFirstObservation);
-      }
-    }
+// The user's own series, when one is named: refused when its set or its name is already
+// there or its range disagrees with the file's. Returns true when what follows must not run.
+bool clsGenerateSeries::AddUserDefinedSeries(GenContext& ctx, const std::vector<std::string>& file_names) {
+  const GenerationVariables& v = vars;
+  WorkingDataset& ds = ctx.ds;
+  if (Trim(v.UserDefName).empty()) return false;
+  const std::string name = Trim(v.UserDefName);
+  if (LimitReached(ds, "a User Defined series")) return true;
+  if (const char* line = ExistingSetLine(v, file_names)) {
+    Log(line);
+    import_ok_ = false;
+    return true;
   }
+  std::string existing;
+  for (const char* prefix : {"G_", "M_"}) {
+    const std::string wanted = platform::ToUpper(prefix + name);
+    for (const GenColumn& c : ds.kept)
+      if (platform::ToUpper(Trim(c.name)) == wanted && existing.empty()) existing = prefix;
+    if (platform::ToUpper(Trim(ds.dependent.name)) == wanted && existing.empty()) existing = prefix;
+  }
+  if (!existing.empty()) {
+    Log(existing + name + " already exists.");
+    import_ok_ = false;
+  } else if (!RangeAgrees(v, ds)) {
+    Log(texts::kUserRangeDisagrees);
+    import_ok_ = false;
+  } else {
+    const int before = ds.SeriesCount();
+    AddUsersSeries(ctx, manual.history, manual.future);
+    if (ds.seasonality == 7 && ds.SeriesCount() > before) RenameDailyOutput(ctx, v.DateOfFirstObservation);
+  }
+  return false;
+}
 
-  if (!stop && Trim(v.NumberofHolidaysSelected) != "0") {
-    if (!limit_reached("a Holiday series")) {
-      if (!RangeAgrees(v, ds)) {
-        Log(texts::kHolidayRangeDisagrees);
-        import_ok_ = false;
-      } else {
-        const int before = ds.SeriesCount();
-        AddSelectedHolidays(ctx);
-        if (ds.seasonality == 7 && ds.SeriesCount() > before)
-          RenameDailyOutput(ctx, v.Dateof1stHolidayObservation);
-      }
-    }
+// The selected holidays, when there are any and the range agrees with the file's.
+void clsGenerateSeries::AddHolidays(GenContext& ctx) {
+  const GenerationVariables& v = vars;
+  WorkingDataset& ds = ctx.ds;
+  if (Trim(v.NumberofHolidaysSelected) == "0" || LimitReached(ds, "a Holiday series")) return;
+  if (!RangeAgrees(v, ds)) {
+    Log(texts::kHolidayRangeDisagrees);
+    import_ok_ = false;
+    return;
   }
-
-  // A duplicate intervention leaves the file as it was.
-  if (duplicate_found_) return false;
-  const fs::path target = output_path ? *output_path : asc_path;
-  if (!WriteDataset(target, ds, v)) {
-    Log(target.string() + " could not be written.");
-    return false;
-  }
-  written_ = true;
-  previous_series_count_ = ds.SeriesCount();
-  return import_ok_;
+  const int before = ds.SeriesCount();
+  AddSelectedHolidays(ctx);
+  if (ds.seasonality == 7 && ds.SeriesCount() > before) RenameDailyOutput(ctx, v.Dateof1stHolidayObservation);
 }
 
 GenerationResult GenerateSeries(const fs::path& variables_file, const fs::path& asc_file,

@@ -16,6 +16,9 @@ namespace tessaly::genseries {
 
 namespace fs = std::filesystem;
 
+struct WorkingDataset;
+struct GenContext;
+
 // The values the user typed into the manual grids, one text per period (row t + 1 is
 // period t): the observations and the future values.
 struct ManualData {
@@ -34,7 +37,7 @@ class clsGenerateSeries {
   // Runs the generator on `asc_path`, writing `output_path` (or the input file when none).
   // Returns ImportOK: false when anything was refused or logged, though the file may have
   // been written with what was added so far (see Written()).
-  bool GenerateSeries(const fs::path& asc_path, const fs::path& variables_path,
+  [[nodiscard]] bool GenerateSeries(const fs::path& asc_path, const fs::path& variables_path,
                       const std::optional<fs::path>& output_path = std::nullopt);
 
   // The log of the last call: its file (empty when the ASC name has no "."), and its lines.
@@ -49,7 +52,13 @@ class clsGenerateSeries {
 
  private:
   void Log(const std::string& line);
-  bool Run(const fs::path& asc_path, const std::optional<fs::path>& output_path);
+  [[nodiscard]] bool Run(const fs::path& asc_path, const std::optional<fs::path>& output_path);
+  [[nodiscard]] std::optional<int> CheckDataset(const fs::path& asc_path);
+  [[nodiscard]] bool ReadDataset(const fs::path& asc_path, int n, WorkingDataset& ds, std::vector<std::string>& file_names);
+  bool LimitReached(const WorkingDataset& ds, const std::string& what);
+  bool AddInterventions(GenContext& ctx);
+  bool AddUserDefinedSeries(GenContext& ctx, const std::vector<std::string>& file_names);
+  void AddHolidays(GenContext& ctx);
 
   fs::path program_folder_;
   fs::path log_path_;
@@ -62,7 +71,7 @@ class clsGenerateSeries {
 
 enum class GenerationOutcome { Adjusted, PartlyAdjusted, Refused };
 
-struct GenerationResult {
+struct [[nodiscard]] GenerationResult {
   GenerationOutcome outcome = GenerationOutcome::Refused;
   bool import_ok = false;
   std::vector<std::string> log_lines;  // the lines of the dataset's log, as it stood

@@ -17,7 +17,7 @@ using Member = std::string GenerationVariables::*;
 const std::array<Member, 33> kMembers = {
     &GenerationVariables::FirstObjective, &GenerationVariables::SecondObjective,
     &GenerationVariables::ThirdObjective, &GenerationVariables::NumberOfNewSeries,
-    &GenerationVariables::BPSeaonality, &GenerationVariables::MajorPeriod,
+    &GenerationVariables::BPSeasonality, &GenerationVariables::MajorPeriod,
     &GenerationVariables::MinorPeriod, &GenerationVariables::LevelStartYear,
     &GenerationVariables::LevelStartPeriod, &GenerationVariables::LevelEndYear,
     &GenerationVariables::LevelEndPeriod, &GenerationVariables::PulseStartYear,
@@ -108,7 +108,7 @@ bool BuildXML(const fs::path& path, const GenerationVariables& vars, const std::
                             n <= static_cast<int>(holidays.size()) ? holidays[static_cast<size_t>(n - 1)] : "");
     }
   }
-  doc.Save(path);
+  (void)doc.Save(path);  // whether the file is there is asked below
   std::error_code ec;
   if (!fs::exists(path, ec)) {
     platform::Dialogs().Message(texts::NotMade(path.string()), platform::mb::OKOnly, shell::kApplicationTitle);

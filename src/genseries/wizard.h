@@ -28,7 +28,7 @@ struct WizardDataset {
   // The last year and period of observations and future values (the end-date walk).
   int last_year = 0;
   int last_period = 0;
-  static std::optional<WizardDataset> FromFile(const std::filesystem::path& asc_file);
+  [[nodiscard]] static std::optional<WizardDataset> FromFile(const std::filesystem::path& asc_file);
 };
 
 // The end-date walk: from a beginning year and period, n - 1 steps of one period, wrapping
@@ -54,7 +54,7 @@ class AddSeriesWizard {
   const WizardDataset& Dataset() const { return ds_; }
   // At load: the refusal of a seasonality other than 1, 4, 5, 7, 12, 52 (shown under "FYI");
   // true when the wizard may go on.
-  bool CheckSeasonality() const;
+  [[nodiscard]] bool CheckSeasonality() const;
   bool HolidayAllowed() const;
   bool SPAllowed() const;
   bool UserDefAllowed() const;
@@ -87,7 +87,7 @@ class AddSeriesWizard {
   WizardStep Step() const { return step_; }
   // Next: checks the step, shows the first failure and stays; else moves on. Returns true
   // when it moved.
-  bool Next();
+  [[nodiscard]] bool Next();
   void Back();
   bool AtFinish() const { return step_ == WizardStep::Finished; }
   std::string Instruction() const;
@@ -101,12 +101,12 @@ class AddSeriesWizard {
   std::vector<std::string> PeriodLabels(bool future) const;
 
   // The checks, each showing its message and returning false on failure.
-  bool CheckIntervention(const InterventionFields& f) const;
+  [[nodiscard]] bool CheckIntervention(const InterventionFields& f) const;
   // The checks of one field (0 start year, 1 start period, 2 end year, 3 end period), as the
   // field is left; an empty field waits for Next.
-  bool CheckInterventionField(const InterventionFields& f, int index) const;
-  bool CheckUserStep() const;
-  bool CheckSeriesLimit() const;
+  [[nodiscard]] bool CheckInterventionField(const InterventionFields& f, int index) const;
+  [[nodiscard]] bool CheckUserStep() const;
+  [[nodiscard]] bool CheckSeriesLimit() const;
 
  private:
   std::vector<WizardStep> Path() const;
@@ -115,6 +115,6 @@ class AddSeriesWizard {
 };
 
 // The manual grids' OK: the data are not all empty ("You must enter your data." otherwise).
-bool CheckManualData(const std::vector<std::string>& values);
+[[nodiscard]] bool CheckManualData(const std::vector<std::string>& values);
 
 }  // namespace tessaly::genseries

@@ -38,6 +38,6 @@ std::string FormatTime(const DateTime& moment);       // "hh:mm:ss"
 
 // "mm/dd/yy" or "mm/dd/yyyy"; a two-digit year below 30 is 20yy, else 19yy (the
 // two-digit year window). nullopt when the text is not a real date.
-std::optional<Date> ParseMmDdYy(const std::string& text);
+[[nodiscard]] std::optional<Date> ParseMmDdYy(const std::string& text);
 
 }  // namespace tessaly::platform::dates

@@ -38,9 +38,9 @@ class DialogHost {
   // Shows a message; returns the answer (mb::OK, mb::Yes, ...).
   virtual int16_t Message(const std::string& text, int16_t type, const std::string& title) = 0;
   // File and folder choice; nullopt when the person cancels.
-  virtual std::optional<std::string> OpenFile(const FileDialogRequest& request) = 0;
-  virtual std::optional<std::string> SaveFile(const FileDialogRequest& request) = 0;
-  virtual std::optional<std::string> ChooseFolder(const std::string& title,
+  [[nodiscard]] virtual std::optional<std::string> OpenFile(const FileDialogRequest& request) = 0;
+  [[nodiscard]] virtual std::optional<std::string> SaveFile(const FileDialogRequest& request) = 0;
+  [[nodiscard]] virtual std::optional<std::string> ChooseFolder(const std::string& title,
                                                   const std::string& initial_dir) = 0;
   // True when nobody is there to answer (command-line runs, tests that say so).
   virtual bool Unattended() const = 0;

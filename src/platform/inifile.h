@@ -32,7 +32,7 @@ class IniFile {
   std::vector<std::pair<std::string, std::string>> Keys(std::string_view section) const;
 
   std::string ToString() const;
-  bool Save(const std::filesystem::path& path) const;
+  [[nodiscard]] bool Save(const std::filesystem::path& path) const;
 
  private:
   struct Line {
@@ -61,7 +61,7 @@ std::string ReadProfileString(std::string_view section, std::string_view key,
 long ReadProfileInt(std::string_view section, std::string_view key, long default_value,
                     const std::filesystem::path& path);
 // No key: deletes the section. No value: deletes the key. False when the file cannot be written.
-bool WriteProfileString(std::string_view section, std::optional<std::string_view> key,
+[[nodiscard]] bool WriteProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value,
                         const std::filesystem::path& path);
 

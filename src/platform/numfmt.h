@@ -19,13 +19,13 @@ namespace tessaly::platform {
 bool IsNumeric(std::string_view text);
 
 // The value of a numeric text (see IsNumeric); nullopt when the text is not numeric.
-std::optional<double> ToDouble(std::string_view text);
+[[nodiscard]] std::optional<double> ToDouble(std::string_view text);
 
 // The value with the reason when there is none: a text of a number's form whose value is
 // beyond a double ("1E400") is an overflow, which the ASC reader reports as a malformed
 // file rather than as a line that is no number.
 enum class NumberStatus { Ok, NotNumeric, Overflow };
-struct NumberConversion {
+struct [[nodiscard]] NumberConversion {
   NumberStatus status = NumberStatus::NotNumeric;
   double value = 0;
   bool ok() const { return status == NumberStatus::Ok; }
@@ -36,7 +36,7 @@ NumberConversion ToNumber(std::string_view text);
 // and must then lie in -32768..32767, so that the ASC files users already have keep being
 // read to the same whole numbers.
 enum class Int16Status { Ok, NotNumeric, Overflow };
-struct Int16Conversion {
+struct [[nodiscard]] Int16Conversion {
   Int16Status status = Int16Status::NotNumeric;
   int16_t value = 0;
   bool ok() const { return status == Int16Status::Ok; }

@@ -23,7 +23,7 @@ bool EndsWithNoCase(std::string_view text, std::string_view suffix);
 
 // The existing entry of `folder` whose name equals `name` without regard to case,
 // the exact-case entry first. nullopt when there is none or the folder is missing.
-std::optional<fs::path> FindNoCase(const fs::path& folder, std::string_view name);
+[[nodiscard]] std::optional<fs::path> FindNoCase(const fs::path& folder, std::string_view name);
 
 // The existing entry as FindNoCase finds it, else folder/name with the case as given:
 // the path to read an existing file by, or to create a new one under.
@@ -46,6 +46,6 @@ fs::path EnsureSubfolder(const fs::path& parent, std::string_view name);
 std::string WithTrailingSlash(std::string folder);
 
 // Copies a file over any existing target. False (and no throw) on failure.
-bool CopyFileOver(const fs::path& from, const fs::path& to);
+[[nodiscard]] bool CopyFileOver(const fs::path& from, const fs::path& to);
 
 }  // namespace tessaly::platform

@@ -19,7 +19,7 @@ inline constexpr const char* kJobsParentVariable = "TESSALY_JOBS_PARENT";
 namespace fs = std::filesystem;
 
 // How a process ended.
-struct ExitStatus {
+struct [[nodiscard]] ExitStatus {
   bool exited = false;    // ended through exit(): `code` holds its status
   int code = 0;
   bool signaled = false;  // ended by a signal: `signal` holds its number
@@ -42,14 +42,14 @@ class ChildProcess {
   // Starts `program` with `args` (argv[1..]) in `working_folder`, standard input and output
   // from and to /dev/null, standard error as given (empty: /dev/null). False, with a reason
   // in `error`, when the program cannot be started.
-  bool Start(const fs::path& program, const std::vector<std::string>& args,
+  [[nodiscard]] bool Start(const fs::path& program, const std::vector<std::string>& args,
              const fs::path& working_folder, std::string* error = nullptr,
              const fs::path& stderr_file = {});
 
   // True once the process has ended (and has been reaped). Never blocks.
   bool Poll();
   // Blocks until the process ends or `limit` passes; true when it has ended.
-  bool WaitFor(std::chrono::milliseconds limit);
+  [[nodiscard]] bool WaitFor(std::chrono::milliseconds limit);
   // Sends SIGKILL to the process (if still running) and reaps it.
   void Kill();
 

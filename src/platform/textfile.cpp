@@ -148,7 +148,9 @@ TextWriter::TextWriter(const std::filesystem::path& path, Mode mode) : target_(p
   if (!file_) Fail(EEXIST);
 }
 
-TextWriter::~TextWriter() { Close(); }
+// A destructor has no one to tell: a caller that must know whether the file was written calls
+// Close() itself and reads its result.
+TextWriter::~TextWriter() { (void)Close(); }
 
 void TextWriter::Fail(int err) {
   failed_ = true;

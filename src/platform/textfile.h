@@ -52,10 +52,10 @@ bool IsReadableFile(const std::filesystem::path& path);
 
 // All lines of a file; nullopt when it cannot be opened, is not a regular file, or is
 // larger than kMaxReadBytes.
-std::optional<std::vector<std::string>> ReadAllLines(const std::filesystem::path& path);
+[[nodiscard]] std::optional<std::vector<std::string>> ReadAllLines(const std::filesystem::path& path);
 // The whole file as bytes; nullopt when it cannot be opened, is not a regular file, or
 // is larger than kMaxReadBytes.
-std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
+[[nodiscard]] std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
 
 // Writes lines, each followed by CR LF. Opened for output (Truncate) or append.
 //
@@ -76,7 +76,7 @@ class TextWriter {
   bool IsOpen() const { return file_ != nullptr; }
   void Line(std::string_view text);  // text + CR LF
   void Raw(std::string_view text);   // as given
-  bool Close();                      // false when the open, a write or the rename failed
+  [[nodiscard]] bool Close();                      // false when the open, a write or the rename failed
   // Gives up: the temporary file is removed and the old file (if any) stays as it was.
   void Abandon();
   // Why the last open, write or rename failed ("No space left on device"); empty if none.
@@ -93,10 +93,10 @@ class TextWriter {
 };
 
 // Convenience forms; false on failure.
-bool WriteAllLines(const std::filesystem::path& path, const std::vector<std::string>& lines);
-bool AppendLine(const std::filesystem::path& path, std::string_view line);
-bool WriteWholeFile(const std::filesystem::path& path, std::string_view bytes);
+[[nodiscard]] bool WriteAllLines(const std::filesystem::path& path, const std::vector<std::string>& lines);
+[[nodiscard]] bool AppendLine(const std::filesystem::path& path, std::string_view line);
+[[nodiscard]] bool WriteWholeFile(const std::filesystem::path& path, std::string_view bytes);
 // As WriteWholeFile, and fills `reason` with the system's reason on failure.
-bool WriteWholeFile(const std::filesystem::path& path, std::string_view bytes, std::string* reason);
+[[nodiscard]] bool WriteWholeFile(const std::filesystem::path& path, std::string_view bytes, std::string* reason);
 
 }  // namespace tessaly::platform

@@ -108,7 +108,7 @@ class Document {
   // Serialised text, per the options.
   std::string ToString(const SaveOptions& options = {}) const;
   // Writes the file; on failure returns false and fills `reason` when given.
-  bool Save(const std::filesystem::path& path, const SaveOptions& options = {},
+  [[nodiscard]] bool Save(const std::filesystem::path& path, const SaveOptions& options = {},
             std::string* reason = nullptr) const;
 
   _xmlDoc* raw() const { return doc_.get(); }
@@ -122,7 +122,7 @@ class Document {
 };
 
 // A parse either gives a document or the parser's reason.
-struct ParseResult {
+struct [[nodiscard]] ParseResult {
   std::optional<Document> document;
   std::string reason;  // the parser's message, e.g. "Opening and ending tag mismatch: a line 1 and b"
   int line = 0;        // where it failed (1-based), 0 when not known
@@ -137,7 +137,7 @@ struct ParseResult {
 ParseResult ParseFile(const std::filesystem::path& path);
 ParseResult ParseString(std::string_view text);
 
-struct ValidationResult {
+struct [[nodiscard]] ValidationResult {
   bool valid = false;
   std::string reason;  // the first problem found: in the schema itself or in the document
   int line = 0;

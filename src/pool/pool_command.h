@@ -25,7 +25,7 @@ struct PoolCommandOptions {
 // Exit status: 0 the run finished, 1 it was incomplete (or cancelled), 2 the selection or
 // the usage was refused (the reason on `err`, the system's messages through its dialogs).
 // The F-test's figures are printed on `out`.
-int RunPoolCommand(const fs::path& project, const std::vector<std::string>& files, const ModelChoice& choice,
+[[nodiscard]] int RunPoolCommand(const fs::path& project, const std::vector<std::string>& files, const ModelChoice& choice,
                    const PoolCommandOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tessaly::pool

@@ -41,7 +41,8 @@ std::array<int16_t, 3> ReadObjectives(const fs::path& asc) {
 }
 
 void CopyIfThere(const fs::path& from_folder, const std::string& from, const fs::path& to) {
-  if (auto found = platform::FindNoCase(from_folder, from)) platform::CopyFileOver(*found, to);
+  // Not reported yet: a copy that fails leaves the target as it was.
+  if (auto found = platform::FindNoCase(from_folder, from)) (void)platform::CopyFileOver(*found, to);
 }
 
 }  // namespace
@@ -101,7 +102,8 @@ PoolOutcome PoolRun::Run(batch::cBatchFile& project, const std::vector<std::stri
   std::array<int16_t, 3> objectives{};
   if (project.Count()) objectives = ReadObjectives(platform::ResolveNoCase(in_dir, project.List(0)));
   const fs::path stack = in_dir / texts::kStackFile;
-  platform::WriteAllLines(stack, TotalPoolLines(objectives, *shape, pooled));
+  // A stack that cannot be written fails the check that follows, which says why.
+  (void)platform::WriteAllLines(stack, TotalPoolLines(objectives, *shape, pooled));
 
   // The stack must fit the system's limits like any dataset.
   Status(texts::kValidatingStack);
@@ -142,7 +144,8 @@ bool PoolRun::SelectRunOptionsConditions(batch::cBatchFile& project, const fs::p
   // The stack is the measure of the run: its seasonality and kind.
   batch::TakeRunShapeFrom(stack);
   Remove(options_.program_folder, texts::kParamsFile);
-  platform::WriteAllLines(options_.program_folder / texts::kParamsFile, {"1"});
+  // Not reported yet: without the marker the engine works as if it were not there.
+  (void)platform::WriteAllLines(options_.program_folder / texts::kParamsFile, {"1"});
   Status(texts::kSelectRules);
   batch::WizardRequest request{batch::ProjectStem(project.BatchName()), stack, batch::RunState().SeriesProperties,
                                batch::RunState().UnivariateRun};
@@ -175,7 +178,8 @@ PoolEnd PoolRun::RunParentChild(batch::cBatchFile& project, const std::vector<st
       Remove(output_path_, stem + ext);
     }
     // Every pass is given the same rules.
-    if (auto usr = platform::FindNoCase(program, "ENGINE.USR")) platform::CopyFileOver(*usr, program / "ENGINE.GO");
+    // Not reported yet: a copy that fails leaves the pass the ENGINE.GO it finds.
+    if (auto usr = platform::FindNoCase(program, "ENGINE.USR")) (void)platform::CopyFileOver(*usr, program / "ENGINE.GO");
     batch::BatchRun::SeriesPass pass{name, -1, i + 1, k + 1, texts::kProcessing};
     auto result = run_.RunFlowSeries(project, pass);
     if (result == batch::BatchRun::SeriesOutcome::Canceled) {
@@ -215,8 +219,9 @@ void PoolRun::FileStackReports(batch::cBatchFile& project, PoolOutcome& outcome)
   outcome.analysis = output_path_ / AnalysisFileName(project.BatchName());
   Remove(output_path_, outcome.analysis.filename().string());
   Remove(output_path_, "ANALYSIS.TXT");
-  platform::WriteAllLines(outcome.analysis, lines);
-  platform::WriteAllLines(output_path_ / "ANALYSIS.TXT", lines);
+  // The pooling run's finish goes on past a failed write without a message, as its steps do.
+  (void)platform::WriteAllLines(outcome.analysis, lines);
+  (void)platform::WriteAllLines(output_path_ / "ANALYSIS.TXT", lines);
   outcome.poolability = result;
   if (!platform::ExistsNoCase(program, "FTable1.html")) shell::LoadFTable1Link(program);
   if (!platform::ExistsNoCase(program, "FTable2.html")) shell::LoadFTable2link(program);

@@ -31,7 +31,7 @@ enum class PoolEnd {
   Cancelled,   // the rules wizard or the progress window was cancelled
 };
 
-struct PoolOutcome {
+struct [[nodiscard]] PoolOutcome {
   PoolEnd end = PoolEnd::Incomplete;
   PoolabilityInputs inputs;               // what the passes kept
   std::optional<Poolability> poolability; // when the F-test was written
@@ -50,7 +50,7 @@ class PoolRun {
 
   // Opening the flow (Mnu_Pool): errors of an earlier run deleted, the tree hidden, OUTPUT
   // made, and the unsaved-changes question. False when the person stopped here.
-  bool Open(batch::cBatchFile& project);
+  [[nodiscard]] bool Open(batch::cBatchFile& project);
 
   // Everything after the selection's tests: `chosen` are file names of the project's
   // InDirectory, in list order.
@@ -61,7 +61,7 @@ class PoolRun {
 
  private:
   void Status(const std::string& text);
-  bool SelectRunOptionsConditions(batch::cBatchFile& project, const fs::path& stack);
+  [[nodiscard]] bool SelectRunOptionsConditions(batch::cBatchFile& project, const fs::path& stack);
   PoolEnd RunParentChild(batch::cBatchFile& project, const std::vector<std::string>& chosen,
                          PoolOutcome& outcome);
   void FileStackReports(batch::cBatchFile& project, PoolOutcome& outcome);

@@ -27,7 +27,7 @@ struct StackShape {
 
 // Reads the shape from `first`; nullopt when the file cannot be read or its line 4 or 8
 // is not a whole number.
-std::optional<StackShape> ReadStackShape(const fs::path& first);
+[[nodiscard]] std::optional<StackShape> ReadStackShape(const fs::path& first);
 
 // PooledData: for each file, its first SeriesCount x Observations values after the names
 // and types (a line that is not a number reads as 0; a short file gives fewer values).

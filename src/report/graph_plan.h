@@ -111,7 +111,7 @@ std::vector<std::string> PeriodLabels(int begin_year, int begin_period, int seas
 
 // The plan of one graph, or nullopt when there is nothing to draw (no points, or a line
 // of the graph without a single drawable value): then no picture is made.
-std::optional<GraphPlan> PlanGraph(const GraphInput& input, GraphKind kind, bool no_limits);
+[[nodiscard]] std::optional<GraphPlan> PlanGraph(const GraphInput& input, GraphKind kind, bool no_limits);
 
 // Today as mm/dd/yyyy, the form the titles use.
 std::string TodayText();

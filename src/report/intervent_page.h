@@ -24,10 +24,10 @@ int ShownObservation(double engine_observation, const InterventionInput& input);
 
 // Writes the page to `page` when the engine found interventions (Integers20(4) > 0).
 // True when a page was written; false when there was nothing to write or it failed.
-bool write_intervent_htm(const std::filesystem::path& page, const InterventionInput& input);
+[[nodiscard]] bool write_intervent_htm(const std::filesystem::path& page, const InterventionInput& input);
 
 // The same, under its usual name: the output folder, the stem and "INTRVENT.HTM".
-bool write_intervent_htm(const std::filesystem::path& output_path, const std::string& stem,
+[[nodiscard]] bool write_intervent_htm(const std::filesystem::path& output_path, const std::string& stem,
                          const InterventionInput& input);
 
 }  // namespace tessaly::report

@@ -198,7 +198,8 @@ bool cLinkTree::writeJavascript(const fs::path& sourceFolder, const fs::path& ta
                                 texts::kLinkTreeTitle);
     const fs::path log_folder =
         error_log_folder_.empty() ? platform::ProgramFolder() : error_log_folder_;
-    platform::WriteAllLines(log_folder / texts::kLinkTreeErrorLog,
+    // The person was told above; the log only keeps it.
+    (void)platform::WriteAllLines(log_folder / texts::kLinkTreeErrorLog,
                             {texts::kLinkTreeSourceMissingLog});
     return false;
   }

@@ -87,13 +87,13 @@ class cLinkTree {
 
   // Writes <name>treemenu.js, <name>.html and <name>menu.html into targetFolder after the
   // support-file copy. False when the site could not be written.
-  bool writeJavascript(const fs::path& sourceFolder, const fs::path& targetFolder,
+  [[nodiscard]] bool writeJavascript(const fs::path& sourceFolder, const fs::path& targetFolder,
                        const std::string& name, const std::string& title,
                        const std::string& iconPath, bool startAllOpen);
 
   // The support files (browserdetect.js, treeclass.js and the icon folder) copied from the
   // source folder; makes sure the target folder and its icon folder exist.
-  bool CopySupportFiles(const fs::path& sourceFolder, const fs::path& targetFolder,
+  [[nodiscard]] bool CopySupportFiles(const fs::path& sourceFolder, const fs::path& targetFolder,
                         const std::string& iconFolder);
 
   cBranch* TopNode() const { return root_.get(); }

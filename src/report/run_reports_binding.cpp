@@ -50,7 +50,9 @@ void ProgramRunReports::WriteInterventPage(const SeriesResult& s, const fs::path
   in.doubles745 = s.arrays.doubles745;
   in.returned_observations = s.returned.returned_data_prop.size() >= 5 ? s.returned.returned_data_prop[4] : 0;
   in.data_observations = s.dataset.DataProp(5);
-  report::write_intervent_htm(target, in);
+  // The page is one of the reports: the run's own outputs are checked apart, and a page that
+  // cannot be written shows as a link without a page.
+  (void)report::write_intervent_htm(target, in);
 }
 
 void ProgramRunReports::FilesDone(const std::vector<FileReport>& reports) {
@@ -62,8 +64,9 @@ void ProgramRunReports::FilesDone(const std::vector<FileReport>& reports) {
 void ProgramRunReports::WriteLinkTree(const cBatchFile& project, const fs::path& output_path) {
   std::vector<std::string> files;
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) files.push_back(project.List(i));
-  report::WriteLinkTreeSite(project.BatchName(), files, output_path, program_folder_);
-  report::WriteDisplayHtml(output_path, project.BatchName(), files, rejected_);
+  // The site and the overview are reports over the run's own outputs, which are checked apart.
+  (void)report::WriteLinkTreeSite(project.BatchName(), files, output_path, program_folder_);
+  (void)report::WriteDisplayHtml(output_path, project.BatchName(), files, rejected_);
 }
 
 int RunProjectFromCommandLine(const fs::path& project) {

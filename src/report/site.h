@@ -28,7 +28,7 @@ void BuildLinkTree(cLinkTree& tree, const std::vector<std::string>& asc_files);
 // The builder at the end of a run: fills a tree from the project's ASC files and writes
 // the site into the output folder, the support files copied from the program's folder.
 // False when the site could not be written whole.
-bool WriteLinkTreeSite(const std::string& project_file, const std::vector<std::string>& asc_files,
+[[nodiscard]] bool WriteLinkTreeSite(const std::string& project_file, const std::vector<std::string>& asc_files,
                        const fs::path& output_folder, const fs::path& program_folder);
 
 // display.html in the output folder: the project at a glance, each dataset with its
@@ -36,12 +36,12 @@ bool WriteLinkTreeSite(const std::string& project_file, const std::vector<std::s
 // their reason, or not run) and links to the reports and graphs that exist, then the
 // run-wide summaries. `rejected` maps an ASC file's name, in capitals, to the reason the
 // run's checks gave. False when not written.
-bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_file,
+[[nodiscard]] bool WriteDisplayHtml(const fs::path& output_folder, const std::string& project_file,
                       const std::vector<std::string>& asc_files,
                       const std::map<std::string, std::string>& rejected = {});
 
 // Writes a report file the user named: an existing file is overwritten only when the
 // user says Yes ("File Exists", No the default); success is told.
-bool WriteReportFile(const fs::path& file, const std::vector<std::string>& lines);
+[[nodiscard]] bool WriteReportFile(const fs::path& file, const std::vector<std::string>& lines);
 
 }  // namespace tessaly::report

@@ -19,7 +19,7 @@ struct ObjectiveChoice {
   bool use_model = false;          // the explicit model is to be used in the run
 };
 
-struct ObjectiveOutcome {
+struct [[nodiscard]] ObjectiveOutcome {
   bool go_from_usr = false;     // ENGINE.GO was made as a copy of ENGINE.USR
   std::string missing_source;   // a rules file that should have been copied and was missing
 };

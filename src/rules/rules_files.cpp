@@ -38,7 +38,9 @@ LoadStatus LoadRules(const fs::path& folder, std::string_view choice, RulesText&
       validation_failed = true;
       return LoadStatus::NoRules;
     }
-    platform::CopyFileOver(*cnd, platform::ResolveNoCase(folder, text::kEngineUsr));
+    // Defaults that cannot be copied are read where they are.
+    if (!platform::CopyFileOver(*cnd, platform::ResolveNoCase(folder, text::kEngineUsr)))
+      name = cnd->filename().string();
     Inform(text::kDefaultsRestored, text::kFileDoesNotExist);
     validation_failed = true;
     status = LoadStatus::DefaultsRestored;
@@ -129,9 +131,11 @@ bool SetSaveFiles(const fs::path& folder, const SaveFilesInput& in, RulesText& r
                              ? list.next_archive
                              : Trim(in.project_stem) + ".U01";
     auto usr = platform::FindNoCase(folder, text::kEngineUsr);
-    if (usr) platform::CopyFileOver(*usr, folder / target);
-    Inform(std::string(text::kRulesArchivedHead) + target + std::string(text::kRulesArchivedTail),
-           text::kSaveRulesTitle);
+    if (usr && !platform::CopyFileOver(*usr, folder / target))
+      Inform("The rules could not be archived as " + target + ".", text::kSaveRulesTitle);
+    else
+      Inform(std::string(text::kRulesArchivedHead) + target + std::string(text::kRulesArchivedTail),
+             text::kSaveRulesTitle);
   }
   bool save_model = false;
   if (in.save_models) {
@@ -171,7 +175,9 @@ void PostGroupPC(const fs::path& folder, const GroupPage& groups, bool estimatio
   lines.push_back(" " + std::to_string(groups.group_count) + " ");
   for (int g = 0; g < groups.group_count && g < static_cast<int>(groups.txtGroup_PC.size()); ++g)
     lines.push_back(Trim(groups.txtGroup_PC[static_cast<size_t>(g)].text));
-  platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
+  // The list was removed above: one that cannot be written leaves the engine without one,
+  // as when no groups are asked for.
+  (void)platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
 }
 
 void PostPooledGroups(const fs::path& folder, int groups, long observations) {
@@ -179,7 +185,9 @@ void PostPooledGroups(const fs::path& folder, int groups, long observations) {
   if (groups <= 0) return;
   std::vector<std::string> lines{" " + std::to_string(groups) + " "};
   lines.insert(lines.end(), static_cast<size_t>(groups), std::to_string(observations / groups));
-  platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
+  // The list was removed above: one that cannot be written leaves the engine without one,
+  // as when no groups are asked for.
+  (void)platform::WriteAllLines(folder / std::string(text::kGroupList), lines);
 }
 
 }  // namespace tessaly::rules

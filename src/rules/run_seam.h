@@ -18,7 +18,7 @@ namespace tessaly::rules {
 class RulesWizardForRun {
  public:
   RulesWizardForRun(fs::path app_folder, std::shared_ptr<WizardUi> ui,
-                    RulesSession& session = Session());
+                    RulesSession& session);
 
   // The run's shape that the wizard narrows to.
   void SetAggregationRun(bool on) { aggregation_ = on; }
@@ -30,7 +30,7 @@ class RulesWizardForRun {
 
   // Shows the wizard for the run whose first file is `first_asc`; false when cancelled
   // (or when the file's shape cannot be read, after telling the person).
-  bool Show(const std::string& project_stem, const fs::path& first_asc);
+  [[nodiscard]] bool Show(const std::string& project_stem, const fs::path& first_asc);
   // Objective #1 for every file of the run; none when the wizard was not finished.
   std::optional<int16_t> ObjectiveOne() const;
   // After a good dataset: with the save-model flag up, the engine's "<name>.MOD" becomes

@@ -1,6 +1,7 @@
 #pragma once
-// What the rules subsystem keeps for the whole process: the rules text, the model table,
-// the objectives the wizard leaves, and the flags other flows read after it.
+// What the rules subsystem keeps for one run: the rules text, the model table, the
+// objectives the wizard leaves, and the flags the run reads after it. Each run's wizard
+// binding holds its own, so two runs (or two tests) never share one.
 #include "rules/model_file.h"
 #include "rules/objectives.h"
 #include "rules/rules_text.h"
@@ -17,8 +18,5 @@ struct RulesSession {
   bool forecasting_enabled = true;
   int lambda_count = 0;
 };
-
-// The process-wide session that the run, aggregation and pooling share.
-RulesSession& Session();
 
 }  // namespace tessaly::rules

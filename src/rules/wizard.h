@@ -174,7 +174,7 @@ class RulesWizard {
   bool do_step_5();
   void GoTo(int16_t step);
 
-  bool RulesReady();
+  [[nodiscard]] bool RulesReady();
   void NextFromStep0();
   void NextFromStep1();
   void NextFromStep2();
@@ -184,7 +184,7 @@ class RulesWizard {
   void BackFromStep4();
   void BackFromStep5();
 
-  void SetAutomaticConditons();
+  void SetAutomaticConditions();
   void SetNonautomaticConditions();
   void LayOutConditions(std::string_view frame_title);
   void ApplyPoolingShape();
@@ -193,8 +193,8 @@ class RulesWizard {
 
   void LoadOutputSeriesModelParameters();
   void LoadInputSeriesModelParameters(int series);
-  bool ValidateStartmodAndSave();
-  bool ValidateInputmodAndSave();
+  [[nodiscard]] bool ValidateStartmodAndSave();
+  [[nodiscard]] bool ValidateInputmodAndSave();
   void EndModelWalk();
   void CopyModel();
   void Inform(std::string_view message, std::string_view title);
@@ -229,7 +229,7 @@ class WizardUi {
   virtual void Run(RulesWizard& wizard) = 0;
 };
 
-struct WizardOutcome {
+struct [[nodiscard]] WizardOutcome {
   bool finished = false;
   bool cancelled = false;
   int16_t objective1 = 0;
@@ -241,6 +241,6 @@ struct WizardOutcome {
 // Builds the wizard for the run's first dataset, loads it, lets `ui` drive it, and returns
 // what it left. A wizard the UI leaves open counts as cancelled, without the question.
 WizardOutcome RunRulesWizard(const WizardContext& context, WizardUi& ui,
-                             RulesSession& session = Session());
+                             RulesSession& session);
 
 }  // namespace tessaly::rules

@@ -28,10 +28,10 @@ class CommandLineRunner {
  public:
   virtual ~CommandLineRunner() = default;
   // A project (.xml). The exit status of the run: 0 when it ended.
-  virtual int RunProject(const std::filesystem::path& project);
+  [[nodiscard]] virtual int RunProject(const std::filesystem::path& project);
   // A workbook (.xls, .xlsx) with the report sheet (second token, may be empty) and, with
   // three tokens or more, all tokens as the run's options.
-  virtual int RunWorkbook(const std::filesystem::path& workbook, const std::string& sheet,
+  [[nodiscard]] virtual int RunWorkbook(const std::filesystem::path& workbook, const std::string& sheet,
                           const std::vector<std::string>& options);
 };
 

@@ -78,7 +78,7 @@ void clsError::StdError() {
   if (folder.empty()) folder = Shell().program_folder;
   if (folder.empty()) folder = platform::ProgramFolder();
   // The box is shown whether or not the error file could be written.
-  platform::AppendLine(folder / "tslyberr.txt",
+  (void)platform::AppendLine(folder / "tslyberr.txt",
                        platform::dates::FormatIso(platform::dates::Today()) + "  " + text);
   TraceText(text);
   platform::Dialogs().Message(text, platform::mb::OKOnly + platform::mb::Critical,

@@ -45,7 +45,7 @@ class Log {
   void WriteFooter();
   void WriteHeader();
   // Opens today's log in `folder` for appending, or makes it. False on failure (1001).
-  bool CreateFile(const std::string& folder, const std::string& title);
+  [[nodiscard]] bool CreateFile(const std::string& folder, const std::string& title);
 
   bool IsOpen() const { return file_ != nullptr; }
   const std::filesystem::path& Path() const { return path_; }

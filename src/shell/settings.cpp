@@ -82,7 +82,8 @@ void CSetting::SaveSettingStr(const std::string& section, const std::string& key
   std::filesystem::path path = StorePath();
   std::error_code ec;
   std::filesystem::create_directories(path.parent_path(), ec);
-  platform::WriteProfileString(section, key, value, path);
+  // Settings only remember choices for the next start; this one goes on without them.
+  (void)platform::WriteProfileString(section, key, value, path);
 }
 
 void CSetting::SaveSettingInt(const std::string& section, const std::string& key, int16_t value) {

@@ -199,7 +199,8 @@ void BackupControlFiles(const fs::path& program_folder) {
       // The last exit was not orderly: what was saved at that start wins.
       TraceText(" restore control files from QVXBACKUP");
       for (const auto& f : ControlFiles(program_folder)) fs::remove(f, ec);
-      for (const auto& f : saved) platform::CopyFileOver(f, program_folder / f.filename());
+      // A control file that cannot be restored stays in QVXBACKUP, which is left in place.
+      for (const auto& f : saved) (void)platform::CopyFileOver(f, program_folder / f.filename());
       return;
     }
   } else {
@@ -207,15 +208,17 @@ void BackupControlFiles(const fs::path& program_folder) {
   }
   TraceText(" back up control files to QVXBACKUP");
   for (const auto& f : ControlFiles(program_folder))
-    platform::CopyFileOver(f, *backup / f.filename());
+    // The backup only serves a start after a crash; this run goes on without it.
+    (void)platform::CopyFileOver(f, *backup / f.filename());
 }
 
 void WriteMissingSchemaFiles(const fs::path& program_folder) {
   fs::path dir = platform::EnsureSubfolder(program_folder, "DEFAULTXSD");
   TraceText(" load, check for schema files");
-  if (!platform::ExistsNoCase(dir, "BPSchema.xsd")) genseries::WriteBPSchema(dir / "BPSchema.xsd");
+  // A schema that cannot be written fails the check of a file against it, which says why.
+  if (!platform::ExistsNoCase(dir, "BPSchema.xsd")) (void)genseries::WriteBPSchema(dir / "BPSchema.xsd");
   if (!platform::ExistsNoCase(dir, batch::kBatchSchemaName))
-    batch::CreateBATCHXSD(dir / batch::kBatchSchemaName);
+    (void)batch::CreateBATCHXSD(dir / batch::kBatchSchemaName);
   if (!platform::ExistsNoCase(dir, "UserPrefschema.xsd"))
     WriteUserPrefSchema(dir / "UserPrefschema.xsd");
   if (!platform::ExistsNoCase(dir, "UserPreferences.xml"))

@@ -53,7 +53,7 @@ FolderLock TryLockWorkingFolder(const fs::path& folder, long* holder = nullptr);
 // Start-up's lock: when another program holds it, an unattended run says so on standard
 // error and waits until it is free; the desktop asks whether to wait (Retry) or to close
 // (Cancel). False only when the person chose to close.
-bool LockWorkingFolder(const fs::path& folder);
+[[nodiscard]] bool LockWorkingFolder(const fs::path& folder);
 // Gives the lock up (exit does; the system does it too when the process ends).
 void UnlockWorkingFolder();
 std::string LockHeldText(const fs::path& folder, long holder);
@@ -80,7 +80,7 @@ bool SplashWanted(const CommandLine& command_line);
 inline constexpr const char* kEngineLibrary = "libquorvane.so";
 // False, after the box "Quorvane.dll a required DLL is Missing" / "The program will now
 // exit." under "Tessaly Main Error", when the library is missing.
-bool CheckForCriticalFiles();
+[[nodiscard]] bool CheckForCriticalFiles();
 // Writes FTable1.html / FTable2.html when missing.
 void EnsureFTables();
 
@@ -97,7 +97,7 @@ void WriteMissingSchemaFiles(const fs::path& program_folder);
 // The command line of the load. nullopt: nothing to run, the desktop opens. Otherwise the
 // file was run (or refused) and the program is to exit with the returned status; the exit
 // steps (FileExit) have already run.
-std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRunner& runner);
+[[nodiscard]] std::optional<int> RunCommandLine(const CommandLine& command_line, CommandLineRunner& runner);
 
 // What exit asks of parts of the program that are not the shell's.
 struct ExitHooks {

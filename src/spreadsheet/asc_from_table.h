@@ -26,7 +26,7 @@ class clsCreateASC {
   // Writes the header from SeriesProperties, a series per field (its name the field's),
   // type 0 each, and every field's values from the first record on (a null writes 0).
   // A value that is no number writes nothing and says so in ErrorString.
-  bool Write_File();
+  [[nodiscard]] bool Write_File();
 };
 
 // One series of the wizard's grid: where it lies (a column in column orientation, a row
@@ -46,13 +46,13 @@ struct GridLayout {
   bool names_in_first = true;   // the first row (column) holds names and is skipped
   std::vector<int> records;     // the kept records, in order
   // The value of series `s` at record `r` (grid indices); false when the cell is text.
-  bool Value(int s, int r, std::optional<double>& value) const;
+  [[nodiscard]] bool Value(int s, int r, std::optional<double>& value) const;
 };
 
 // The records of a grid: every row (column) after the names, up to the last used one.
 std::vector<int> AllRecords(const Grid& grid, bool tabular, bool names_in_first);
 
-struct GridWriteResult {
+struct [[nodiscard]] GridWriteResult {
   bool ok = true;
   std::string ErrorString;
   std::vector<fs::path> written;

@@ -194,7 +194,8 @@ bool clsData::XLSConnect(std::string& errorText) {
       ok = false;
       break;
     }
-    Exec("BEGIN", detail);
+    // Without the transaction each row commits on its own: slower, the same table.
+    const bool in_transaction = Exec("BEGIN", detail);
     for (int r = first; ok && r <= g.MaxRows(); ++r) {
       for (size_t c = 0; c < names.size(); ++c) {
         int col = static_cast<int>(c + 1), k = static_cast<int>(c + 1);
@@ -213,7 +214,7 @@ bool clsData::XLSConnect(std::string& errorText) {
       sqlite3_reset(stmt);
     }
     sqlite3_finalize(stmt);
-    Exec("COMMIT", detail);
+    if (in_transaction) ok = Exec("COMMIT", detail) && ok;
   }
   if (!ok) {
     errorText = texts::kUnableToConnect;
@@ -313,7 +314,8 @@ bool clsData::CommitTrans(std::string* errorText) {
 
 void clsData::RollBackTrans() {
   std::string detail;
-  if (db_) Exec("ROLLBACK", detail);
+  // RollBackTrans has no text to report through; a failed rollback leaves what SQLite leaves.
+  if (db_) (void)Exec("ROLLBACK", detail);
 }
 
 bool clsData::ExecuteSQL(const std::string& sql, std::string* errorText) {

@@ -22,7 +22,7 @@ struct FieldValue {
   std::string text;
   bool IsNull() const { return kind == Kind::Null; }
   // The value as a double: a null is 0; a text that is no number is nullopt.
-  std::optional<double> AsDouble() const;
+  [[nodiscard]] std::optional<double> AsDouble() const;
 };
 
 // The rows of a query, read whole; a cursor walks them.
@@ -74,11 +74,11 @@ class clsData {
   void SetXLSConnectString(std::string s) { xls_connect_string_ = std::move(s); }
 
   // Opens DataSource as a database file.
-  bool Connect(std::string& errorText);
+  [[nodiscard]] bool Connect(std::string& errorText);
   // Opens the workbook named in XLSConnectString as tables (header row as field names
   // with "hdr=yes"; F1, F2, ... otherwise; "IMEX=1" reads a column mixing numbers and
   // text as text, otherwise the odd cells of a column are null).
-  bool XLSConnect(std::string& errorText);
+  [[nodiscard]] bool XLSConnect(std::string& errorText);
   void Disconnect();
   bool Connected() const { return db_ != nullptr; }
 
@@ -86,10 +86,10 @@ class clsData {
                                            bool forUpdate = false);
   // The tables: fields TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE.
   std::unique_ptr<Recordset> OpenSchema(std::string& errorText);
-  bool BeginTrans(std::string* errorText = nullptr);
-  bool CommitTrans(std::string* errorText = nullptr);
+  [[nodiscard]] bool BeginTrans(std::string* errorText = nullptr);
+  [[nodiscard]] bool CommitTrans(std::string* errorText = nullptr);
   void RollBackTrans();
-  bool ExecuteSQL(const std::string& sql, std::string* errorText = nullptr);
+  [[nodiscard]] bool ExecuteSQL(const std::string& sql, std::string* errorText = nullptr);
 
   // The faults recorded since the last clear, as clsError reads them.
   const std::vector<shell::AdoErrorRecord>& Errors() const { return errors_; }
@@ -97,7 +97,7 @@ class clsData {
 
  private:
   void Record(const std::string& procedure, const std::string& text);
-  bool Exec(const std::string& sql, std::string& detail);
+  [[nodiscard]] bool Exec(const std::string& sql, std::string& detail);
   sqlite3* db_ = nullptr;
   bool header_ = true;
   std::string header_text_ = "hdr=yes";
@@ -108,6 +108,6 @@ class clsData {
 
 // The parts of a connection string, keys without regard to case ("data source",
 // "extended properties"), quotes around a value removed.
-std::optional<std::string> ConnectStringPart(const std::string& connect, const std::string& key);
+[[nodiscard]] std::optional<std::string> ConnectStringPart(const std::string& connect, const std::string& key);
 
 }  // namespace tessaly::spreadsheet

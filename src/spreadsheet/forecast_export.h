@@ -34,7 +34,7 @@ ForecastExport CollectForecasts(const batch::cBatchFile& project, const fs::path
 // Writes the table as CSV (RFC 4180, CR LF) and as a workbook of one sheet "Forecasts" into
 // `folder` (the project's OUTPUT when empty). False, with `error` set, when nothing could be
 // exported or a file could not be written.
-bool ExportForecasts(const batch::cBatchFile& project, const fs::path& output, const fs::path& folder,
+[[nodiscard]] bool ExportForecasts(const batch::cBatchFile& project, const fs::path& output, const fs::path& folder,
                      ForecastExport& result, std::string& error);
 
 }  // namespace tessaly::spreadsheet

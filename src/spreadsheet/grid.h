@@ -36,7 +36,7 @@ class Grid {
   std::string Text(int row, int col) const;
   // The cell's value when it is a number, or a text that reads as one (blanks around it
   // allowed); nullopt for an empty cell or other text.
-  bool NumericValue(int row, int col, double& value) const;
+  [[nodiscard]] bool NumericValue(int row, int col, double& value) const;
 
  private:
   Cell& Slot(int row, int col);

@@ -76,7 +76,7 @@ struct ImportFigures {
 struct FigureProblem {
   std::string message, title;
 };
-std::optional<FigureProblem> ValidateFigures(const ImportFigures& f);
+[[nodiscard]] std::optional<FigureProblem> ValidateFigures(const ImportFigures& f);
 // The labels of the empty fields that block Next (IncompleteData).
 std::vector<std::string> IncompleteData(const ImportFigures& f);
 // Whether the seasonality note for 5 or 7 shows.
@@ -96,7 +96,7 @@ struct ImportRequest {
   fs::path one_file;      // OneFile: the dataset
   fs::path project_file;  // BatchRun: the project to write (empty: none)
 };
-struct ImportResult {
+struct [[nodiscard]] ImportResult {
   bool ok = true;
   std::string ErrorString;
   std::vector<fs::path> written;

@@ -24,7 +24,7 @@ struct ImportJob {
   std::string output_series;      // with `single`: the dependent series (default the last)
 };
 
-struct ImportJobResult {
+struct [[nodiscard]] ImportJobResult {
   int status = 2;  // 0 all written, 1 some series refused, 2 nothing written
   std::vector<fs::path> written;
   std::string end_message;

@@ -18,7 +18,7 @@ class ImportWizard {
 
   // Load: reads the file and its PROPERTIES sheet. False (with the message shown) when the
   // file is refused.
-  bool Load(const fs::path& file);
+  [[nodiscard]] bool Load(const fs::path& file);
   const fs::path& File() const { return file_; }
   const Workbook& Book() const { return book_; }
   std::vector<std::string> Sheets() const;  // the sheets other than PROPERTIES
@@ -43,7 +43,7 @@ class ImportWizard {
 
   // Next from the present step: its checks, then the next step's preparation. False when
   // a check refused (message shown, step unchanged).
-  bool Next();
+  [[nodiscard]] bool Next();
   void Back();
   std::string Summary() const { return SummaryHtml(file_, MarkedCount(), figures); }
 

@@ -257,8 +257,9 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
       // The series' name as a file name: a slash would make it a path.
       std::string stem = name;
       std::replace(stem.begin(), stem.end(), '/', '_');
-      if (auto pro = platform::FindNoCase(program, "ts50pro.123")) batch::MoveFileOver(*pro, program / (stem + ".pro"));
-      if (auto mod = platform::FindNoCase(program, "pass2mod.123")) batch::MoveFileOver(*mod, program / (stem + ".mod"));
+      // A file that cannot be renamed stays under the engine's own name in the program folder.
+      if (auto pro = platform::FindNoCase(program, "ts50pro.123")) (void)batch::MoveFileOver(*pro, program / (stem + ".pro"));
+      if (auto mod = platform::FindNoCase(program, "pass2mod.123")) (void)batch::MoveFileOver(*mod, program / (stem + ".mod"));
 
       if (settings.switches.graphs_wanted && host.reports) {
         log(texts::kGeneratingGraphs);

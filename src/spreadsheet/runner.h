@@ -41,7 +41,7 @@ struct SheetLayout {
 };
 // Reads row 1: "2001Jan" (four-digit year, three-letter month) or a date cell in column 2.
 // The message when it cannot: kDateBlank for an empty cell, kDateMalformed otherwise.
-bool ReadSheetLayout(const Grid& grid, SheetLayout& layout, std::string& message);
+[[nodiscard]] bool ReadSheetLayout(const Grid& grid, SheetLayout& layout, std::string& message);
 
 // The heading of a period: year + three-letter month for seasonality 12, else "year/period".
 std::string PeriodHeading(int year, int period, int seasonality);
@@ -65,7 +65,7 @@ struct RunnerHost {
   std::shared_ptr<batch::RunReports> reports;
 };
 
-struct RunnerResult {
+struct [[nodiscard]] RunnerResult {
   bool opened = false;     // the workbook and sheet could be read
   bool finished = false;   // the result workbook was saved
   bool canceled = false;
@@ -82,7 +82,7 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
 // `tessaly BOOK.xlsx SHEET [switches]`: the run with messages on standard error, the log
 // lines with "/S", graphs drawn by `reports`. 0 when the run ended, 1 when the sheet was
 // ended by an error or a cancel, 2 when the file or sheet could not be opened.
-int RunWorkbookFromCommandLine(const fs::path& file, const std::string& worksheet,
+[[nodiscard]] int RunWorkbookFromCommandLine(const fs::path& file, const std::string& worksheet,
                                const std::vector<std::string>& options,
                                std::shared_ptr<batch::RunReports> reports);
 

@@ -44,7 +44,7 @@ enum class WorkbookStatus {
   Malformed,   // not a workbook of its format: not a zip, a truncated zip, broken parts
 };
 
-struct WorkbookRead {
+struct [[nodiscard]] WorkbookRead {
   WorkbookStatus status = WorkbookStatus::Ok;
   std::string detail;  // what was wrong, for logs
   bool ok() const { return status == WorkbookStatus::Ok; }
@@ -63,6 +63,6 @@ std::vector<std::vector<std::string>> ParseCsv(const std::string& text);
 // Saves the sheets as an .xlsx workbook. Written to a temporary file beside the target and
 // renamed over it, so a failure leaves no half-written workbook and the target as it was.
 // Numbers stay numbers, dates get a date format, text stays text. False on any fault.
-bool SaveXlsx(const fs::path& path, const std::vector<const Sheet*>& sheets);
+[[nodiscard]] bool SaveXlsx(const fs::path& path, const std::vector<const Sheet*>& sheets);
 
 }  // namespace tessaly::spreadsheet

@@ -66,7 +66,7 @@ TEST_F(ParamsTest, QuestionsAppearInOrderAndOkChecksThemInOrder) {
   for (const char* text : {"0", "601", "600"}) {
     p.SetNumberText(text);
     p.LeaveNumberField();
-    p.Ok();
+    (void)p.Ok();  // what it refuses is in the messages below
   }
   const std::string fyi_texts[] = {
       "You must indicate whether or not you have forecasts for the Parent before we can continue.",
@@ -260,6 +260,26 @@ TEST(Replacements, ChecksInOrderAndTheConfirmation) {
     EXPECT_EQ(host->shown.back().title, "Replace Children Files?");
   }
   EXPECT_EQ(ReadFile(dir / "ASCBACKUP" / "B.ASC"), "child");
+}
+
+// A folder where the safety copy would go: neither the replacement nor the parameters
+// dialog goes on to overwrite an original it could not back up.
+TEST_F(ParamsTest, AnOriginalThatCannotBeBackedUpStopsTheReplacementAndTheParameters) {
+  WriteFile(data / "A.ASC", "a");
+  WriteFile(data / "B.ASC", "child");
+  WriteFile(data / "R.ASC", "0\r\n0\r\n0\r\n1\r\n12\r\n1\r\n1\r\n144\r\n0\r\n0\r\n12\r\n");
+  fs::create_directories(data / "ASCBACKUP" / "B.ASC");
+  const std::string refusal = "The original of B.ASC could not be backed up to ASCBACKUP.";
+  EXPECT_FALSE(AcceptReplacement(data.path(), "B.ASC", "R.ASC", "144", "12"));
+  EXPECT_EQ(host.Texts().back(), refusal);
+  AggParams p = Make();
+  p.Click(Box::ForecastsNo, true);
+  p.Click(Box::AscNo, true);
+  p.SetNumberText("12");
+  EXPECT_FALSE(p.Ok());
+  EXPECT_EQ(host.Texts().back(), refusal);
+  EXPECT_EQ(p.state(), AggParams::State::Open);
+  EXPECT_EQ(ReadFile(data / "B.ASC"), "child");
 }
 
 }  // namespace

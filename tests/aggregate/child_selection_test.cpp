@@ -158,7 +158,7 @@ TEST(ValidateChildren, TestsInOrderWithTheFlowsTexts) {
 TEST(ValidateChildren, TooManyFilesAndNumericNamesSortedForMixedFrequency) {
   RecordedMessages host;
   std::vector<std::string> many(150, "A.ASC");
-  ValidateChildren(many, {SelectionFlow::Aggregation, "/nonexistent", nullptr, ""});
+  (void)ValidateChildren(many, {SelectionFlow::Aggregation, "/nonexistent", nullptr, ""});
   EXPECT_EQ(host.Texts().back(),
             "You have selected 150 asc files. The allowable limit of Series in an aggregation is "
             "149. You must delete the excess asc files.\r\n\r\n");

@@ -154,7 +154,7 @@ TEST(Qvxengine, AscFileIsCheckedAsARunChecksIt) {
   auto lines = tessaly::platform::ReadAllLines(testdata::RepoPath("tests/engine/data/airline.asc"));
   ASSERT_TRUE(lines);
   auto run = [&](std::vector<std::string> file, std::string* output) {
-    tessaly::platform::WriteAllLines(program / "case.asc", file);
+    EXPECT_TRUE(tessaly::platform::WriteAllLines(program / "case.asc", file));
     fs::remove_all(program / "out");
     return RunCommand("cd '" + program.path().string() + "' && ./qvxengine --asc case.asc --out out 2>&1",
                       output);

@@ -57,7 +57,7 @@ TEST_F(AddSeriesCli, AddsToEachFileAndSaysWhatHappened) {
 
   // A variables file cut short: the parser's reason, status 2, no dataset touched.
   std::string his = *platform::ReadWholeFile(dir / "rwf.his");
-  platform::WriteWholeFile(dir / "rwf.his", his.substr(0, 300));
+  EXPECT_TRUE(platform::WriteWholeFile(dir / "rwf.his", his.substr(0, 300)));
   const std::string a_before = *platform::ReadWholeFile(dir / "A.ASC");
   EXPECT_EQ(Tsly("add-series rwf.his A.ASC", &out), 2);
   EXPECT_EQ(out.rfind("Tessaly: You have error ", 0), 0u) << out;

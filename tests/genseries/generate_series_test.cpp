@@ -202,7 +202,7 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
   fs::path his = dir / "rwf.his";
   ASSERT_TRUE(BuildXML(his, v, "", "", dir / "program"));
   std::string text = Bytes(his);
-  platform::WriteWholeFile(his, text.substr(0, text.size() / 2));
+  EXPECT_TRUE(platform::WriteWholeFile(his, text.substr(0, text.size() / 2)));
   GenerationResult r = GenerateSeries(his, asc, std::nullopt, {}, dir / "program");
   ASSERT_FALSE(host->shown.empty());
   EXPECT_EQ(host->shown.back().text.rfind("You have error ", 0), 0u) << host->shown.back().text;
@@ -241,7 +241,7 @@ TEST_F(Merging, BadInputGetsTheSystemsMessageAndDamagesNothing) {
                                   dataset::msg::SizeCheckEmpty("EMPTY.ASC"), texts::NotANumber("TYPO.ASC", 14)};
   for (size_t i = 0; i < 4; ++i) {
     fs::path bad = dir / files[i].first;
-    platform::WriteWholeFile(bad, files[i].second);
+    EXPECT_TRUE(platform::WriteWholeFile(bad, files[i].second));
     r = Generate(v, bad);
     EXPECT_EQ(r.outcome, GenerationOutcome::Refused);
     EXPECT_EQ(r.log_lines, std::vector<std::string>{expected[i]});
@@ -255,7 +255,7 @@ TEST_F(Merging, AdjustingAProjectsFilesWithSafetyCopies) {
   Asc("A.ASC", good);
   Asc("B.ASC", retained);
   Asc("C.asc", good);
-  platform::WriteWholeFile(dir / "D.ASC", "not a dataset\n");
+  EXPECT_TRUE(platform::WriteWholeFile(dir / "D.ASC", "not a dataset\n"));
   const std::string a_before = Bytes(dir / "A.ASC");
   EXPECT_EQ(AdjustableFiles(dir.path(), {"A.ASC", "B.ASC", "c.ASC", "D.ASC", "MISSING.ASC"}),
             (std::vector<std::string>{"A.ASC", "B.ASC", "c.ASC"}));

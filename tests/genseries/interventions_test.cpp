@@ -113,7 +113,7 @@ TEST_F(Interventions, NamesCarryTheirBandsOfZeros) {
     GenerationVariables v = VarsFor(layout);
     v.PulseStartYear = std::to_string(1 + (n - 1) / 200);
     v.PulseStartPeriod = std::to_string((n - 1) % 200 + 1);
-    Generate(v, asc);
+    (void)Generate(v, asc);
     EXPECT_EQ(ReadAsc(asc).names.front(), std::string(prefix) + "DEMAND");
   }
 }

@@ -30,7 +30,7 @@ class PoolCommandTest : public ::testing::Test {
     for (int s = 0; s < series; ++s) lines.push_back(s + 1 == series ? "0" : "1");
     for (int s = 0; s < series; ++s)
       for (int i = 0; i < n; ++i) lines.push_back(platform::NumberToText(100 + ((i * 37 + name.size() * 11) % 13)));
-    platform::WriteAllLines(work / name, lines);
+    EXPECT_TRUE(platform::WriteAllLines(work / name, lines));
   }
   fs::path Project(const std::vector<std::string>& files) {
     batch::cBatchFile p(program.path());
@@ -72,7 +72,7 @@ TEST_F(PoolCommandTest, RefusedSelectionsSayWhyAndChangeNothing) {
        "B.ASC does not have the same seasonality as the other series." + review},
       {"lengths", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); t.Asc("B.ASC", 30); }, {"A.ASC", "B.ASC"},
        "B.ASC does not have the same number of observations as the other series. " + review},
-      {"an empty file", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); platform::WriteWholeFile(t.work / "B.ASC", ""); },
+      {"an empty file", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); EXPECT_TRUE(platform::WriteWholeFile(t.work / "B.ASC", "")); },
        {"A.ASC", "B.ASC"}, "B.ASC is an empty or malformed file." + review},
   };
   std::vector<std::string> many;

@@ -35,7 +35,7 @@ void WriteSeries(const fs::path& file, int seed, const std::string& seasonality)
     level = 50 + 0.5 * (level - 50) + ((t * 37 + seed * 11) % 13) - 6;
     lines.push_back(platform::NumberToText(level));
   }
-  platform::WriteAllLines(file, lines);
+  EXPECT_TRUE(platform::WriteAllLines(file, lines));
 }
 
 TEST(PoolDesktop, PoolMenuFromSelectionToTheAnalysis) {

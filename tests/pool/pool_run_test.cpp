@@ -51,7 +51,7 @@ class PoolRunTest : public ::testing::Test {
       for (double v : values) lines.push_back(platform::NumberToText(v));
     // The inputs' future: their last value held.
     for (size_t s = 0; s < inputs; ++s) lines.insert(lines.end(), 6, platform::NumberToText(series[s].back()));
-    platform::WriteAllLines(work / name, lines);
+    EXPECT_TRUE(platform::WriteAllLines(work / name, lines));
     project.Add_File(name, 0, 0, "00/00/00");
   }
   HeadlessPool Pool(const std::vector<std::string>& chosen, int preset) {
@@ -192,7 +192,7 @@ TEST_F(PoolRunTest, ASeriesTheEngineRefusesCountsZeroAndLeavesTheRunIncomplete) 
   b[7] = "24";
   b[9] = "24";
   b[10] = "24";
-  platform::WriteAllLines(work / "B.ASC", b);
+  EXPECT_TRUE(platform::WriteAllLines(work / "B.ASC", b));
   HeadlessPool run = Pool({"A.ASC", "B.ASC", "C.ASC"}, 2);
   EXPECT_EQ(run.outcome.end, PoolEnd::Incomplete);
   const PoolabilityInputs& kept = run.outcome.inputs;

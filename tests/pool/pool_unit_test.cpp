@@ -21,7 +21,7 @@ fs::path WriteAsc(const TempDir& dir, const std::string& name, int series, int n
   for (int s = 0; s < series; ++s) lines.push_back(s + 1 == series ? "0" : "1");
   for (int s = 0; s < series; ++s)
     for (int i = 0; i < n; ++i) lines.push_back(std::to_string(base + s * 100 + i));
-  platform::WriteAllLines(dir / name, lines);
+  EXPECT_TRUE(platform::WriteAllLines(dir / name, lines));
   return dir / name;
 }
 
@@ -50,7 +50,7 @@ TEST(PoolStack, AShortFileGivesWhatItHasAndOldOutputsAreListed) {
   WriteAsc(dir, "A.ASC", 1, 5, 10);
   auto lines = platform::ReadAllLines(dir / "A.ASC").value();
   lines.resize(lines.size() - 2);
-  platform::WriteAllLines(dir / "B.ASC", lines);
+  EXPECT_TRUE(platform::WriteAllLines(dir / "B.ASC", lines));
   StackShape shape = *ReadStackShape(dir / "A.ASC");
   auto pooled = ReadPooledData({dir / "A.ASC", dir / "B.ASC"}, shape);
   EXPECT_EQ(pooled[0].size(), 5u);

@@ -36,9 +36,9 @@ TEST(SiteInBrowser, TreeIsDrawnAndAClickShowsTheReport) {
   GraphInput north = tessaly::testing::AirlineInput();
   north.series_name = "NORTH";
   ASSERT_TRUE(DrawSeriesGraphs(north, GraphPreferences{}, out).Any());
-  platform::WriteAllLines(out / "NORTH.htm",
-                          {"<html><body><h1>Details of NORTH</h1><p>Seasonal model.</p></body></html>"});
-  platform::WriteAllLines(out / "SOUTHerr.html", {"<html><body>SOUTH failed</body></html>"});
+  EXPECT_TRUE(platform::WriteAllLines(out / "NORTH.htm",
+                          {"<html><body><h1>Details of NORTH</h1><p>Seasonal model.</p></body></html>"}));
+  EXPECT_TRUE(platform::WriteAllLines(out / "SOUTHerr.html", {"<html><body>SOUTH failed</body></html>"}));
   const std::vector<std::string> datasets = {"/in/NORTH.asc", "/in/SOUTH.asc"};
   ASSERT_TRUE(WriteLinkTreeSite("/projects/Regions.xml", datasets, out, program.path()));
   ASSERT_TRUE(WriteDisplayHtml(out, "/projects/Regions.xml", datasets));

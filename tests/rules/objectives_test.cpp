@@ -65,28 +65,28 @@ TEST_F(Objective1, AutomaticModellingClearsTheModelAndCopiesTheRules) {
   EXPECT_FALSE(Exists("STARTMOD.123"));
   EXPECT_EQ(Read("ENGINE.GO"), Read("ENGINE.USR"));
   c.condition_choice = 6;
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_EQ(Read("ENGINE.GO"), Cnd());
   c.type = ModelingType::WithQvxRules;
   c.condition_choice = 0;
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_FALSE(Exists("ENGINE.GO"));
 }
 
 TEST_F(Objective1, PresetsIdentificationAndUserModels) {
   ObjectiveChoice c{ModelingType::ImplicitCanned, 0, 0, "FOURIER", false};
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_EQ(session.objectives.Objective1(), 10);
   EXPECT_TRUE(Exists("STARTMOD.123"));
   EXPECT_FALSE(Exists("ENGINE.GO"));
 
   c = {ModelingType::IdentificationOnly, 0, 0, "", false};
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_EQ(session.objectives.Objective1(), 97);
   EXPECT_EQ(session.objectives.copy2, 97);
 
   c = {ModelingType::ExplicitModelUserRules, 2, 2, "", true};
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_EQ(session.objectives.Objective1(), 99);
   EXPECT_EQ(session.rules.GetRule(key::kInitialModel), "STARTMOD.123");
   EXPECT_EQ(Read("ENGINE.USR"), "USER RULES|   1\r\nINITIAL MODEL|STARTMOD.123\r\n");
@@ -101,7 +101,7 @@ TEST_F(Objective1, PresetsIdentificationAndUserModels) {
 
   c.use_model = false;
   session.objectives.value[0] = 5;
-  SetModelingObjectives(Folder(), c, session, saved);
+  (void)SetModelingObjectives(Folder(), c, session, saved);
   EXPECT_EQ(session.objectives.Objective1(), 0);
 }
 

@@ -40,7 +40,7 @@ TEST_F(Wizard, QvxRulesLeaveNoRulesAndNoModel) {
                          "AUDITTRAIL#2|you have reached mnu_forecast_Click\\wizard finished"});
 
   // Local time trends turned off leave the marker for the engine.
-  Run(Context(), [&](RulesWizard& w) {
+  (void)Run(Context(), [&](RulesWizard& w) {
     w.cboLocalTimeTrend.value = false;
     w.Next();
     w.Finish();
@@ -113,7 +113,7 @@ TEST_F(Wizard, RestoredDefaultsReachTheRunUnchanged) {
   std::string changed = Cnd();
   changed.replace(changed.find("|  20"), 5, "| 199");
   WriteFile(File("ENGINE.USR"), changed);
-  Run(Context(), [&](RulesWizard& w) {
+  (void)Run(Context(), [&](RulesWizard& w) {
     w.ClickModelingType(0);
     w.Next();
     w.ClickConditions(6);
@@ -130,7 +130,7 @@ TEST_F(Wizard, RestoredDefaultsReachTheRunUnchanged) {
 }
 
 TEST_F(Wizard, MissingPresentRulesStopTheStepOnce) {
-  Run(Context(), [&](RulesWizard& w) {
+  (void)Run(Context(), [&](RulesWizard& w) {
     w.ClickModelingType(0);
     w.Next();
     fs::remove(File("ENGINE.USR"));
@@ -176,7 +176,7 @@ TEST_F(Wizard, ImplicitModelNeedsAChoice) {
 }
 
 TEST_F(Wizard, AnObjectiveInTheDatasetPreselectsItsPreset) {
-  Run(Context(7), [&](RulesWizard& w) {
+  (void)Run(Context(7), [&](RulesWizard& w) {
     EXPECT_EQ(w.modeling_type, 1);
     EXPECT_EQ(w.cboModelsinMemory.text, "RANDOM WALK WITH CONSTANT");
     EXPECT_TRUE(w.finish.chkSaveConditions.enabled);
@@ -393,12 +393,12 @@ TEST_F(Wizard, CancelAtEachStepKeepsTheRulesAndDropsTheModel) {
   WizardContext c = Context();
   c.notrend_at_startup = true;
   WriteFile(File("NOTREND.QVX"), "1\r\n");
-  Run(c, [&](RulesWizard& w) { w.Cancel(); });
+  (void)Run(c, [&](RulesWizard& w) { w.Cancel(); });
   EXPECT_TRUE(Exists("NOTREND.QVX"));
 }
 
 TEST_F(Wizard, ZeroForecastsDisableForecasting) {
-  Run(Context(0, 1, 12, 40, 0), [&](RulesWizard& w) {
+  (void)Run(Context(0, 1, 12, 40, 0), [&](RulesWizard& w) {
     w.ClickModelingType(0);
     w.Next();
     w.Next();
@@ -416,7 +416,7 @@ TEST_F(Wizard, ZeroForecastsDisableForecasting) {
 }
 
 TEST_F(Wizard, EstimationOffSkipsTheTreeAndKeepsItsValues) {
-  Run(Context(), [&](RulesWizard& w) {
+  (void)Run(Context(), [&](RulesWizard& w) {
     w.ClickModelingType(0);
     w.Next();
     w.Next();
@@ -445,7 +445,7 @@ TEST_F(Wizard, EstimationOffSkipsTheTreeAndKeepsItsValues) {
 TEST_F(Wizard, PoolingAndAggregationShapes) {
   WizardContext pool = Context();
   pool.pooling_run = true;
-  Run(pool, [&](RulesWizard& w) {
+  (void)Run(pool, [&](RulesWizard& w) {
     EXPECT_TRUE(w.estimation.chkModelEst1.value);
     EXPECT_FALSE(w.estimation.chkModelEst1.enabled);
     EXPECT_FALSE(w.estimation.chkModelEst2.enabled);
@@ -457,7 +457,7 @@ TEST_F(Wizard, PoolingAndAggregationShapes) {
   });
   WizardContext agg = Context();
   agg.aggregation_run = true;
-  Run(agg, [&](RulesWizard& w) {
+  (void)Run(agg, [&](RulesWizard& w) {
     EXPECT_FALSE(w.finish.chkSaveConditions.enabled);
     EXPECT_FALSE(w.finish.chkSaveModels.enabled);
     EXPECT_FALSE(w.finish.chkFinalModel.enabled);
@@ -469,7 +469,7 @@ TEST_F(Wizard, PoolingAndAggregationShapes) {
 }
 
 TEST_F(Wizard, FieldsFormatOnLeavingAndShowTheirNotes) {
-  Run(Context(), [&](RulesWizard& w) {
+  (void)Run(Context(), [&](RulesWizard& w) {
     w.estimation.txtModelEst1.text = "5";
     w.FieldLostFocus("txtModelEst1");
     EXPECT_EQ(w.estimation.txtModelEst1.text, "05.0");

@@ -56,7 +56,7 @@ TEST(MenuTest, ImportAndRunExcelFileOpenTheirWindowsAndTheRunnerRunsASheet) {
     if (auto* r = qobject_cast<frmCmdLine*>(modal)) {
       if (!ran) {
         ran = true;
-        r->LoadFile(book);
+        EXPECT_TRUE(r->LoadFile(book));
         r->tvwSwitches->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
         return app::ModalRobot::ClickLater(r, "cmdRun");
       }

@@ -23,6 +23,6 @@ struct DesktopAggregation {
 };
 
 // Runs the flow; true when a run took place (the tree then holds the parent and children).
-bool mnu_Agg(const DesktopAggregation& context);
+[[nodiscard]] bool mnu_Agg(const DesktopAggregation& context);
 
 }  // namespace tessaly::aggregate

@@ -13,7 +13,8 @@ namespace {
 
 void KeepOne(const fs::path& folder, const char* name, const char* copy) {
   if (auto found = platform::FindNoCase(folder, name)) {
-    platform::CopyFileOver(*found, platform::ResolveNoCase(folder, copy));
+    // Without the copy there is nothing to restore after the call; the file stays as it is.
+    (void)platform::CopyFileOver(*found, platform::ResolveNoCase(folder, copy));
   }
 }
 

@@ -50,7 +50,7 @@ struct EngineCallHooks {
 
 enum class EngineCallOutcome { Done, Canceled };
 
-struct EngineCallResult {
+struct [[nodiscard]] EngineCallResult {
   EngineCallOutcome outcome = EngineCallOutcome::Done;
   // The engine's code: 0 or less success; positive a failure of this dataset
   // (kEngineFailedCode when the engine gave no answer, 21 when it stopped on request).

@@ -160,7 +160,7 @@ struct CreateObjectError {
   int number = 0;
   std::string description;
 };
-bool fCreateObject(const std::string& prog_id, std::shared_ptr<EngineClient>& result,
+[[nodiscard]] bool fCreateObject(const std::string& prog_id, std::shared_ptr<EngineClient>& result,
                    const fs::path& program_folder,
                    const std::function<void(const std::string&)>& log = {},
                    CreateObjectError* error = nullptr);

@@ -20,7 +20,7 @@ inline constexpr const char* kKillFileLine = " Outahere";
 inline constexpr std::chrono::milliseconds kCancelGrace{5000};
 
 // Writes KILLQUOR.QVX into `folder` with its one line.
-bool WriteKillRequest(const fs::path& folder);
+[[nodiscard]] bool WriteKillRequest(const fs::path& folder);
 
 // Which series of how many the call is for, for the progress shown.
 struct EngineCallContext {

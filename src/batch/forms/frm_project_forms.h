@@ -22,7 +22,7 @@ class QTreeView;
 namespace tessaly::batch {
 
 // What a page's buttons ended with.
-enum class PageResult { Next, Back, Cancel };
+enum class [[nodiscard]] PageResult { Next, Back, Cancel };
 
 // A folder box: the path typed or picked in the folder tree.
 class FolderBox : public QWidget {
@@ -136,7 +136,7 @@ class frmSelectSeries : public ProjectPage {
 
 // frmSelectSeries as the generated-series and aggregation steps ask it: the one file
 // chosen, or none when the person went back or cancelled.
-std::optional<std::string> SelectOneSeries(QWidget* parent, const std::string& folder,
+[[nodiscard]] std::optional<std::string> SelectOneSeries(QWidget* parent, const std::string& folder,
                                            bool for_generated_series);
 
 // The project commands' forms on the desktop.

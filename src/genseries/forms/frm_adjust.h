@@ -72,7 +72,7 @@ struct SeriesRequest {
 // The Add Series wizard on one dataset (`asc`, shown as `name`), its manual grids, and the
 // variables file written to `variables`; nullopt when the person cancelled or the wizard
 // could not start on that file (it has said why).
-std::optional<SeriesRequest> AskForSeries(QWidget* parent, const fs::path& asc, const std::string& name,
+[[nodiscard]] std::optional<SeriesRequest> AskForSeries(QWidget* parent, const fs::path& asc, const std::string& name,
                                           const fs::path& variables, const std::string& in_directory,
                                           const std::string& out_directory, const fs::path& program_folder);
 

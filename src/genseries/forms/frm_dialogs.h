@@ -30,7 +30,7 @@ class frmManualGrid : public QDialog {
 
 // UserDef_DT0_Input_Series, UserDef_Manual_Input_Series, UserDef_ManualFV_Input_Series: the
 // grids filled and shown; nullopt when the user cancels.
-std::optional<std::vector<std::string>> ShowManualGrid(QWidget* parent, const QString& name,
+[[nodiscard]] std::optional<std::vector<std::string>> ShowManualGrid(QWidget* parent, const QString& name,
                                                        const QString& title,
                                                        const std::vector<std::string>& labels);
 
@@ -44,7 +44,7 @@ class frmFirstobservation : public QDialog {
   QDateEdit* dtpFirst = nullptr;
   platform::dates::Date Date() const;
 };
-std::optional<platform::dates::Date> AskFirstObservation(QWidget* parent);
+[[nodiscard]] std::optional<platform::dates::Date> AskFirstObservation(QWidget* parent);
 
 // frmMethod: the method's choices as a dialog of their own: the quarter options, or the
 // Manual note with "DON'T SHOW ME THIS AGAIN".

@@ -433,7 +433,7 @@ void frmWizard2::cmdNext_Click() {
   if (w_.Step() == WizardStep::UserDef && !w_.user_name.empty() && w_.user_type >= 0 &&
       !w_.user_method.empty() && !EnsureDate(false))
     return;
-  w_.Next();
+  (void)w_.Next();  // a step that does not pass has shown why and stays; the redraw shows where
   Refresh();
 }
 

@@ -64,7 +64,7 @@ class frmWizard2 : public QDialog {
   void Refresh();
   void MethodChosen();
   void TypeChosen(int type);
-  bool EnsureDate(bool holidays);
+  [[nodiscard]] bool EnsureDate(bool holidays);
   QString Summary() const;
   AddSeriesWizard& w_;
   bool refreshing_ = false;

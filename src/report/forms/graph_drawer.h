@@ -35,6 +35,6 @@ GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& pre
                             const std::filesystem::path& output_folder, GraphSize size = {});
 
 // Paints one planned graph to a JPEG file; false (and no file) on any fault.
-bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, GraphSize size = {});
+[[nodiscard]] bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, GraphSize size = {});
 
 }  // namespace tessaly::report

@@ -93,6 +93,11 @@ class frmWizard1 : public QDialog {
   QWidget* BuildStep5();
   QWidget* BuildModelEstimationTree();
   QWidget* BuildGroups();
+  void RefreshStep();
+  void RefreshOptions();
+  void RefreshFields();
+  void RefreshModelPages();
+  void RefreshFocus();
 
   RulesWizard& w_;
   std::vector<TextBind> texts_;

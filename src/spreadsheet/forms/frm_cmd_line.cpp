@@ -192,7 +192,7 @@ bool frmCmdLine::LoadFile(const std::filesystem::path& file) {
 
 void frmCmdLine::cmdBrowse_Click() {
   platform::FileDialogRequest request{texts::kRunnerTitle, texts::kRunnerFilter, "", "", true};
-  if (auto file = platform::Dialogs().OpenFile(request)) LoadFile(*file);
+  if (auto file = platform::Dialogs().OpenFile(request)) (void)LoadFile(*file);  // it says why it could not
 }
 
 void frmCmdLine::cmdRun_Click() {

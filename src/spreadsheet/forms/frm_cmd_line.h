@@ -25,7 +25,7 @@ class frmCmdLine : public QDialog {
 
   // The Browse step without the file dialog: reads the workbook, lists its sheets and the
   // figures of its PROPERTIES sheet. False (message shown) when the file is refused.
-  bool LoadFile(const std::filesystem::path& file);
+  [[nodiscard]] bool LoadFile(const std::filesystem::path& file);
   // The switches as the tree holds them (CMDLineOptions).
   std::vector<std::string> CMDLineOptions() const;
   // What the graphs are drawn with; tests put a recorder here.

@@ -56,8 +56,19 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
   fraStep = new QStackedWidget(this);
   top->addWidget(fraStep, 1);
 
+  BuildSheetPage();
+  BuildNamesPage();
+  BuildSeriesNamesPage();
+  BuildFilterPage();
+  BuildMarksPage();
+  BuildPropertiesPage();
+  BuildSummaryPage();
+  BuildButtons(top);
+}
+
+// The sheet and the orientation.
+void frmWizardBP::BuildSheetPage() {
   QVBoxLayout* l;
-  // Step 0: sheet and orientation.
   Page(fraStep, l);
   auto* sheetRow = new QHBoxLayout;
   sheetRow->addWidget(new QLabel("Worksheet:"));
@@ -85,8 +96,11 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
     w_.sheet = S(s);
     if (const Grid* g = w_.SheetGrid()) ShowGrid(TslySpread, *g);
   });
+}
 
-  // Step 1: names.
+// Whether the first row (column) holds the names.
+void frmWizardBP::BuildNamesPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   chkNames = new QCheckBox;
   chkNames->setObjectName("chkNames");
@@ -95,8 +109,11 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
   tblNamesPreview = new QTableWidget;
   tblNamesPreview->setObjectName("tblNamesPreview");
   l->addWidget(tblNamesPreview, 1);
+}
 
-  // Step 2: the name grid and the mode.
+// The name grid and the import mode.
+void frmWizardBP::BuildSeriesNamesPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   auto* modes = new QHBoxLayout;
   optOneFile = new QRadioButton("One dataset, output series last");
@@ -118,8 +135,11 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
     Collect();
     Refresh();
   });
+}
 
-  // Step 3: the filter.
+// The filter of the rows.
+void frmWizardBP::BuildFilterPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   auto* filter = new QFormLayout;
   cboFieldSelect = new QComboBox;
@@ -145,8 +165,11 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
     w_.filter_value = S(v);
     lblRecordCount->setText(QString("Records: %1").arg(w_.Records().size()));
   });
+}
 
-  // Step 4: marks.
+// The marks of the series to import.
+void frmWizardBP::BuildMarksPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   lstSeries = new QTableWidget;
   lstSeries->setObjectName("lstSeries");
@@ -168,8 +191,11 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
     w_.SelectAll(false);
     ShowSeriesList();
   });
+}
 
-  // Step 5: properties.
+// The series properties.
+void frmWizardBP::BuildPropertiesPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   auto* form = new QFormLayout;
   auto field = [&](QLineEdit*& edit, const char* name, const char* label) {
@@ -195,14 +221,20 @@ frmWizardBP::frmWizardBP(QWidget* parent) : QDialog(parent) {
   l->addStretch(1);
   connect(txtSeasonality, &QLineEdit::textChanged, this,
           [this](const QString& s) { lbl5or7->setVisible(ShowsFiveOrSevenNote(S(s))); });
+}
 
-  // Step 6: summary.
+// The summary.
+void frmWizardBP::BuildSummaryPage() {
+  QVBoxLayout* l;
   Page(fraStep, l);
   brwSummary = new QTextBrowser;
   brwSummary->setObjectName("brwSummary");
   brwSummary->setContextMenuPolicy(Qt::NoContextMenu);
   l->addWidget(brwSummary, 1);
+}
 
+// The status line and the buttons under the pages.
+void frmWizardBP::BuildButtons(QVBoxLayout* top) {
   lblStatus = new QLabel;
   lblStatus->setObjectName("lblStatus");
   top->addWidget(lblStatus);

@@ -9,6 +9,7 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QVBoxLayout;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -24,9 +25,9 @@ class frmWizardBP : public QDialog {
   explicit frmWizardBP(QWidget* parent = nullptr);
 
   // Asks for a file (the Load step) and shows step 0; false when none was opened.
-  bool AskForFile();
+  [[nodiscard]] bool AskForFile();
   // Opens the file without asking (tests, a file dropped on the window).
-  bool LoadFile(const std::filesystem::path& file);
+  [[nodiscard]] bool LoadFile(const std::filesystem::path& file);
   ImportWizard& Wizard() { return w_; }
   void Refresh();
 
@@ -68,6 +69,14 @@ class frmWizardBP : public QDialog {
   void cmdFinish_Click();
 
  private:
+  void BuildSheetPage();
+  void BuildNamesPage();
+  void BuildSeriesNamesPage();
+  void BuildFilterPage();
+  void BuildMarksPage();
+  void BuildPropertiesPage();
+  void BuildSummaryPage();
+  void BuildButtons(QVBoxLayout* top);
   void Collect();  // the controls of the present step into the wizard
   void ShowNames();
   void ShowSeriesList();

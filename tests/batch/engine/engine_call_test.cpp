@@ -117,7 +117,7 @@ TEST_F(CallFixture, ControlFilesAreRestoredWhateverTheEngineDidToThem) {
   FakeEngineFolder folder("answer");
   WriteFile(folder / "ENGINE.GO", "rules of this run\r\n");
   WriteFile(folder / "STARTMOD.123", "starting model\r\n");
-  Call(folder);
+  (void)Call(folder);
   EXPECT_EQ(ReadFile(folder / "ENGINE.GO"), "rules of this run\r\n");
   EXPECT_EQ(ReadFile(folder / "STARTMOD.123"), "starting model\r\n");
   EXPECT_FALSE(fs::exists(folder / "ENGINE.RWF"));
@@ -125,7 +125,7 @@ TEST_F(CallFixture, ControlFilesAreRestoredWhateverTheEngineDidToThem) {
 
   // Without a starting model none appears; the engine's change of ENGINE.GO is undone.
   fs::remove(folder / "STARTMOD.123");
-  Call(folder);
+  (void)Call(folder);
   EXPECT_FALSE(fs::exists(folder / "STARTMOD.123"));
   EXPECT_EQ(ReadFile(folder / "ENGINE.GO"), "rules of this run\r\n");
 }
@@ -179,7 +179,7 @@ TEST_F(CallFixture, MissingEngineFailsTheDatasetWithoutHanging) {
 
 TEST_F(CallFixture, StaleAnswerIsNeverTakenForANewOne) {
   FakeEngineFolder folder("answer 2190");
-  Call(folder);
+  (void)Call(folder);
   // Leave a valid answer behind, then let the engine crash.
   quorvane::EngineArrays stale = MonthlySales();
   stale.error_code = 0;
