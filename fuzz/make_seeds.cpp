@@ -84,7 +84,7 @@ int main(int argc, char** argv) {
   // The variables of a level shift and two holidays on a monthly series.
   genseries::GenerationVariables vars;
   vars.NumberOfNewSeries = "3";
-  vars.BPSeasonality = "12";
+  vars.BPSeaonality = "12";
   vars.LevelStartYear = "1955";
   vars.LevelStartPeriod = "3";
   vars.SelectedHolidays = {{1, "Christmas"}, {2, "Easter"}};

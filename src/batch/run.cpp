@@ -245,7 +245,7 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
   p.SetBeginningYear(std::to_string(header.DataProp[3]));
   p.SetBeginningPeriod(header.DataProp[4]);
   p.SetNumberOfObservations(header.DataProp[5]);
-  p.SetNumberOfFutureValues(header.DataProp[6]);
+  p.SetNumberOfFurtureValues(header.DataProp[6]);
   p.SetNumberOfRetainedValues(header.DataProp[7]);
   p.SetNumberOfForecasts(header.DataProp[8]);
   if (header.DataProp[1] == 1)

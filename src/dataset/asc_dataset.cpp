@@ -235,7 +235,7 @@ bool WriteAscFile(const fs::path& path, const clSeriesProperties& properties,
   w.Line(TrimBlanks(properties.BeginningYear()));
   WriteInt(w, properties.BeginningPeriod());
   WriteInt(w, properties.NumberOfObservations());
-  WriteInt(w, properties.NumberOfFutureValues());
+  WriteInt(w, properties.NumberOfFurtureValues());
   WriteInt(w, properties.NumberOfRetainedValues());
   WriteInt(w, properties.NumberOfForecasts());
   for (const AscColumn& c : columns) w.Line(c.name);
@@ -275,7 +275,7 @@ clSeriesProperties PropertiesFromHeader(const AscHeader& header) {
   p.SetBeginningYear(std::to_string(header.DataProp[3]));
   p.SetBeginningPeriod(header.DataProp[4]);
   p.SetNumberOfObservations(header.DataProp[5]);
-  p.SetNumberOfFutureValues(header.DataProp[6]);
+  p.SetNumberOfFurtureValues(header.DataProp[6]);
   p.SetNumberOfRetainedValues(header.DataProp[7]);
   p.SetNumberOfForecasts(header.DataProp[8]);
   p.SetCausal(header.DataProp[1] != 1);
@@ -283,7 +283,7 @@ clSeriesProperties PropertiesFromHeader(const AscHeader& header) {
   for (size_t i = 0; i < header.types.size(); ++i) {
     if (IsFutureType(header.types[i])) qualified.push_back(static_cast<int16_t>(i + 1));
   }
-  p.SetQualifiedSeries(std::move(qualified));
+  p.SetQualfiedSeries(std::move(qualified));
   p.DecideLargeEngine();
   return p;
 }

@@ -160,7 +160,7 @@ bool WriteAscFile(const fs::path& path, const clSeriesProperties& properties,
 bool WriteAscFile(const fs::path& path, const AscDataset& dataset);
 
 // The series properties of a header: the eight figures, the beginning year as text,
-// Causal where N differs from 1, QualifiedSeries the series of type 1, 2 or 3, and the
+// Causal where N differs from 1, QualfiedSeries the series of type 1, 2 or 3, and the
 // LargeEngine flag decided.
 clSeriesProperties PropertiesFromHeader(const AscHeader& header);
 

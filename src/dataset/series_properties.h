@@ -22,8 +22,8 @@ class clSeriesProperties {
   void SetNumberOfLinesAdjustedValuesReturned(int16_t v) { lines_adjusted_returned_ = v; }
   int16_t NumberOfObservations() const { return number_of_observations_; }
   void SetNumberOfObservations(int16_t v) { number_of_observations_ = v; }
-  int16_t NumberOfFutureValues() const { return number_of_future_values_; }
-  void SetNumberOfFutureValues(int16_t v) { number_of_future_values_ = v; }
+  int16_t NumberOfFurtureValues() const { return number_of_future_values_; }
+  void SetNumberOfFurtureValues(int16_t v) { number_of_future_values_ = v; }
   int16_t NumberOfRetainedValues() const { return number_of_retained_values_; }
   void SetNumberOfRetainedValues(int16_t v) { number_of_retained_values_ = v; }
   int16_t NumberOfForecasts() const { return number_of_forecasts_; }
@@ -45,8 +45,8 @@ class clSeriesProperties {
   bool Causal() const { return causal_; }
   void SetCausal(bool v) { causal_ = v; }
   // 1-based numbers of the series that carry future values.
-  const std::vector<int16_t>& QualifiedSeries() const { return qualified_series_; }
-  void SetQualifiedSeries(std::vector<int16_t> v) { qualified_series_ = std::move(v); }
+  const std::vector<int16_t>& QualfiedSeries() const { return qualified_series_; }
+  void SetQualfiedSeries(std::vector<int16_t> v) { qualified_series_ = std::move(v); }
 
   // Sets LargeEngine: false when NumberOfSeries + 5 + Seasonality is below 31, and
   // NumberOfObservations is below 1001, and the seasonality is not 5, 7 or 52 (calendar

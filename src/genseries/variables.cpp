@@ -17,7 +17,7 @@ using Member = std::string GenerationVariables::*;
 const std::array<Member, 33> kMembers = {
     &GenerationVariables::FirstObjective, &GenerationVariables::SecondObjective,
     &GenerationVariables::ThirdObjective, &GenerationVariables::NumberOfNewSeries,
-    &GenerationVariables::BPSeasonality, &GenerationVariables::MajorPeriod,
+    &GenerationVariables::BPSeaonality, &GenerationVariables::MajorPeriod,
     &GenerationVariables::MinorPeriod, &GenerationVariables::LevelStartYear,
     &GenerationVariables::LevelStartPeriod, &GenerationVariables::LevelEndYear,
     &GenerationVariables::LevelEndPeriod, &GenerationVariables::PulseStartYear,

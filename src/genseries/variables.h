@@ -22,13 +22,14 @@ inline constexpr const char* kNoDate = "00/00/01";
 inline constexpr int kMaxHolidays = 18;
 
 // The values as text, as the file holds them (the generator reads numbers where it needs
-// them). Names follow the properties of the generator and the file's elements.
+// them). Names follow the properties of the generator, the misspelled BPSeaonality
+// included; its element is BPSeasonality.
 struct GenerationVariables {
   std::string FirstObjective = "0";
   std::string SecondObjective = "0";
   std::string ThirdObjective = "0";
   std::string NumberOfNewSeries = "0";
-  std::string BPSeasonality;
+  std::string BPSeaonality;
   std::string MajorPeriod;
   std::string MinorPeriod;
   std::string LevelStartYear, LevelStartPeriod, LevelEndYear, LevelEndPeriod;

@@ -313,7 +313,7 @@ GenerationVariables AddSeriesWizard::Variables() const {
   v.SecondObjective = std::to_string(ds_.objectives[1]);
   v.ThirdObjective = std::to_string(ds_.objectives[2]);
   v.NumberOfNewSeries = std::to_string(NewSeriesCount());
-  v.BPSeasonality = std::to_string(ds_.seasonality);
+  v.BPSeaonality = std::to_string(ds_.seasonality);
   v.MajorPeriod = std::to_string(ds_.begin_year);
   v.MinorPeriod = std::to_string(ds_.begin_period);
   auto put = [](bool on, const InterventionFields& f, std::string& sy, std::string& sp_,

@@ -184,7 +184,7 @@ class RulesWizard {
   void BackFromStep4();
   void BackFromStep5();
 
-  void SetAutomaticConditions();
+  void SetAutomaticConditons();
   void SetNonautomaticConditions();
   void LayOutConditions(std::string_view frame_title);
   void ApplyPoolingShape();

@@ -318,7 +318,7 @@ void RulesWizard::LayOutConditions(std::string_view frame_title) {
   ClickConditions(2);
 }
 
-void RulesWizard::SetAutomaticConditions() { LayOutConditions(text::kAutomaticRulesFrame); }
+void RulesWizard::SetAutomaticConditons() { LayOutConditions(text::kAutomaticRulesFrame); }
 void RulesWizard::SetNonautomaticConditions() { LayOutConditions(text::kNonautomaticRulesFrame); }
 
 }  // namespace tessaly::rules

@@ -48,7 +48,7 @@ void RulesWizard::NextFromStep0() {
   if (Is(modeling_type, {0, 1}) && !RulesReady()) return;
   switch (Type()) {
     case ModelingType::WithUserRules:
-      SetAutomaticConditions();
+      SetAutomaticConditons();
       session_.rules.PutRule(key::kInitialModel, key::kNoInitialModel);
       simulation.chkSimulation1.value = false;
       Sim_Put(session_.rules, simulation);

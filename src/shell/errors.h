@@ -84,7 +84,7 @@ class cMsgBox {
   std::string HelpFileName;
   long HelpContext = 0;
   int16_t Response = 0;
-  long iResourceID = 0;
+  long iResourseID = 0;
 
   // A non-empty message, non-zero buttons or non-empty title replaces the stored value
   // first; the box shows Buttons + Style as its type; the answer lands in Response.

@@ -107,7 +107,7 @@ GridWriteResult WriteAscFromGrid(const GridLayout& layout, const std::vector<Gri
   }
   properties.SetNumberOfSeries(static_cast<int16_t>(marked.size()));
   properties.SetNumberOfObservations(static_cast<int16_t>(layout.records.size()));
-  properties.SetNumberOfFutureValues(0);
+  properties.SetNumberOfFurtureValues(0);
   properties.SetNumberOfRetainedValues(0);
   std::vector<dataset::AscColumn> columns(inputs.size() + 1);
   for (size_t i = 0; i < inputs.size(); ++i)
@@ -137,7 +137,7 @@ GridWriteResult WriteAscPerSeries(const GridLayout& layout, const std::vector<Gr
   };
   properties.SetNumberOfSeries(1);
   properties.SetNumberOfObservations(static_cast<int16_t>(layout.records.size()));
-  properties.SetNumberOfFutureValues(0);
+  properties.SetNumberOfFurtureValues(0);
   properties.SetNumberOfRetainedValues(0);
   for (const auto& s : series) {
     if (!s.marked) continue;

@@ -367,7 +367,7 @@ TEST_F(AggregationTest, TslyAggregateRunsRefusesAndExplains) {
   EXPECT_NE(out.find("tsly aggregate: the variables file 'V.his' does not exist."), std::string::npos) << out;
   // A level shift generated for the parent enters GROUPT.ASC before the parent's own series.
   genseries::GenerationVariables level;
-  level.BPSeasonality = "12", level.MajorPeriod = "1949", level.MinorPeriod = "1";
+  level.BPSeaonality = "12", level.MajorPeriod = "1949", level.MinorPeriod = "1";
   level.LevelStartYear = "1955", level.LevelStartPeriod = "1", level.LevelEndYear = "1960", level.LevelEndPeriod = "12";
   ASSERT_TRUE(genseries::BuildXML(work / "rwf.his", level, "", "", program.path()));
   EXPECT_EQ(tsly("regions.xml NORTH.ASC SOUTH.ASC --forecasts 6 --add-series rwf.his", &out), 0) << out;

@@ -257,7 +257,7 @@ TEST(SeriesProperties, LargeEngineRule) {
   clSeriesProperties from = PropertiesFromHeader(h);
   EXPECT_TRUE(from.Causal());
   EXPECT_EQ(from.BeginningYear(), "2018");
-  EXPECT_EQ(from.QualifiedSeries(), (std::vector<int16_t>{1, 2}));
+  EXPECT_EQ(from.QualfiedSeries(), (std::vector<int16_t>{1, 2}));
   EXPECT_FALSE(from.LargeEngine());  // 3 + 5 + 12 = 20, 48 observations
 }
 

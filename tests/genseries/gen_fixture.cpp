@@ -59,7 +59,7 @@ GenerationResult GenTest::Generate(const GenerationVariables& vars, const fs::pa
 
 GenerationVariables GenTest::VarsFor(const AscLayout& layout) {
   GenerationVariables v;
-  v.BPSeasonality = std::to_string(layout.seasonality);
+  v.BPSeaonality = std::to_string(layout.seasonality);
   v.MajorPeriod = std::to_string(layout.year);
   v.MinorPeriod = std::to_string(layout.period);
   return v;

@@ -14,7 +14,7 @@ namespace {
 GenerationVariables Full() {
   GenerationVariables v;
   v.FirstObjective = "2", v.SecondObjective = "1", v.ThirdObjective = "3", v.NumberOfNewSeries = "5";
-  v.BPSeasonality = "12", v.MajorPeriod = "1995", v.MinorPeriod = "4";
+  v.BPSeaonality = "12", v.MajorPeriod = "1995", v.MinorPeriod = "4";
   v.LevelStartYear = "1996", v.LevelStartPeriod = "2", v.LevelEndYear = "1997", v.LevelEndPeriod = "3";
   v.PulseStartYear = "1998", v.PulseStartPeriod = "5", v.PulseEndYear = "1998", v.PulseEndPeriod = "5";
   v.TrendStartYear = "1999", v.TrendStartPeriod = "1", v.TrendEndYear = "2000", v.TrendEndPeriod = "12";
@@ -64,7 +64,7 @@ TEST(VariablesFile, AllPlacesRoundTripAndTheFileSatisfiesItsSchema) {
   ASSERT_TRUE(LoadXmlFile(his, shifted).ok);
   EXPECT_EQ(shifted.FirstObjective, "edited by hand");
   EXPECT_EQ(shifted.SecondObjective, "2");
-  EXPECT_EQ(shifted.BPSeasonality, "5");
+  EXPECT_EQ(shifted.BPSeaonality, "5");
   EXPECT_EQ(shifted.SelectedQuarter, "7");
 }
 

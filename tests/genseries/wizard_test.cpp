@@ -111,7 +111,7 @@ TEST_F(Wizard, StepsFollowTheTicksAndEachCheckKeepsTheWizardWhereItIs) {
   EXPECT_EQ(wiz.Step(), WizardStep::UserDef);
 
   GenerationVariables v = wiz.Variables();
-  EXPECT_EQ((std::vector<std::string>{v.FirstObjective, v.NumberOfNewSeries, v.BPSeasonality, v.MajorPeriod,
+  EXPECT_EQ((std::vector<std::string>{v.FirstObjective, v.NumberOfNewSeries, v.BPSeaonality, v.MajorPeriod,
                                       v.MinorPeriod, v.LevelStartYear, v.PulseStartYear, v.TrendEndPeriod,
                                       v.UserDefMethod, v.DateOfFirstObservation, v.NumberofHolidaysSelected}),
             (std::vector<std::string>{"2", "13", "12", "1995", "4", "1996", "", "3", "MonthlyEffect", kNoDate, "0"}));
