@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "engine/model.h"
+#include "engine/model/combination.h"
 #include "engine/model/equation_text.h"
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
@@ -793,6 +794,7 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     return FitModel(problem, on_stage);
   // Intermittent demand under its rule: Croston-type modelling, or the usual way with a note.
   if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
+  if (problem.objective == kObjectiveCombination) return FitCombination(problem, on_stage, ModelAndForecast);
   ModelResult r;
   const EngineRules& rules = problem.rules;
   auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
