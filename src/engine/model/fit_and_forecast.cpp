@@ -33,6 +33,8 @@ constexpr int16_t kCodeCuriousValue = 2189;
 // Half the 95 % point of a chi-square with one degree of freedom.
 constexpr double kTransformGain = 1.92;
 constexpr int kMinForTransform = 30;
+// Origins of the check of the limits on the series' own last periods.
+constexpr int kHoldoutOrigins = 6;
 
 std::string FormatInt(const char* fmt, int v) {
   char buf[256];
@@ -168,8 +170,9 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
 
 // How much wider the limits must be than the model says, judged on the model's own last
 // periods: the orders are estimated again on the series up to an origin a horizon (at most a
-// fifth of the series) before its end, and again half that earlier, and their forecasts are
-// set against the values that followed. The mean of the squared errors over the variances the
+// fifth of the series) before its end, and again every half horizon earlier (six origins at
+// most, as far as the series can spare them), and their forecasts are set against the values
+// that followed. The mean of the squared errors over the variances the
 // limits rest on is 1 when the limits are right; they are not when the coefficients, the
 // choice of the model or the recent behaviour of the series make the forecasts err more than
 // the innovations alone. That mean, shrunk towards 1 by a horizon's worth of weight, gives the
@@ -186,7 +189,9 @@ double HoldoutFactor(const std::vector<double>& u, const ArimaFit& fit, int hori
   quick.max_iterations = 10;
   double ratio = 0.0;
   int count = 0;
-  for (int o : {n - H, n - H - std::max(1, H / 2), n - 2 * H}) {
+  const int step = std::max(1, H / 2);
+  for (int k = 0; k < kHoldoutOrigins; ++k) {
+    const int o = n - H - k * step;
     if (o - burn < std::max(20, 3 * fit.orders.FreeCount() + 10)) continue;
     if (fit.orders.D > 0 && o < 3 * fit.orders.period) continue;
     const std::vector<double> head(u.begin(), u.begin() + o);
