@@ -171,16 +171,21 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   for (int t = 0; t < n; ++t) {
     if (!(f > 0.0) || !std::isfinite(f)) return out;
     const double v1 = w[t] - aw[0];
-    const double v2 = 1.0 - ax[0];
+    const double v2 = with_mean ? 1.0 - ax[0] : 0.0;
     vw[t] = v1;
     vx[t] = v2;
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
     advance(aw);
-    advance(ax);
-    for (int i = 0; i < r; ++i) {
-      aw[i] += G[i] * v1 / f;
-      ax[i] += G[i] * v2 / f;
+    if (with_mean) {
+      advance(ax);
+      for (int i = 0; i < r; ++i) {
+        aw[i] += G[i] * v1 / f;
+        ax[i] += G[i] * v2 / f;
+      }
+    } else {
+      // Without a mean the unit series' filter is not needed: its errors stay unused.
+      for (int i = 0; i < r; ++i) aw[i] += G[i] * v1 / f;
     }
     if (!steady) {
       // f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f', M' = M f' / f.

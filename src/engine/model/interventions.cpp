@@ -50,10 +50,18 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
   if (!conditional) return intervention_parts::Whiten(w, phi, theta, out);
   const int m = static_cast<int>(w.size());
   out.resize(m);
+  // Only the nonzero lags: a seasonal model's polynomials are mostly zeros.
+  std::vector<std::pair<int, double>> ar, ma;
+  for (size_t k = 1; k <= phi.size(); ++k)
+    if (phi[k - 1] != 0.0) ar.emplace_back(static_cast<int>(k), phi[k - 1]);
+  for (size_t k = 1; k <= theta.size(); ++k)
+    if (theta[k - 1] != 0.0) ma.emplace_back(static_cast<int>(k), theta[k - 1]);
   for (int t = 0; t < m; ++t) {
     double v = w[t];
-    for (int k = 1; k <= static_cast<int>(phi.size()) && k <= t; ++k) v -= phi[k - 1] * w[t - k];
-    for (int k = 1; k <= static_cast<int>(theta.size()) && k <= t; ++k) v -= theta[k - 1] * out(t - k);
+    for (const auto& [k, c] : ar)
+      if (k <= t) v -= c * w[t - k];
+    for (const auto& [k, c] : ma)
+      if (k <= t) v -= c * out(t - k);
     out(t) = v;
   }
   return out.allFinite();
