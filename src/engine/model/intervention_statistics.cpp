@@ -50,18 +50,17 @@ GlsOutcome intervention_parts::Gls(const std::vector<double>& w, const std::vect
   const int k = static_cast<int>(Xw.size());
   const int cols = k + (with_mean ? 1 : 0);
   if (m <= cols) return out;
-  Eigen::VectorXd ws;
-  if (!Whiten(w, phi, theta, ws)) return out;
+  // The series and its columns through one filter.
+  const std::vector<double> ones(with_mean ? m : 0, 1.0);
+  std::vector<const std::vector<double>*> series{&w};
+  for (const auto& x : Xw) series.push_back(&x);
+  if (with_mean) series.push_back(&ones);
+  const std::vector<std::vector<double>> white = ArmaWhitenAll(series, phi, theta);
+  for (const auto& v : white)
+    if (v.empty()) return out;
   Eigen::MatrixXd A(m, cols);
-  Eigen::VectorXd col;
-  for (int j = 0; j < k; ++j) {
-    if (!Whiten(Xw[j], phi, theta, col)) return out;
-    A.col(j) = col;
-  }
-  if (with_mean) {
-    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return out;
-    A.col(k) = col;
-  }
+  for (int j = 0; j < cols; ++j) A.col(j) = Eigen::Map<const Eigen::VectorXd>(white[j + 1].data(), m);
+  const Eigen::VectorXd ws = Eigen::Map<const Eigen::VectorXd>(white[0].data(), m);
   return WhitenedLeastSquares(A, ws, k);
 }
 
@@ -190,9 +189,11 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
     for (const auto& x : X) cols.push_back(DifferenceSeries(x, orders));
     Eigen::MatrixXd A(m, static_cast<int>(cols.size()));
     int used = 0;
-    Eigen::VectorXd col;
+    std::vector<const std::vector<double>*> series;
     for (const auto& c : cols)
-      if (Whiten(c, phi, theta, col) && col.size() == m) A.col(used++) = col;
+      if (static_cast<int>(c.size()) == m) series.push_back(&c);
+    for (const auto& v : ArmaWhitenAll(series, phi, theta))
+      if (!v.empty()) A.col(used++) = Eigen::Map<const Eigen::VectorXd>(v.data(), m);
     if (used > 0) {
       Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A.leftCols(used));
       const int rank = static_cast<int>(qr.rank());
