@@ -278,17 +278,25 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
 
 // What the forecast limits allow for beyond the model taken as known: the estimation
 // (EstimationAllowances), and the interventions found, which stand for events that may
-// happen again, at the rate and of the size seen: a model that explains the past by a few
+// happen again (level shifts, seasonal pulses and trends as recurring events; pulses within
+// the innovations), at the rate and of the size seen: a model that explains the past by a few
 // shifts must not forecast as if the future held none. `sigma2` is the variance the limits
 // start from (the fit's, or the last segment's after a change of variance).
 LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std::vector<DetectedIntervention>& found) {
+  const int span = std::max(1, static_cast<int>(fit.n));
+  // Pulses are one-period shocks like the innovations, only larger: the ones found are taken
+  // back into the innovation variance the limits rest on, as if they had not been removed.
+  // They are the largest errors of the sample, picked out, and a variance without them
+  // understates the spread of the errors to come.
+  double pulse_squares = 0.0;
+  for (const DetectedIntervention& d : found)
+    if (d.type == kPulse) pulse_squares += d.impact * d.impact;
   LimitAllowances a = EstimationAllowances(
-      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()), sigma2);
-  const std::pair<int, EventShape> shapes[] = {{kPulse, EventShape::Pulse},
-                                               {kLevelShift, EventShape::Step},
+      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()),
+      sigma2 + pulse_squares / span);
+  const std::pair<int, EventShape> shapes[] = {{kLevelShift, EventShape::Step},
                                                {kSeasonalPulse, EventShape::SeasonalPulse},
                                                {kLocalTrend, EventShape::Ramp}};
-  const int span = std::max(1, static_cast<int>(fit.n));
   for (const auto& [type, shape] : shapes) {
     int count = 0;
     double squares = 0.0;
