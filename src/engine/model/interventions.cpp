@@ -273,6 +273,9 @@ int Weakest(const std::vector<double>& t_values, int max_count, double critical)
 
 }  // namespace
 
+// Long on purpose: its stages (search and re-estimation until the same effects come back,
+// settling of places, pruning, the final fit, the trends-first reading) pass the effects, the
+// fit and the trail from one to the next, and each stage is marked below.
 DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
                                     const DetectionOptions& opt) {
   DetectionResult res;
