@@ -14,8 +14,9 @@
 //
 //   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
 //                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
-//                         [--only PREFIX] [--origins N] [--long] [--plain]
+//                         [--only PREFIX] [--origins N] [--long] [--plain] [--combination]
 // --plain adds automatic modelling without power transforms (auto.arima's default).
+// --combination adds the forecast combination (objective 98) as a row of its own.
 // --calibration N runs N series of each of a few known processes instead (see MakeCalibration).
 #include <algorithm>
 #include <chrono>
@@ -383,7 +384,7 @@ void PrintRow(const char* who, const std::string& group, const Summary& s) {
 
 int main(int argc, char** argv) {
   fs::path data = fs::path(ENGINE_ACCURACY_DIR) / "data";
-  bool with_r = true, verbose = false, with_plain = false;
+  bool with_r = true, verbose = false, with_plain = false, with_combination = false;
   int reps = 3;
   int calibration = 0;  // series per known process; 0: the benchmark set
   int origin_count = 3;
@@ -405,6 +406,7 @@ int main(int argc, char** argv) {
     else if (a == "--no-detection") rules.sufficiency_deterministic = false;
     else if (a == "--variance-change") rules.variance_change = true;
     else if (a == "--plain") with_plain = true;
+    else if (a == "--combination") with_combination = true;
     else if (a == "--r-cache" && i + 1 < argc) r_cache = argv[++i];
     else if (a == "--calibration" && i + 1 < argc) calibration = std::max(1, std::atoi(argv[++i]));
     else if (a == "--reps" && i + 1 < argc) reps = std::max(1, std::atoi(argv[++i]));
@@ -431,7 +433,7 @@ int main(int argc, char** argv) {
 
   // Ours under the chosen rules at both coverages (the same model: the rules differ only in
   // the limits' coverage), timed at the last origin as the best of several runs.
-  auto run_ours = [&](const quorvane::EngineRules& rr, std::vector<double>* monthly_ms) {
+  auto run_ours = [&](const quorvane::EngineRules& rr, std::vector<double>* monthly_ms, int objective = 0) {
     std::map<std::string, std::vector<Outcome>> per_series;
     for (const Origin& o : origins) {
       const Series& s = *o.series;
@@ -440,6 +442,7 @@ int main(int argc, char** argv) {
       p.y.assign(s.values.begin(), s.values.begin() + o.n);
       p.seasonality = s.period;
       p.horizon = o.h;
+      p.objective = objective;
       p.rules = rr;
       p.rules.forecast_confidence = 95.0;
       double best_ms = 1e300;
@@ -470,6 +473,8 @@ int main(int argc, char** argv) {
     rr.lambdas = {1.0};
     plain = run_ours(rr, nullptr);
   }
+  std::map<std::string, Outcome> combined;
+  if (with_combination) combined = run_ours(rules, nullptr, 98);
   // R's answers by method and series, averaged over the origins alike.
   std::map<std::string, std::map<std::string, Outcome>> theirs;
   const char* kMethods[] = {"auto.arima", "ets"};
@@ -506,9 +511,9 @@ int main(int argc, char** argv) {
   }
 
   // Summaries over the series that every method could forecast.
-  std::map<std::string, Summary> sum_ours, sum_plain;
+  std::map<std::string, Summary> sum_ours, sum_plain, sum_combined;
   std::map<std::string, std::map<std::string, Summary>> sum_theirs;
-  Summary all_ours, all_plain;
+  Summary all_ours, all_plain, all_combined;
   std::map<std::string, Summary> all_theirs;
   for (const Series& s : all) {
     const Outcome& o = ours[s.name];
@@ -516,12 +521,17 @@ int main(int argc, char** argv) {
     bool every = true;
     for (const auto& [method, m] : theirs)
       if (!m.count(s.name) || !m.at(s.name).ok) every = false;
+    if (with_combination && !combined[s.name].ok) every = false;
     if (!every) continue;
     sum_ours[s.group].Add(o);
     all_ours.Add(o);
     if (with_plain) {
       sum_plain[s.group].Add(plain[s.name]);
       all_plain.Add(plain[s.name]);
+    }
+    if (with_combination) {
+      sum_combined[s.group].Add(combined[s.name]);
+      all_combined.Add(combined[s.name]);
     }
     for (auto& [method, m] : theirs) {
       sum_theirs[method][s.group].Add(m[s.name]);
@@ -542,11 +552,13 @@ int main(int argc, char** argv) {
   for (const auto& [group, s] : sum_ours) {
     PrintRow("ours", group, s);
     if (sum_plain.count(group)) PrintRow("ours lambda 1", group, sum_plain[group]);
+    if (sum_combined.count(group)) PrintRow("combination", group, sum_combined[group]);
     for (auto& [method, m] : sum_theirs)
       if (m.count(group)) PrintRow(method.c_str(), group, m[group]);
   }
   PrintRow("ours", "all", all_ours);
   if (with_plain) PrintRow("ours lambda 1", "all", all_plain);
+  if (with_combination) PrintRow("combination", "all", all_combined);
   for (auto& [method, m] : all_theirs) PrintRow(method.c_str(), "all", m);
   if (!have_r && with_r) std::printf("  (auto.arima not run: Rscript or R's forecast package is missing)\n");
   if (have_r && all_theirs["auto.arima"].mase > 0)

@@ -171,16 +171,21 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   for (int t = 0; t < n; ++t) {
     if (!(f > 0.0) || !std::isfinite(f)) return out;
     const double v1 = w[t] - aw[0];
-    const double v2 = 1.0 - ax[0];
+    const double v2 = with_mean ? 1.0 - ax[0] : 0.0;
     vw[t] = v1;
     vx[t] = v2;
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
     advance(aw);
-    advance(ax);
-    for (int i = 0; i < r; ++i) {
-      aw[i] += G[i] * v1 / f;
-      ax[i] += G[i] * v2 / f;
+    if (with_mean) {
+      advance(ax);
+      for (int i = 0; i < r; ++i) {
+        aw[i] += G[i] * v1 / f;
+        ax[i] += G[i] * v2 / f;
+      }
+    } else {
+      // Without a mean the unit series' filter is not needed: its errors stay unused.
+      for (int i = 0; i < r; ++i) aw[i] += G[i] * v1 / f;
     }
     if (!steady) {
       // f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f', M' = M f' / f.
@@ -240,6 +245,81 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     for (int i = 0; i < r; ++i) out.state[i] = aw[i] - beta * ax[i];
   }
   out.ok = true;
+  return out;
+}
+
+std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vector<double>*>& series,
+                                               const std::vector<double>& phi, const std::vector<double>& theta) {
+  const int k = static_cast<int>(series.size());
+  std::vector<std::vector<double>> out(k);
+  if (k == 0) return out;
+  const int n = static_cast<int>(series[0]->size());
+  for (const auto* x : series)
+    if (static_cast<int>(x->size()) != n) return out;
+  if (n < 1) return out;
+  const int p = static_cast<int>(phi.size());
+  const int q = static_cast<int>(theta.size());
+  const int r = std::max(p, q + 1);
+  const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
+  if (gamma.empty()) return out;
+  // The filter of ArmaExactLikelihood, step for step, with one state per series.
+  std::vector<int> lag;
+  std::vector<double> coef;
+  for (int i = 1; i <= p; ++i)
+    if (phi[i - 1] != 0.0) {
+      lag.push_back(i);
+      coef.push_back(phi[i - 1]);
+    }
+  const int nz = static_cast<int>(lag.size());
+  auto advance = [&](std::vector<double>& a) {
+    double last = 0.0;
+    for (int m = 0; m < nz; ++m) last += coef[m] * a[r - lag[m]];
+    for (int i = 0; i + 1 < r; ++i) a[i] = a[i + 1];
+    a[r - 1] = last;
+  };
+  std::vector<std::vector<double>> a(k, std::vector<double>(r, 0.0)), v(k, std::vector<double>(n));
+  std::vector<double> G(r), W(r), TW(r), F(n);
+  double f = gamma[0];
+  for (int i = 0; i < r; ++i) G[i] = gamma[i];
+  advance(G);
+  W = G;
+  double M = -1.0 / f;
+  bool steady = false;
+  for (int t = 0; t < n; ++t) {
+    if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
+    F[t] = f;
+    for (int j = 0; j < k; ++j) {
+      std::vector<double>& aj = a[j];
+      const double e = (*series[j])[t] - aj[0];
+      v[j][t] = e;
+      advance(aj);
+      for (int i = 0; i < r; ++i) aj[i] += G[i] * e / f;
+    }
+    if (!steady) {
+      const double w0 = W[0];
+      TW = W;
+      advance(TW);
+      const double fn = f + M * w0 * w0;
+      for (int i = 0; i < r; ++i) {
+        const double g = G[i];
+        G[i] = g + TW[i] * M * w0;
+        W[i] = (TW[i] * f - g * w0) / fn;
+      }
+      M = M * fn / f;
+      f = fn;
+      if (std::fabs(f - 1.0) < 1e-9) steady = true;
+    }
+  }
+  double sumlogf = 0.0;
+  for (int t = 0; t < n; ++t) sumlogf += std::log(F[t]);
+  const double g = std::exp(sumlogf / (2.0 * n));
+  for (int j = 0; j < k; ++j) {
+    double ssq = 0.0;
+    for (int t = 0; t < n; ++t) ssq += v[j][t] * v[j][t] / F[t];
+    if (!std::isfinite(ssq) || !(ssq > 1e-24 * ssq)) continue;
+    out[j].resize(n);
+    for (int t = 0; t < n; ++t) out[j][t] = v[j][t] / std::sqrt(F[t]) * g;
+  }
   return out;
 }
 

@@ -61,6 +61,14 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
                                    const std::vector<double>& theta, bool with_mean,
                                    bool keep_series = false);
 
+// The scaled residuals of ArmaExactLikelihood (without a mean) of several series of one
+// length under one ARMA, in one pass: the filter's gains depend on the model alone, so they
+// are computed once for all the series. out[j] is empty where series j cannot be whitened
+// (the model fits it exactly, or a value is not finite); all are empty when the model
+// cannot be filtered.
+std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vector<double>*>& series,
+                                               const std::vector<double>& phi, const std::vector<double>& theta);
+
 // Conditional-sum-of-squares residuals (the first p values are conditioned on, residuals
 // before them set to zero). Length n - p (empty when n <= p).
 std::vector<double> CssResiduals(const std::vector<double>& w, double mean, const std::vector<double>& phi,

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "engine/model.h"
+#include "engine/model/combination.h"
 #include "engine/model/equation_text.h"
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
@@ -32,6 +33,8 @@ constexpr int16_t kCodeCuriousValue = 2189;
 // Half the 95 % point of a chi-square with one degree of freedom.
 constexpr double kTransformGain = 1.92;
 constexpr int kMinForTransform = 30;
+// Origins of the check of the limits on the series' own last periods.
+constexpr int kHoldoutOrigins = 6;
 
 std::string FormatInt(const char* fmt, int v) {
   char buf[256];
@@ -167,8 +170,9 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
 
 // How much wider the limits must be than the model says, judged on the model's own last
 // periods: the orders are estimated again on the series up to an origin a horizon (at most a
-// fifth of the series) before its end, and again half that earlier, and their forecasts are
-// set against the values that followed. The mean of the squared errors over the variances the
+// fifth of the series) before its end, and again every half horizon earlier (six origins at
+// most, as far as the series can spare them), and their forecasts are set against the values
+// that followed. The mean of the squared errors over the variances the
 // limits rest on is 1 when the limits are right; they are not when the coefficients, the
 // choice of the model or the recent behaviour of the series make the forecasts err more than
 // the innovations alone. That mean, shrunk towards 1 by a horizon's worth of weight, gives the
@@ -185,7 +189,9 @@ double HoldoutFactor(const std::vector<double>& u, const ArimaFit& fit, int hori
   quick.max_iterations = 10;
   double ratio = 0.0;
   int count = 0;
-  for (int o : {n - H, n - H - std::max(1, H / 2), n - 2 * H}) {
+  const int step = std::max(1, H / 2);
+  for (int k = 0; k < kHoldoutOrigins; ++k) {
+    const int o = n - H - k * step;
     if (o - burn < std::max(20, 3 * fit.orders.FreeCount() + 10)) continue;
     if (fit.orders.D > 0 && o < 3 * fit.orders.period) continue;
     const std::vector<double> head(u.begin(), u.begin() + o);
@@ -272,17 +278,25 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
 
 // What the forecast limits allow for beyond the model taken as known: the estimation
 // (EstimationAllowances), and the interventions found, which stand for events that may
-// happen again, at the rate and of the size seen: a model that explains the past by a few
+// happen again (level shifts, seasonal pulses and trends as recurring events; pulses within
+// the innovations), at the rate and of the size seen: a model that explains the past by a few
 // shifts must not forecast as if the future held none. `sigma2` is the variance the limits
 // start from (the fit's, or the last segment's after a change of variance).
 LimitAllowances ForecastAllowances(const ArimaFit& fit, double sigma2, const std::vector<DetectedIntervention>& found) {
+  const int span = std::max(1, static_cast<int>(fit.n));
+  // Pulses are one-period shocks like the innovations, only larger: the ones found are taken
+  // back into the innovation variance the limits rest on, as if they had not been removed.
+  // They are the largest errors of the sample, picked out, and a variance without them
+  // understates the spread of the errors to come.
+  double pulse_squares = 0.0;
+  for (const DetectedIntervention& d : found)
+    if (d.type == kPulse) pulse_squares += d.impact * d.impact;
   LimitAllowances a = EstimationAllowances(
-      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()), sigma2);
-  const std::pair<int, EventShape> shapes[] = {{kPulse, EventShape::Pulse},
-                                               {kLevelShift, EventShape::Step},
+      fit, fit.orders.FreeCount() + (fit.orders.constant ? 1 : 0) + static_cast<int>(found.size()),
+      sigma2 + pulse_squares / span);
+  const std::pair<int, EventShape> shapes[] = {{kLevelShift, EventShape::Step},
                                                {kSeasonalPulse, EventShape::SeasonalPulse},
                                                {kLocalTrend, EventShape::Ramp}};
-  const int span = std::max(1, static_cast<int>(fit.n));
   for (const auto& [type, shape] : shapes) {
     int count = 0;
     double squares = 0.0;
@@ -342,43 +356,57 @@ ModelResult FitAndForecast(const ModelingProblem& problem, const StageCallback& 
 
 namespace {
 
-ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
-  // Presets, the user's model and problems with input series are models of a given
-  // structure or transfer functions (structured.h), which come back here for one series.
-  if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
-      !problem.inputs.empty())
-    return FitModel(problem, on_stage);
-  // Intermittent demand under its rule: Croston-type modelling, or the usual way with a note.
-  if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
-  ModelResult r;
-  const EngineRules& rules = problem.rules;
-  auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
+// What automatic modelling carries from one step to the next: the series as given (missing
+// values filled), on the model's scale, the choices made so far and the model as it stands.
+struct AutomaticWork {
+  std::vector<double> y;              // the output series, missing values filled
+  std::vector<double> z;              // transformed and scaled
+  int n = 0;
+  int horizon = 0;
+  int period = 1;
+  double coverage = 95.0;
+  double lambda = 1.0;
+  double scale = 1.0;
+  ConvergenceCriteria crit;
+  SearchOptions so;
+  ArimaFit fit;
+  std::vector<DetectedIntervention> found;
+  std::vector<double> effects;        // of the interventions and seasonal dummies, n + horizon
+  RegressionArimaFit with_effects;
+  SeasonalFixup fixup;
+  int first_position = 0;             // place in the cycle of the first observation
+};
 
-  // Data preparation.
-  if (!stage(Stage::DataPreparation)) return r;
+// Data preparation: the arrays checked, missing values filled, the horizon, the period and
+// the convergence criteria. False when r is final (an error, or a series too short or
+// constant to model, answered by a constant forecast).
+bool PrepareSeries(const ModelingProblem& problem, ModelResult& r, AutomaticWork& w) {
+  const EngineRules& rules = problem.rules;
   if (problem.objective != 0)
     r.warnings.push_back(FormatInt(texts::kObjectiveAsAutomatic, problem.objective));
-  std::vector<double> y = problem.y;
-  const int n = static_cast<int>(y.size());
+  std::vector<double>& y = w.y;
+  y = problem.y;
+  const int n = w.n = static_cast<int>(y.size());
   if (n == 0) {
     r.error_code = kCodeObservations;
-    return r;
+    return false;
   }
   for (double v : y)
     if (!std::isfinite(v)) {
       r.error_code = kCodeCuriousValue;
-      return r;
+      return false;
     }
   const int filled = FillMissing(y);
   if (filled == n) {
     r.error_code = kCodeObservations;
-    return r;
+    return false;
   }
   if (filled > 0) r.warnings.push_back(FormatInt(texts::kMissingInterpolated, filled));
 
-  const int horizon = ForecastHorizon(problem, r.warnings);
-  const double coverage = rules.forecast_confidence;
-  int period = problem.seasonality > 1 ? problem.seasonality : 1;
+  const int horizon = w.horizon = ForecastHorizon(problem, r.warnings);
+  w.coverage = rules.forecast_confidence;
+  int& period = w.period;
+  period = problem.seasonality > 1 ? problem.seasonality : 1;
   {
     const double lo = *std::min_element(y.begin(), y.end());
     const double hi = *std::max_element(y.begin(), y.end());
@@ -387,12 +415,12 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                                              ", seasonality " + std::to_string(problem.seasonality) + "."});
     if (!(hi - lo > 1e-12 * std::max(std::fabs(lo), std::fabs(hi)))) {
       Trivial(r, y, horizon, texts::kConstantSeries);
-      return r;
+      return false;
     }
   }
   if (n < 3) {
     Trivial(r, y, horizon, texts::kTooFewObservations);
-    return r;
+    return false;
   }
   // Seasonal terms need at least two full periods beyond the first.
   if (period > 1 && n < 2 * period + 3) {
@@ -400,68 +428,74 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                                              std::to_string(period) + "; none are used."});
     period = 1;
   }
-  ConvergenceCriteria crit;
+  ConvergenceCriteria& crit = w.crit;
   crit.sse_change_pct = rules.sse_change_pct;
   crit.parameter_change_pct = rules.parameter_change_pct;
   crit.max_iterations = rules.estimation_enabled ? std::max(0, rules.max_iterations) : 0;
   if (!rules.estimation_enabled) r.warnings.push_back(texts::kEstimationDisabled);
+  return true;
+}
 
-  // Box-Cox power from the rules' list by profile likelihood (with the Jacobian), under
-  // a fixed ARIMA(1,d,1)(0,D,1) whose differencing comes from the untransformed series.
+// Box-Cox power from the rules' list by profile likelihood (with the Jacobian), under
+// a fixed ARIMA(1,d,1)(0,D,1) whose differencing comes from the untransformed series.
+double ChoosePower(const EngineRules& rules, const std::vector<double>& y, int period, const ConvergenceCriteria& crit,
+                   ModelResult& r) {
+  const int n = static_cast<int>(y.size());
   double lambda = 1.0;
-  {
-    std::vector<double> candidates;
-    for (double l : rules.lambdas)
-      if (std::isfinite(l) && l >= -1.0 && l <= 1.0 && PowerApplies(y, l)) candidates.push_back(l);
-    const bool only_none =
-        candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
-    if (!only_none && n < kMinForTransform) {
-      r.notes.push_back({texts::kHeadTransform, "Too few observations (" + std::to_string(n) +
-                                                    ") to choose a power transform; none is used."});
-    } else if (!only_none) {
-      const int D0 = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
-      const int d0 = RegularDifferences(Difference(y, period, D0), 2, nullptr);
-      ArimaOrders s;
-      s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
-      s.constant = d0 + D0 <= 1;
-      double best = -std::numeric_limits<double>::infinity();
-      double ll_none = -std::numeric_limits<double>::infinity();
-      std::string story;
-      for (double l : candidates) {
-        const std::vector<double> zl = BoxCox(y, l);
-        const double sc = ScaleOf(zl);
-        ConvergenceCriteria quick = crit;
-        quick.max_iterations = std::min(std::max(crit.max_iterations, 5), 10);
-        const ArimaFit f = FitArima(Scaled(zl, sc), s, quick, false);
-        if (!f.ok) continue;
-        const int burn = n - f.n;
-        const double ll = f.loglik - f.n * std::log(sc) + BoxCoxLogJacobian(y, l, burn);
-        story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
-        if (std::fabs(l - 1.0) < 1e-12) ll_none = ll;
-        if (ll > best) {
-          best = ll;
-          lambda = l;
-        }
+  std::vector<double> candidates;
+  for (double l : rules.lambdas)
+    if (std::isfinite(l) && l >= -1.0 && l <= 1.0 && PowerApplies(y, l)) candidates.push_back(l);
+  const bool only_none =
+      candidates.empty() || (candidates.size() == 1 && std::fabs(candidates[0] - 1.0) < 1e-12);
+  if (!only_none && n < kMinForTransform) {
+    r.notes.push_back({texts::kHeadTransform, "Too few observations (" + std::to_string(n) +
+                                                  ") to choose a power transform; none is used."});
+  } else if (!only_none) {
+    const int D0 = period > 1 ? SeasonalDifferences(y, period, nullptr) : 0;
+    const int d0 = RegularDifferences(Difference(y, period, D0), 2, nullptr);
+    ArimaOrders s;
+    s.p = 1; s.q = 1; s.d = d0; s.D = D0; s.Q = period > 1 ? 1 : 0; s.period = period;
+    s.constant = d0 + D0 <= 1;
+    double best = -std::numeric_limits<double>::infinity();
+    double ll_none = -std::numeric_limits<double>::infinity();
+    std::string story;
+    for (double l : candidates) {
+      const std::vector<double> zl = BoxCox(y, l);
+      const double sc = ScaleOf(zl);
+      ConvergenceCriteria quick = crit;
+      quick.max_iterations = std::min(std::max(crit.max_iterations, 5), 10);
+      const ArimaFit f = FitArima(Scaled(zl, sc), s, quick, false);
+      if (!f.ok) continue;
+      const int burn = n - f.n;
+      const double ll = f.loglik - f.n * std::log(sc) + BoxCoxLogJacobian(y, l, burn);
+      story += "lambda " + Format("%.2f", l) + ": log-likelihood " + Format("%.3f", ll) + "; ";
+      if (std::fabs(l - 1.0) < 1e-12) ll_none = ll;
+      if (ll > best) {
+        best = ll;
+        lambda = l;
       }
-      // A transform must earn its place: without a clear gain in likelihood (a
-      // likelihood-ratio test at 5 %, one degree of freedom) the series stays as it is, since
-      // a needless power bends the forecasts of a trending series.
-      if (std::isfinite(ll_none) && best - ll_none < kTransformGain) {
-        if (std::fabs(lambda - 1.0) > 1e-12) story += "gain below " + Format("%.2f", kTransformGain) + "; ";
-        lambda = 1.0;
-      }
-      r.notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", lambda) + "."});
-    } else {
-      r.notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
     }
+    // A transform must earn its place: without a clear gain in likelihood (a
+    // likelihood-ratio test at 5 %, one degree of freedom) the series stays as it is, since
+    // a needless power bends the forecasts of a trending series.
+    if (std::isfinite(ll_none) && best - ll_none < kTransformGain) {
+      if (std::fabs(lambda - 1.0) > 1e-12) story += "gain below " + Format("%.2f", kTransformGain) + "; ";
+      lambda = 1.0;
+    }
+    r.notes.push_back({texts::kHeadTransform, story + "chosen lambda " + Format("%.2f", lambda) + "."});
+  } else {
+    r.notes.push_back({texts::kHeadTransform, "No power transform (lambda 1)."});
   }
-  r.lambda = lambda;
-  const std::vector<double> zt = BoxCox(y, lambda);
-  const double scale = ScaleOf(zt);
-  const std::vector<double> z = Scaled(zt, scale);
+  return lambda;
+}
 
-  // Identification.
-  if (!stage(Stage::Identification)) return r;
+// Identification: the differencing from the unit-root tests, then the ARMA orders by the
+// stepwise search (simpler models when it finds none that can be estimated). False when r
+// is final.
+bool IdentifyOrders(ModelResult& r, AutomaticWork& w, ArimaFit& best) {
+  const std::vector<double>& z = w.z;
+  const int n = w.n, period = w.period;
+  const ConvergenceCriteria& crit = w.crit;
   int D = 0;
   if (period > 1) {
     double strength = 0.0;
@@ -481,14 +515,14 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     r.notes.push_back({texts::kHeadDifferencing, text + std::to_string(d) + " regular difference(s)."});
   }
 
-  SearchOptions so;
+  SearchOptions& so = w.so;
   so.criteria = crit;
   // Long periods make the state large (its size grows with the period times P or Q):
   // weekly and longer cycles get one seasonal term at most, very long ones none.
   if (period > 60) so.max_P = so.max_Q = 0;
   else if (period > 24) so.max_P = so.max_Q = 1;
   std::vector<SearchStep> trail;
-  ArimaFit best = StepwiseSearch(z, d, D, period, so, &trail);
+  best = StepwiseSearch(z, d, D, period, so, &trail);
   {
     std::string text;
     for (const SearchStep& s : trail)
@@ -509,41 +543,94 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
       if (best.ok) break;
     }
     if (!best.ok) {
-      Trivial(r, y, horizon, texts::kTooFewObservations);
-      return r;
+      Trivial(r, w.y, w.horizon, texts::kTooFewObservations);
+      return false;
     }
   }
+  return true;
+}
 
-  // Constancy of parameters: when they changed, the latest stable segment is modelled alone.
-  if (rules.constancy && problem.inputs.empty()) {
-    const ParameterChange pc = TestConstancy(z, best.orders, crit, rules.constancy_level, rules.min_group_size);
-    const std::string at = ObservationPeriodText(pc.index, problem.seasonality, problem.begin_year, problem.begin_period);
-    if (pc.found) {
-      ModelResult seg = ModelLatestSegment(problem, pc.index, on_stage);
-      const std::string why = "The parameters of the model changed at " + at + " (F " + Format("%.2f", pc.statistic) +
-                              ", critical " + Format("%.2f", pc.critical) + "); the model was fitted to the " +
-                              std::to_string(n - pc.index) + " observations from then on.";
-      seg.notes.insert(seg.notes.begin(), r.notes.begin(), r.notes.end());
-      seg.notes.insert(seg.notes.begin() + static_cast<long>(r.notes.size()), {kHeadConstancy, why});
-      seg.warnings.push_back(why);
-      DiagnosticChange change;
-      change.observation = pc.index + 1;
-      change.statistic = pc.statistic;
-      change.critical = pc.critical;
-      seg.parameter_changes.push_back(change);
-      return seg;
-    }
-    r.notes.push_back({kHeadConstancy, pc.breaks_tried == 0
-                                           ? std::string("Too few observations to test the constancy of parameters.")
-                                           : "No change of parameters at " + Format("%.1f", rules.constancy_level) +
-                                                 " % (largest F " + Format("%.2f", pc.statistic) + " at " + at +
-                                                 ", critical " + Format("%.2f", pc.critical) + ")."});
+// Constancy of parameters: when they changed, the latest stable segment is modelled alone
+// and its result is the answer (true, in `segment`).
+bool ChangedParameters(const ModelingProblem& problem, const StageCallback& on_stage, ModelResult& r,
+                       const AutomaticWork& w, const ArimaFit& best, ModelResult& segment) {
+  const EngineRules& rules = problem.rules;
+  const std::vector<double>& z = w.z;
+  const int n = w.n;
+  const ConvergenceCriteria& crit = w.crit;
+  const ParameterChange pc = TestConstancy(z, best.orders, crit, rules.constancy_level, rules.min_group_size);
+  const std::string at = ObservationPeriodText(pc.index, problem.seasonality, problem.begin_year, problem.begin_period);
+  if (pc.found) {
+    ModelResult seg = ModelLatestSegment(problem, pc.index, on_stage);
+    const std::string why = "The parameters of the model changed at " + at + " (F " + Format("%.2f", pc.statistic) +
+                            ", critical " + Format("%.2f", pc.critical) + "); the model was fitted to the " +
+                            std::to_string(n - pc.index) + " observations from then on.";
+    seg.notes.insert(seg.notes.begin(), r.notes.begin(), r.notes.end());
+    seg.notes.insert(seg.notes.begin() + static_cast<long>(r.notes.size()), {kHeadConstancy, why});
+    seg.warnings.push_back(why);
+    DiagnosticChange change;
+    change.observation = pc.index + 1;
+    change.statistic = pc.statistic;
+    change.critical = pc.critical;
+    seg.parameter_changes.push_back(change);
+    segment = std::move(seg);
+    return true;
   }
+  r.notes.push_back({kHeadConstancy, pc.breaks_tried == 0
+                                         ? std::string("Too few observations to test the constancy of parameters.")
+                                         : "No change of parameters at " + Format("%.1f", rules.constancy_level) +
+                                               " % (largest F " + Format("%.2f", pc.statistic) + " at " + at +
+                                               ", critical " + Format("%.2f", pc.critical) + ")."});
+  return false;
+}
 
-  // Estimation: the chosen orders again with standard errors; the necessity test drops
-  // the least significant term and estimates again while one is not significant.
-  if (!stage(Stage::Estimation)) return r;
-  ArimaFit fit = FitArima(z, best.orders, crit, true);
+// The least significant term dropped and the model estimated again while one is not
+// significant at the rules' necessity level.
+void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, const ConvergenceCriteria& crit,
+                       ArimaFit& fit, ModelResult& r) {
+  const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
+  std::string text;
+  for (int round = 0; round < 20; ++round) {
+    std::vector<TermRef> refs;
+    const std::vector<Coefficient> cs = Coefficients(fit, &refs);
+    int worst = -1;
+    double worst_p = alpha;
+    for (size_t i = 0; i < cs.size(); ++i)
+      if (cs[i].std_error > 0.0 && cs[i].p_value > worst_p) {
+        worst_p = cs[i].p_value;
+        worst = static_cast<int>(i);
+      }
+    if (worst < 0) break;
+    ArimaOrders s = fit.orders;
+    const TermRef ref = refs[worst];
+    auto hold = [](std::vector<bool>& zero, int order, int index) {
+      zero.resize(order, false);
+      zero[index] = true;
+    };
+    switch (ref.group) {
+      case 0: hold(s.ar_zero, s.p, ref.index); break;
+      case 1: hold(s.ma_zero, s.q, ref.index); break;
+      case 2: hold(s.sar_zero, s.P, ref.index); break;
+      case 3: hold(s.sma_zero, s.Q, ref.index); break;
+      default: s.constant = false; break;
+    }
+    TrimOrders(s);
+    const ArimaFit next = FitArima(z, s, crit, true);
+    if (!next.ok) break;
+    text += cs[worst].term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
+    fit = next;
+  }
+  r.notes.push_back({texts::kHeadNecessity,
+                     (text.empty() ? std::string("Every term is significant at ") + Format("%.1f", rules.necessity_level) + " %."
+                                   : text)});
+}
+
+// Estimation: the chosen orders again with standard errors; sufficiency, then necessity.
+void EstimateModel(const EngineRules& rules, ModelResult& r, AutomaticWork& w, const ArimaFit& best) {
+  const std::vector<double>& z = w.z;
+  const ConvergenceCriteria& crit = w.crit;
+  ArimaFit& fit = w.fit;
+  fit = FitArima(z, best.orders, crit, true);
   if (!fit.ok) fit = best;
   // Sufficiency first, so that the final model passes the necessity test whatever the
   // two levels.
@@ -551,52 +638,25 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     const std::string text = Sufficiency(z, fit, crit, rules.sufficiency_ss_level);
     r.notes.push_back({texts::kHeadSufficiency, text});
   }
-  if (rules.necessity) {
-    const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
-    std::string text;
-    for (int round = 0; round < 20; ++round) {
-      std::vector<TermRef> refs;
-      const std::vector<Coefficient> cs = Coefficients(fit, &refs);
-      int worst = -1;
-      double worst_p = alpha;
-      for (size_t i = 0; i < cs.size(); ++i)
-        if (cs[i].std_error > 0.0 && cs[i].p_value > worst_p) {
-          worst_p = cs[i].p_value;
-          worst = static_cast<int>(i);
-        }
-      if (worst < 0) break;
-      ArimaOrders s = fit.orders;
-      const TermRef ref = refs[worst];
-      auto hold = [](std::vector<bool>& zero, int order, int index) {
-        zero.resize(order, false);
-        zero[index] = true;
-      };
-      switch (ref.group) {
-        case 0: hold(s.ar_zero, s.p, ref.index); break;
-        case 1: hold(s.ma_zero, s.q, ref.index); break;
-        case 2: hold(s.sar_zero, s.P, ref.index); break;
-        case 3: hold(s.sma_zero, s.Q, ref.index); break;
-        default: s.constant = false; break;
-      }
-      TrimOrders(s);
-      const ArimaFit next = FitArima(z, s, crit, true);
-      if (!next.ok) break;
-      text += cs[worst].term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
-      fit = next;
-    }
-    r.notes.push_back({texts::kHeadNecessity,
-                       (text.empty() ? std::string("Every term is significant at ") + Format("%.1f", rules.necessity_level) + " %."
-                                     : text)});
-  }
+  if (rules.necessity) DropUnneededTerms(rules, z, crit, fit, r);
   if (!fit.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
+}
 
-  // Interventions: unusual events found and estimated together with the model, which may
-  // then differ from the one identified (see DetectWithIdentification).
-  std::vector<DetectedIntervention> found;
-  std::vector<double> effects;
-  RegressionArimaFit with_effects;
+// Interventions: unusual events found and estimated together with the model, which may
+// then differ from the one identified (see DetectWithIdentification); then seasonal pulses
+// at several periods of the cycle replaced by a full set of seasonal dummies when that
+// fits better.
+void FindInterventions(const ModelingProblem& problem, ModelResult& r, AutomaticWork& w) {
+  const EngineRules& rules = problem.rules;
+  const std::vector<double>& z = w.z;
+  const int n = w.n, period = w.period, horizon = w.horizon;
+  const ConvergenceCriteria& crit = w.crit;
+  ArimaFit& fit = w.fit;
+  std::vector<DetectedIntervention>& found = w.found;
+  std::vector<double>& effects = w.effects;
+  RegressionArimaFit& with_effects = w.with_effects;
   if (rules.sufficiency_deterministic && crit.max_iterations > 0) {
-    const DetectionResult det = DetectWithIdentification(z, fit, DetectionOptionsFromRules(rules, period, crit), so);
+    const DetectionResult det = DetectWithIdentification(z, fit, DetectionOptionsFromRules(rules, period, crit), w.so);
     if (!det.found.empty() && det.fit.ok) {
       fit = det.fit.arima;
       found = det.found;
@@ -607,8 +667,8 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
   }
   // Seasonal pulses at several periods of the cycle: a full set of seasonal dummies tried in
   // their place. Not with the change-of-variance test, which weighs the interventions alone.
-  SeasonalFixup fixup;
-  const int first_position = ((problem.begin_period - 1) % period + period) % period;
+  SeasonalFixup& fixup = w.fixup;
+  const int first_position = w.first_position = ((problem.begin_period - 1) % period + period) % period;
   if (rules.fixup_seasonal_dummies && !found.empty() && !rules.variance_change) {
     fixup = TrySeasonalDummies(z, found, with_effects, period, first_position, horizon, crit);
     if (fixup.applied) {
@@ -621,59 +681,73 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
     }
     if (fixup.tried) r.notes.push_back({kHeadInterventions, fixup.note});
   }
-  const int dummy_count = static_cast<int>(fixup.dummies.size());
+}
 
-  // Discrete change of variance: the forecast limits rest on the variance of the last
-  // segment of the residuals.
-  if (rules.variance_change) {
-    if (found.empty()) {
-      with_effects = RegressionArimaFit{};
-      with_effects.ok = true;
-      with_effects.arima = fit;
-    }
-    int first = 0;
-    const std::vector<double> e = ModelInnovations(z, found, period, with_effects, first);
-    const std::vector<VarianceChange> changes =
-        FindVarianceChanges(e, first, rules.variance_level, rules.min_residuals_to_pool);
-    std::string text;
-    for (const VarianceChange& c : changes) {
-      DiagnosticChange change;
-      change.observation = c.index + 1;
-      change.before = c.before * scale * scale;
-      change.after = c.after * scale * scale;
-      change.statistic = c.statistic;
-      r.variance_changes.push_back(change);
-    }
-    for (const VarianceChange& c : changes)
-      text += "at " + ObservationPeriodText(c.index, problem.seasonality, problem.begin_year, problem.begin_period) +
-              " from " + Format("%.6g", c.before * scale * scale) + " to " + Format("%.6g", c.after * scale * scale) +
-              "; ";
-    if (changes.empty()) {
-      r.notes.push_back({kHeadVarianceChange, "No change of the residual variance at " +
-                                                  Format("%.1f", rules.variance_level) + " %."});
-    } else {
-      // Each one-step error weighted by the inverse of its segment's standard deviation: the
-      // noisy stretch no longer outweighs the quiet one, and the innovation variance that
-      // comes out is the last segment's, on which the limits rest.
-      std::vector<double> u = z;
-      for (int t = 0; t < n && t < static_cast<int>(effects.size()); ++t) u[t] -= effects[t];
-      const ArimaFit weighted = FitArimaWeighted(u, fit, SegmentScales(n, changes), crit);
-      const bool reweighted = weighted.ok;
-      if (reweighted) fit = weighted;
-      else fit.sigma2 = LastSegmentVariance(e, first, changes);
-      const std::string since = ObservationPeriodText(changes.back().index, problem.seasonality, problem.begin_year,
-                                                      problem.begin_period);
-      r.notes.push_back({kHeadVarianceChange, "The residual variance changed " + text +
-                                                  (reweighted ? "the model was estimated again with each observation "
-                                                                "weighted by the inverse of its segment's standard "
-                                                                "deviation; "
-                                                              : std::string()) +
-                                                  "the forecast limits use the variance since " + since + "."});
-      r.warnings.push_back("The residual variance changed; the forecast limits use the variance since " + since + ".");
-    }
+// Discrete change of variance: the forecast limits rest on the variance of the last
+// segment of the residuals.
+void AllowForVarianceChange(const ModelingProblem& problem, ModelResult& r, AutomaticWork& w) {
+  const EngineRules& rules = problem.rules;
+  const std::vector<double>& z = w.z;
+  const int n = w.n, period = w.period;
+  const double scale = w.scale;
+  ArimaFit& fit = w.fit;
+  const std::vector<DetectedIntervention>& found = w.found;
+  RegressionArimaFit& with_effects = w.with_effects;
+  if (found.empty()) {
+    with_effects = RegressionArimaFit{};
+    with_effects.ok = true;
+    with_effects.arima = fit;
   }
+  int first = 0;
+  const std::vector<double> e = ModelInnovations(z, found, period, with_effects, first);
+  const std::vector<VarianceChange> changes =
+      FindVarianceChanges(e, first, rules.variance_level, rules.min_residuals_to_pool);
+  std::string text;
+  for (const VarianceChange& c : changes) {
+    DiagnosticChange change;
+    change.observation = c.index + 1;
+    change.before = c.before * scale * scale;
+    change.after = c.after * scale * scale;
+    change.statistic = c.statistic;
+    r.variance_changes.push_back(change);
+  }
+  for (const VarianceChange& c : changes)
+    text += "at " + ObservationPeriodText(c.index, problem.seasonality, problem.begin_year, problem.begin_period) +
+            " from " + Format("%.6g", c.before * scale * scale) + " to " + Format("%.6g", c.after * scale * scale) +
+            "; ";
+  if (changes.empty()) {
+    r.notes.push_back({kHeadVarianceChange, "No change of the residual variance at " +
+                                                Format("%.1f", rules.variance_level) + " %."});
+  } else {
+    // Each one-step error weighted by the inverse of its segment's standard deviation: the
+    // noisy stretch no longer outweighs the quiet one, and the innovation variance that
+    // comes out is the last segment's, on which the limits rest.
+    std::vector<double> u = z;
+    for (int t = 0; t < n && t < static_cast<int>(w.effects.size()); ++t) u[t] -= w.effects[t];
+    const ArimaFit weighted = FitArimaWeighted(u, fit, SegmentScales(n, changes), w.crit);
+    const bool reweighted = weighted.ok;
+    if (reweighted) fit = weighted;
+    else fit.sigma2 = LastSegmentVariance(e, first, changes);
+    const std::string since = ObservationPeriodText(changes.back().index, problem.seasonality, problem.begin_year,
+                                                    problem.begin_period);
+    r.notes.push_back({kHeadVarianceChange, "The residual variance changed " + text +
+                                                (reweighted ? "the model was estimated again with each observation "
+                                                              "weighted by the inverse of its segment's standard "
+                                                              "deviation; "
+                                                            : std::string()) +
+                                                "the forecast limits use the variance since " + since + "."});
+    r.warnings.push_back("The residual variance changed; the forecast limits use the variance since " + since + ".");
+  }
+}
 
-  // Report the model on the scale of the data.
+// The model on the scale of the data: orders, coefficients, interventions and equation.
+void DescribeModel(const ModelingProblem& problem, ModelResult& r, const AutomaticWork& w) {
+  const ArimaFit& fit = w.fit;
+  const double scale = w.scale, lambda = w.lambda;
+  const std::vector<DetectedIntervention>& found = w.found;
+  const SeasonalFixup& fixup = w.fixup;
+  const int period = w.period, first_position = w.first_position;
+  const int dummy_count = static_cast<int>(fixup.dummies.size());
   ArimaFit shown = fit;
   shown.mean = fit.mean * scale;
   if (!shown.std_errors.empty() && fit.orders.constant) shown.std_errors.back() *= scale;
@@ -698,27 +772,70 @@ ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback
                                       TransformName(lambda, problem.output_name.empty() ? "Y" : problem.output_name)) +
                  "\n" + Equation(shown, 1.0, "N");
   }
+}
 
-  // Diagnosis and forecasts.
-  if (!stage(Stage::Diagnosis)) return r;
-  Finish(r, y, z, fit, lambda, scale, horizon, coverage, effects, static_cast<int>(found.size()) + dummy_count,
-         ForecastAllowances(fit, fit.sigma2, found), r.variance_changes.empty());
-  {
-    std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
-                       Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
-                       ", AIC " + Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + ".";
-    r.notes.push_back({texts::kHeadModel, text});
-    const int burn = n - fit.n;
-    if (burn > 0)
-      r.notes.push_back({texts::kHeadModel, "The first " + std::to_string(burn) +
-                                                " observation(s) start the differencing; their fitted values equal the actuals."});
-    r.notes.push_back({texts::kHeadDiagnosis,
-                       "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " + std::to_string(r.ljung_box_lags) +
-                           " lags, p-value " + Format("%.4f", r.ljung_box_p) + "; Jarque-Bera " +
-                           Format("%.3f", r.normality_stat) + ", p-value " + Format("%.4f", r.normality_p) +
-                           "; R-squared " + Format("%.4f", r.r_squared) + "; in-sample MAPE " +
-                           Format("%.3f", r.mape) + " %."});
+// Diagnosis and forecasts, and the notes that sum the model up.
+void DiagnoseAndForecast(ModelResult& r, const AutomaticWork& w) {
+  const ArimaFit& fit = w.fit;
+  const int n = w.n;
+  const double scale = w.scale;
+  const int dummy_count = static_cast<int>(w.fixup.dummies.size());
+  Finish(r, w.y, w.z, fit, w.lambda, scale, w.horizon, w.coverage, w.effects,
+         static_cast<int>(w.found.size()) + dummy_count, ForecastAllowances(fit, fit.sigma2, w.found),
+         r.variance_changes.empty());
+  std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
+                     Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
+                     ", AIC " + Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + ".";
+  r.notes.push_back({texts::kHeadModel, text});
+  const int burn = n - fit.n;
+  if (burn > 0)
+    r.notes.push_back({texts::kHeadModel, "The first " + std::to_string(burn) +
+                                              " observation(s) start the differencing; their fitted values equal the actuals."});
+  r.notes.push_back({texts::kHeadDiagnosis,
+                     "Ljung-Box Q " + Format("%.3f", r.ljung_box_q) + " over " + std::to_string(r.ljung_box_lags) +
+                         " lags, p-value " + Format("%.4f", r.ljung_box_p) + "; Jarque-Bera " +
+                         Format("%.3f", r.normality_stat) + ", p-value " + Format("%.4f", r.normality_p) +
+                         "; R-squared " + Format("%.4f", r.r_squared) + "; in-sample MAPE " +
+                         Format("%.3f", r.mape) + " %."});
+}
+
+ModelResult ModelAndForecast(const ModelingProblem& problem, const StageCallback& on_stage) {
+  // Presets, the user's model and problems with input series are models of a given
+  // structure or transfer functions (structured.h), which come back here for one series.
+  if (IsPresetObjective(problem.objective) || (problem.objective == 99 && !problem.start_model.empty()) ||
+      !problem.inputs.empty())
+    return FitModel(problem, on_stage);
+  // Intermittent demand under its rule: Croston-type modelling, or the usual way with a note.
+  if (problem.rules.intermittent) return FitIntermittentDemand(problem, on_stage, FitAndForecast);
+  if (problem.objective == kObjectiveCombination) return FitCombination(problem, on_stage, ModelAndForecast);
+  ModelResult r;
+  const EngineRules& rules = problem.rules;
+  auto stage = [&](Stage s) { return Stage_(on_stage, s, r); };
+  AutomaticWork w;
+
+  if (!stage(Stage::DataPreparation)) return r;
+  if (!PrepareSeries(problem, r, w)) return r;
+  w.lambda = r.lambda = ChoosePower(rules, w.y, w.period, w.crit, r);
+  const std::vector<double> zt = BoxCox(w.y, w.lambda);
+  w.scale = ScaleOf(zt);
+  w.z = Scaled(zt, w.scale);
+
+  if (!stage(Stage::Identification)) return r;
+  ArimaFit best;
+  if (!IdentifyOrders(r, w, best)) return r;
+  if (rules.constancy && problem.inputs.empty()) {
+    ModelResult segment;
+    if (ChangedParameters(problem, on_stage, r, w, best, segment)) return segment;
   }
+
+  if (!stage(Stage::Estimation)) return r;
+  EstimateModel(rules, r, w, best);
+  FindInterventions(problem, r, w);
+  if (rules.variance_change) AllowForVarianceChange(problem, r, w);
+  DescribeModel(problem, r, w);
+
+  if (!stage(Stage::Diagnosis)) return r;
+  DiagnoseAndForecast(r, w);
   return r;
 }
 

@@ -1,3 +1,6 @@
+// Intervention detection, the search: effects taken one at a time where their t-values pass
+// the critical value, their places settled together, the weakest dropped, and the noise
+// model re-identified with the effects known.
 #include "engine/model/interventions.h"
 
 #include <algorithm>
@@ -16,121 +19,13 @@
 #include "engine/model/series_stats.h"
 #include "engine/model/unit_root.h"
 
+#include "engine/model/intervention_parts.h"
+
 namespace quorvane {
 
-std::vector<double> InterventionRegressor(int type, int at, int period, int length) {
-  std::vector<double> x(std::max(length, 0), 0.0);
-  if (at < 0) return x;
-  const int s = period > 1 ? period : 0;
-  for (int t = at; t < length; ++t) {
-    switch (type) {
-      case kPulse: x[t] = t == at ? 1.0 : 0.0; break;
-      case kLevelShift: x[t] = 1.0; break;
-      case kSeasonalPulse: x[t] = (s > 0 ? (t - at) % s == 0 : t == at) ? 1.0 : 0.0; break;
-      case kLocalTrend: x[t] = static_cast<double>(t - at + 1); break;
-      default: break;
-    }
-  }
-  return x;
-}
-
-std::string InterventionTypeName(int type) {
-  switch (type) {
-    case kPulse: return "PULSE";
-    case kLevelShift: return "LEVEL SHIFT";
-    case kSeasonalPulse: return "SEASONAL PULSE";
-    case kLocalTrend: return "LOCAL TREND";
-    default: return "INTERVENTION";
-  }
-}
-
-std::vector<double> RemoveRegressors(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                     const std::vector<double>& beta) {
-  std::vector<double> u = z;
-  for (size_t j = 0; j < X.size() && j < beta.size(); ++j)
-    for (size_t t = 0; t < u.size() && t < X[j].size(); ++t) u[t] -= beta[j] * X[j][t];
-  return u;
-}
+using namespace intervention_parts;
 
 namespace {
-
-// Prediction errors scaled to a common variance: whitening under the ARMA's exact
-// covariance. Linear in the series for fixed coefficients, so regressions on whitened
-// columns are generalised least squares. The common factor of the core's scaled residuals
-// cancels in every ratio used here.
-bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const std::vector<double>& theta,
-            Eigen::VectorXd& out) {
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, false);
-  if (!L.ok) return false;
-  out = Eigen::Map<const Eigen::VectorXd>(L.scaled.data(), static_cast<int>(L.scaled.size()));
-  return out.allFinite();
-}
-
-// beta of w = Xw beta (+ mean) + ARMA noise. The mean column, when asked for, is estimated
-// alongside but not returned: the noise model keeps its own constant.
-GlsOutcome Gls(const std::vector<double>& w, const std::vector<std::vector<double>>& Xw,
-               const ArmaCoefficients& coef, bool with_mean) {
-  GlsOutcome out;
-  std::vector<double> phi, theta;
-  ExpandArma(coef, phi, theta);
-  const int m = static_cast<int>(w.size());
-  const int k = static_cast<int>(Xw.size());
-  const int cols = k + (with_mean ? 1 : 0);
-  if (m <= cols) return out;
-  Eigen::VectorXd ws;
-  if (!Whiten(w, phi, theta, ws)) return out;
-  Eigen::MatrixXd A(m, cols);
-  Eigen::VectorXd col;
-  for (int j = 0; j < k; ++j) {
-    if (!Whiten(Xw[j], phi, theta, col)) return out;
-    A.col(j) = col;
-  }
-  if (with_mean) {
-    if (!Whiten(std::vector<double>(m, 1.0), phi, theta, col)) return out;
-    A.col(k) = col;
-  }
-  return WhitenedLeastSquares(A, ws, k);
-}
-
-int BurnIn(const ArimaOrders& s) { return s.d + s.D * std::max(1, s.period); }
-
-// The first and last observation where an effect of the type can be told apart from the
-// model's own terms: nothing before the differencing has started; a step or a trend at the
-// very start is the constant or the drift; a step or a trend at the last observations is a
-// pulse; a seasonal pulse needs a second occurrence to differ from a pulse.
-std::pair<int, int> CandidateRange(int type, int n, const ArimaOrders& orders, const DetectionOptions& opt) {
-  const int burn = BurnIn(orders);
-  switch (type) {
-    case kPulse: return {burn, n - 1};
-    case kLevelShift: return {std::max(burn, 1), n - 2};
-    case kSeasonalPulse:
-      if (opt.period < 2) return {1, 0};
-      return {burn, n - 1 - opt.period};
-    case kLocalTrend: return {std::max(burn, 1) + 1, n - 3};
-    default: return {1, 0};
-  }
-}
-
-std::vector<int> EnabledTypes(const DetectionOptions& opt) {
-  std::vector<int> types;
-  if (opt.pulse) types.push_back(kPulse);
-  if (opt.level_shift) types.push_back(kLevelShift);
-  if (opt.seasonal_pulse && opt.period > 1) types.push_back(kSeasonalPulse);
-  if (opt.trend) types.push_back(kLocalTrend);
-  return types;
-}
-
-double Median(std::vector<double> v) {
-  if (v.empty()) return 0.0;
-  const size_t mid = v.size() / 2;
-  std::nth_element(v.begin(), v.begin() + mid, v.end());
-  double m = v[mid];
-  if (v.size() % 2 == 0) {
-    const double lo = *std::max_element(v.begin(), v.begin() + mid);
-    m = 0.5 * (m + lo);
-  }
-  return m;
-}
 
 std::string Place(int type, int index) {
   return InterventionTypeName(type) + " at observation " + std::to_string(index + 1);
@@ -152,13 +47,21 @@ std::string Label(int type, int index, double t) {
 // to try every place.
 bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const std::vector<double>& theta,
             Eigen::VectorXd& out, bool conditional) {
-  if (!conditional) return Whiten(w, phi, theta, out);
+  if (!conditional) return intervention_parts::Whiten(w, phi, theta, out);
   const int m = static_cast<int>(w.size());
   out.resize(m);
+  // Only the nonzero lags: a seasonal model's polynomials are mostly zeros.
+  std::vector<std::pair<int, double>> ar, ma;
+  for (size_t k = 1; k <= phi.size(); ++k)
+    if (phi[k - 1] != 0.0) ar.emplace_back(static_cast<int>(k), phi[k - 1]);
+  for (size_t k = 1; k <= theta.size(); ++k)
+    if (theta[k - 1] != 0.0) ma.emplace_back(static_cast<int>(k), theta[k - 1]);
   for (int t = 0; t < m; ++t) {
     double v = w[t];
-    for (int k = 1; k <= static_cast<int>(phi.size()) && k <= t; ++k) v -= phi[k - 1] * w[t - k];
-    for (int k = 1; k <= static_cast<int>(theta.size()) && k <= t; ++k) v -= theta[k - 1] * out(t - k);
+    for (const auto& [k, c] : ar)
+      if (k <= t) v -= c * w[t - k];
+    for (const auto& [k, c] : ma)
+      if (k <= t) v -= c * out(t - k);
     out(t) = v;
   }
   return out.allFinite();
@@ -325,198 +228,12 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
 
 }  // namespace
 
-RegressionArimaFit FitRegressionArima(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                      const ArimaOrders& orders, const ConvergenceCriteria& crit, bool with_errors,
-                                      const ArmaCoefficients* start) {
-  RegressionArimaFit out;
-  if (X.empty()) {
-    out.arima = FitArima(z, orders, crit, with_errors, start);
-    out.ok = out.arima.ok;
-    return out;
-  }
-  const std::vector<double> w = DifferenceSeries(z, orders);
-  std::vector<std::vector<double>> Xw;
-  Xw.reserve(X.size());
-  for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-  return AlternateRegressionArima(
-      orders, crit, with_errors, start,
-      [&](const std::vector<double>& beta, const ConvergenceCriteria& c, bool errors, const ArmaCoefficients* from) {
-        return FitArima(RemoveRegressors(z, X, beta), orders, c, errors, from);
-      },
-      [&](const ArmaCoefficients& coef) { return Gls(w, Xw, coef, orders.constant); });
-}
-
-double InterventionCriticalValue(double confidence_pct, int candidates) {
-  const double conf = std::clamp(confidence_pct, 50.0, 99.99);
-  const double alpha = (100.0 - conf) / 100.0;
-  const double tail = alpha / (2.0 * std::max(1, candidates));
-  const boost::math::normal normal;
-  const double c = boost::math::quantile(boost::math::complement(normal, tail));
-  return std::max(c, 3.0);
-}
-
-namespace {
-constexpr int kMaxSpan = 250;
-}  // namespace
-
-std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
-                                                    const std::vector<std::vector<double>>& X,
-                                                    const RegressionArimaFit& fit, const DetectionOptions& opt,
-                                                    int ramp_gap) {
-  std::vector<CandidateStatistic> out;
-  if (!fit.ok) return out;
-  const ArimaOrders& orders = fit.arima.orders;
-  const int n = static_cast<int>(z.size());
-  const int burn = BurnIn(orders);
-  const std::vector<double> w = DifferenceSeries(RemoveRegressors(z, X, fit.beta), orders);
-  const int m = static_cast<int>(w.size());
-  if (m < 8) return out;
-  std::vector<double> phi, theta;
-  ExpandArma(fit.arima.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
-  if (!L.ok || !(L.sigma2 > 0.0)) return out;
-  const double g = std::sqrt(L.scaled_ssq / (L.n * L.sigma2));
-  std::vector<double> e(m);
-  for (int i = 0; i < m; ++i) e[i] = L.scaled[i] / g;
-  // A robust scale: the outliers being looked for must not inflate it.
-  const double med = Median(e);
-  std::vector<double> dev(m);
-  for (int i = 0; i < m; ++i) dev[i] = std::fabs(e[i] - med);
-  double sigma = 1.4826 * Median(dev);
-  if (!(sigma > 0.0)) sigma = std::sqrt(L.sigma2);
-  if (!(sigma > 0.0)) return out;
-
-  // a(B) = phi(B) delta(B) with its unit lead: the residual of an effect x is pi(B) x with
-  // pi(B) = a(B) / theta(B).
-  const std::vector<double> delta = DifferencingPolynomial(orders.d, orders.D, orders.period);
-  std::vector<double> a(phi.size() + delta.size() + 1, 0.0);
-  {
-    std::vector<double> pa(phi.size() + 1), pd(delta.size() + 1);
-    pa[0] = pd[0] = 1.0;
-    for (size_t i = 0; i < phi.size(); ++i) pa[i + 1] = -phi[i];
-    for (size_t i = 0; i < delta.size(); ++i) pd[i + 1] = -delta[i];
-    for (size_t i = 0; i < pa.size(); ++i)
-      for (size_t j = 0; j < pd.size(); ++j) a[i + j] += pa[i] * pd[j];
-  }
-  const int na = static_cast<int>(a.size());
-  const int nq = static_cast<int>(theta.size());
-
-  // The terms already in the model (the constant, the effects found) are partialled out of
-  // each candidate: a step is otherwise measured against a mean that it has itself moved.
-  Eigen::MatrixXd Q;
-  {
-    std::vector<std::vector<double>> cols;
-    if (orders.constant) cols.push_back(std::vector<double>(m, 1.0));
-    for (const auto& x : X) cols.push_back(DifferenceSeries(x, orders));
-    Eigen::MatrixXd A(m, static_cast<int>(cols.size()));
-    int used = 0;
-    Eigen::VectorXd col;
-    for (const auto& c : cols)
-      if (Whiten(c, phi, theta, col) && col.size() == m) A.col(used++) = col;
-    if (used > 0) {
-      Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(A.leftCols(used));
-      const int rank = static_cast<int>(qr.rank());
-      // The thin factor only: the full square one costs the cube of the length.
-      Q = qr.householderQ() * Eigen::MatrixXd::Identity(m, rank);
-    }
-  }
-  const int K = static_cast<int>(Q.cols());
-  const Eigen::MatrixXd Qt = Q.transpose();  // one observation's row per column, contiguous
-  Eigen::VectorXd proj(K);
-
-  for (int type : EnabledTypes(opt)) {
-    const auto [lo, hi] = CandidateRange(type, n, orders, opt);
-    if (lo > hi) continue;
-    const int len = n - lo;
-    const std::vector<double> p = InterventionRegressor(type, 0, opt.period, len);
-    std::vector<double> c(len), cum(len);
-    for (int j = 0; j < len; ++j) {
-      double v = 0.0;
-      for (int k = 0; k < na && k <= j; ++k) v += a[k] * p[j - k];
-      for (int k = 1; k <= nq && k <= j; ++k) v -= theta[k - 1] * c[j - k];
-      c[j] = v;
-      cum[j] = (j ? cum[j - 1] : 0.0) + v * v;
-    }
-    // A trend's numerator, own sum of squares and projection at each place, kept for ramps.
-    const bool ramps = type == kLocalTrend && ramp_gap > 1;
-    std::vector<double> nums, dens;
-    Eigen::MatrixXd projs;
-    if (ramps) {
-      nums.assign(hi - lo + 1, 0.0);
-      dens.assign(hi - lo + 1, 0.0);
-      projs.setZero(K, hi - lo + 1);
-    }
-    for (int T = lo; T <= hi; ++T) {
-      // Long series: the statistic looks at most kMaxSpan observations ahead, which keeps a
-      // pass linear in the length; by then a pulse's trace has died away and a step or a
-      // trend is measured over plenty.
-      const int span = std::min(n - T, kMaxSpan);
-      double num = 0.0;
-      const double* et = e.data() + (T - burn);
-      for (int j = 0; j < span; ++j) num += et[j] * c[j];
-      const double own = cum[span - 1];
-      double den = own;
-      if (K > 0) {
-        proj.setZero();
-        for (int j = 0; j < span; ++j) proj += c[j] * Qt.col(T - burn + j);
-        den -= proj.squaredNorm();
-      }
-      if (ramps) {
-        nums[T - lo] = num;
-        dens[T - lo] = own;
-        if (K > 0) projs.col(T - lo) = proj;
-      }
-      if (!(den > 1e-12)) continue;
-      CandidateStatistic s;
-      s.type = type;
-      s.index = T;
-      s.impact = num / den;
-      s.tau = num / (sigma * std::sqrt(den));
-      out.push_back(s);
-    }
-    if (!ramps) continue;
-    // The ramp from T to T + g has the pattern c[j] - c[j - g]: its numerator and projection
-    // are differences of the two trends', and its sum of squares needs only the lagged
-    // cross-products of c, kept as running sums for each gap.
-    const int gaps = std::min(ramp_gap, hi - lo);
-    std::vector<std::vector<double>> cross(gaps + 1);
-    for (int g = kRampMinGap; g <= gaps; ++g) {
-      cross[g].assign(len - g + 1, 0.0);
-      for (int i = 0; i + g < len; ++i) cross[g][i + 1] = cross[g][i] + c[i] * c[i + g];
-    }
-    for (int T = lo; T < hi; ++T) {
-      const int span = std::min(n - T, kMaxSpan);
-      CandidateStatistic best;
-      for (int g = kRampMinGap; g <= gaps && T + g <= hi; ++g) {
-        const int U = T + g;
-        const int tail = std::min(span - g, std::min(n - U, kMaxSpan));
-        if (tail < 1) break;
-        const double num = nums[T - lo] - nums[U - lo];
-        double den = dens[T - lo] + cum[tail - 1] - 2.0 * cross[g][std::min(span - g, len - g)];
-        if (K > 0) den -= (projs.col(T - lo) - projs.col(U - lo)).squaredNorm();
-        if (!(den > 1e-12)) continue;
-        const double tau = num / (sigma * std::sqrt(den));
-        if (best.end < 0 || std::fabs(tau) > std::fabs(best.tau)) {
-          best.type = kLocalTrend;
-          best.index = T;
-          best.end = U;
-          best.impact = num / den;
-          best.tau = tau;
-        }
-      }
-      if (best.end >= 0) out.push_back(best);
-    }
-  }
-  return out;
-}
-
-namespace {
-
-std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n) {
+std::vector<std::vector<double>> intervention_parts::Regressors(const std::vector<DetectedIntervention>& found, int period, int n) {
   std::vector<std::vector<double>> X;
   for (const auto& f : found) X.push_back(InterventionRegressor(f.type, f.index, period, n));
   return X;
 }
+namespace {
 
 struct Candidate {
   DetectionResult result;
@@ -556,6 +273,9 @@ int Weakest(const std::vector<double>& t_values, int max_count, double critical)
 
 }  // namespace
 
+// Long on purpose: its stages (search and re-estimation until the same effects come back,
+// settling of places, pruning, the final fit, the trends-first reading) pass the effects, the
+// fit and the trail from one to the next, and each stage is marked below.
 DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,
                                     const DetectionOptions& opt) {
   DetectionResult res;
@@ -865,16 +585,6 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   return best;
 }
 
-std::vector<double> RegressionInnovations(const std::vector<double>& z, const std::vector<std::vector<double>>& X,
-                                          const RegressionArimaFit& fit) {
-  std::vector<double> out(z.size(), std::numeric_limits<double>::quiet_NaN());
-  if (!fit.ok) return out;
-  const std::vector<double> u = RemoveRegressors(z, X, fit.beta);
-  const std::vector<double> pred = OneStepPredictions(u, fit.arima);
-  for (size_t t = 0; t < z.size(); ++t) out[t] = u[t] - pred[t];
-  return out;
-}
-
 namespace {
 
 std::string Describe(const DetectionResult& r) {
@@ -978,107 +688,6 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
   for (auto& line : best.result.trail) story.push_back(line);
   best.result.trail = std::move(story);
   return best.result;
-}
-
-DetectionOptions DetectionOptionsFromRules(const EngineRules& rules, int period, const ConvergenceCriteria& crit) {
-  DetectionOptions opt;
-  opt.pulse = rules.include_pulse;
-  opt.level_shift = rules.include_step;
-  opt.seasonal_pulse = rules.include_seasonal_pulse;
-  opt.trend = rules.include_local_trend && !rules.no_trend;
-  opt.max_count = std::max(0, rules.max_outliers);
-  opt.confidence = rules.sufficiency_ds_level;
-  opt.period = period > 1 ? period : 1;
-  opt.criteria = crit;
-  return opt;
-}
-
-std::vector<double> InterventionEffects(const std::vector<DetectedIntervention>& found, int period, int n,
-                                        int horizon, bool last_pulse_to_step, bool pulse_to_seasonal) {
-  const int length = n + std::max(0, horizon);
-  std::vector<double> e(length, 0.0);
-  for (const auto& f : found) {
-    int type = f.type;
-    if (type == kPulse && last_pulse_to_step && f.index == n - 1) type = kLevelShift;
-    std::vector<double> x = InterventionRegressor(type, f.index, period, length);
-    if (type == kPulse && pulse_to_seasonal && period > 1 && f.index >= n - period &&
-        !(last_pulse_to_step && f.index == n - 1) && f.index != n - 1) {
-      for (int t = f.index + period; t < length; t += period) x[t] = 1.0;
-    }
-    for (int t = 0; t < length; ++t) e[t] += f.impact * x[t];
-  }
-  return e;
-}
-
-void DescribeInterventions(const std::vector<DetectedIntervention>& found, double scale, int seasonality,
-                           int begin_year, int begin_period, int df, std::vector<Intervention>& interventions,
-                           std::vector<Coefficient>& coefficients) {
-  for (const auto& f : found) {
-    Intervention iv;
-    iv.type = f.type;
-    iv.observation = f.index + 1;
-    if (seasonality <= 1) {
-      iv.major = begin_year + f.index;
-      iv.minor = 0;
-    } else {
-      const int offset = std::max(0, begin_period - 1) + f.index;
-      iv.major = begin_year + offset / seasonality;
-      iv.minor = offset % seasonality + 1;
-    }
-    iv.impact = f.impact * scale;
-    iv.t_value = f.t_value;
-    interventions.push_back(iv);
-
-    Coefficient c;
-    c.term = InterventionTypeName(f.type) + " " + std::to_string(iv.major) +
-             (seasonality > 1 ? "/" + std::to_string(iv.minor) : std::string());
-    c.kind = f.type == kLocalTrend ? "trend" : "intervention";
-    c.lag = 0;
-    c.value = f.impact * scale;
-    c.std_error = f.std_error * scale;
-    c.t_value = f.t_value;
-    c.p_value = TwoSidedTPValue(f.t_value, df);
-    coefficients.push_back(c);
-  }
-}
-
-std::string InterventionStory(const DetectionResult& detection) {
-  char buf[160];
-  std::snprintf(buf, sizeof buf, "Critical value %.2f over %d observations tested. ", detection.critical_value,
-                detection.candidates);
-  std::string text = detection.candidates > 0 ? buf : "Too few observations to test for interventions. ";
-  for (const auto& line : detection.trail) text += line + "; ";
-  if (detection.found.empty()) return text + "no interventions kept.";
-  text += std::to_string(detection.found.size()) + " intervention(s) kept with " +
-          detection.fit.arima.orders.Name() + ".";
-  return text;
-}
-
-std::string InterventionEquation(const std::vector<Coefficient>& coefficients, const std::string& lhs) {
-  std::string rhs;
-  for (const auto& c : coefficients) {
-    if (c.kind != "intervention" && c.kind != "trend") continue;
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.6g", std::fabs(c.value));
-    rhs += std::string(rhs.empty() ? (c.value < 0 ? "-" : "") : (c.value < 0 ? " - " : " + ")) + buf + " " +
-           c.term + "(t)";
-  }
-  return lhs + "(t) = " + rhs + (rhs.empty() ? "" : " + ") + "N(t)";
-}
-
-std::string ObservationPeriodText(int index, int seasonality, int begin_year, int begin_period) {
-  if (seasonality <= 1) return std::to_string(begin_year + index);
-  const int offset = std::max(0, begin_period - 1) + index;
-  return std::to_string(begin_year + offset / seasonality) + "/" + std::to_string(offset % seasonality + 1);
-}
-
-std::vector<double> ModelInnovations(const std::vector<double>& z, const std::vector<DetectedIntervention>& found,
-                                     int period, const RegressionArimaFit& fit, int& first) {
-  const int n = static_cast<int>(z.size());
-  const std::vector<double> e = RegressionInnovations(z, Regressors(found, period, n), fit);
-  first = 0;
-  while (first < n && !std::isfinite(e[first])) ++first;
-  return std::vector<double>(e.begin() + first, e.end());
 }
 
 }  // namespace quorvane
