@@ -27,7 +27,6 @@ const std::vector<PresetEntry>& PresetList() {
         {13, 0, "SEASONAL EXPONENTIAL SMOOTHING NO CONSTANT", false},
         {14, 0, "HOLT LINEAR TREND PLUS ADDITIVE SEASONAL FACTORS (ARIMA FORM)", false},
         {15, 0, "AIRLINE", false},
-        {98, 0, "FORECAST COMBINATION (ARIMA, EXPONENTIAL SMOOTHING, THETA)", true},
         {51, 1, "REGRESSION", true},
         {52, 1, "REGRESSION WITH AR(1) CORRECTION", true},
     };

@@ -152,7 +152,7 @@ TEST_F(Wizard, ImplicitModelNeedsAChoice) {
     EXPECT_EQ(w.optModels0_caption, "Use Implicit Model From List");
     w.Next();
     EXPECT_EQ(w.Step(), 2);
-    EXPECT_EQ(w.cboModelsinMemory.items.size(), 16u);
+    EXPECT_EQ(w.cboModelsinMemory.items.size(), 15u);
     w.Next();
     EXPECT_EQ(w.Step(), 2);
     EXPECT_EQ(Shown(), std::vector<std::string>{
