@@ -382,6 +382,8 @@ void PrintRow(const char* who, const std::string& group, const Summary& s) {
 
 }  // namespace
 
+// Kept whole: the benchmark's options, runs and printed tables one after another, in the
+// order its output shows them.
 int main(int argc, char** argv) {
   fs::path data = fs::path(ENGINE_ACCURACY_DIR) / "data";
   bool with_r = true, verbose = false, with_plain = false, with_combination = false;

@@ -238,6 +238,8 @@ std::vector<int> BestOffsets(const std::vector<double>& y, const std::vector<Pla
 
 }  // namespace
 
+// Kept whole: the benchmark's options, runs and printed tables one after another, in the
+// order its output shows them.
 int main(int argc, char** argv) {
   int reps = 20;
   for (int i = 1; i < argc; ++i) {

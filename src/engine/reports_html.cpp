@@ -245,7 +245,7 @@ IdentificationTable Identify(const ReportInput& in) {
   return t;
 }
 
-// Long on purpose: the sections of the page one after another, in the order a reader meets
+// Kept whole: the sections of the page one after another, in the order a reader meets
 // them, each short and all writing to the one page.
 std::string DetailsHtml(const ReportInput& in) {
   const ModelResult& r = Result(in);

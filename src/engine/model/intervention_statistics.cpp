@@ -138,6 +138,8 @@ namespace {
 constexpr int kMaxSpan = 250;
 }  // namespace
 
+// Kept whole: one pass over the candidate places that shares the robust scale, the filter and
+// the partialled-out terms made at its top.
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
                                                     const std::vector<std::vector<double>>& X,
                                                     const RegressionArimaFit& fit, const DetectionOptions& opt,

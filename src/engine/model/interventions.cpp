@@ -67,6 +67,8 @@ bool Whiten(const std::vector<double>& w, const std::vector<double>& phi, const 
   return out.allFinite();
 }
 
+// Kept whole: the trial swaps share the whitened columns and the cross-products made once at
+// the top; split, each part would have to carry them all.
 bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const ArmaCoefficients& coef,
                   const DetectionOptions& opt, std::vector<DetectedIntervention>& found,
                   std::vector<std::vector<double>>& X, std::vector<std::string>& trail) {
@@ -273,7 +275,7 @@ int Weakest(const std::vector<double>& t_values, int max_count, double critical)
 
 }  // namespace
 
-// Long on purpose: its stages (search and re-estimation until the same effects come back,
+// Kept whole: its stages (search and re-estimation until the same effects come back,
 // settling of places, pruning, the final fit, the trends-first reading) pass the effects, the
 // fit and the trail from one to the next, and each stage is marked below.
 DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit& initial,

@@ -302,6 +302,9 @@ std::string Sufficiency(const ModelingProblem& problem, const PooledData& d, Poo
 
 }  // namespace
 
+// Kept whole: its stages (the groups prepared, constant groups, the model's structure,
+// estimation and the tests of the terms, diagnosis) fill one result in the order the report
+// tells them, each marked below.
 ModelResult FitPooled(const ModelingProblem& problem, const StageCallback& on_stage) {
   ModelResult r;
   const EngineRules& rules = problem.rules;

@@ -205,6 +205,8 @@ std::vector<double> InputPath(const InputSeries& input, int n, int horizon, int 
   return path;
 }
 
+// Kept whole: the model, its inputs, the in-sample figures and the forecasts fill one result
+// in turn, each stage marked below.
 ModelResult FitStructured(const ModelingProblem& problem, const std::vector<double>& y_all,
                           const StructuredModel& model, const ConvergenceCriteria& crit, int horizon,
                           RegressionArimaFit* fit_out) {

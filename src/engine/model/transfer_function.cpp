@@ -24,7 +24,7 @@ namespace quorvane {
 
 using namespace structured_parts;
 
-// Long on purpose: the stages of the model (inputs prewhitened and their lags chosen, the
+// Kept whole: the stages of the model (inputs prewhitened and their lags chosen, the
 // noise identified on what they leave, estimation, necessity, interventions, forecasts) read
 // and extend one model and its notes in order, as the report tells them.
 ModelResult FitTransferFunction(const ModelingProblem& problem, const StageCallback& on_stage) {
