@@ -123,7 +123,9 @@ EOF
     target=${w%%:*}
     filter='*'
     [[ $w == *:* ]] && filter=${w#*:}
-    if ! (cd "$build" && timeout 600 "./tests/$target" --gtest_filter="$filter" --gtest_brief=1) >>"$log" 2>&1; then
+    # A test program killed by the fault (a crash) is a catch too; bash's own note of the
+    # signal goes to the log, not to the check's lines.
+    if ! { (cd "$build" && timeout 600 "./tests/$target" --gtest_filter="$filter" --gtest_brief=1) >>"$log" 2>&1; } 2>>"$log"; then
       failed=$(grep -oE '^\[  FAILED  \] [A-Za-z0-9_/.]+' "$log" | head -3 | awk '{print $4}' | tr '\n' ' ')
       by="$target ${failed:-(exit status)}"
       break

@@ -55,10 +55,11 @@ TEST(WorkingFolderLock, ASecondProgramIsToldAndWaits) {
     host->answers = {platform::mb::Cancel};
     EXPECT_FALSE(LockWorkingFolder(folder.path()));
     ASSERT_EQ(host->shown.size(), 1u);
-    EXPECT_EQ(host->shown[0].text, LockHeldText(folder.path(), holder) +
-                                       "\r\n\r\nRetry when it has closed, or Cancel to close this one.");
-    EXPECT_NE(host->shown[0].text.find("Another Tessaly (process " + std::to_string(holder) + ") is using"),
-              std::string::npos);
+    EXPECT_EQ(host->shown[0].text,
+              "Another Tessaly (process " + std::to_string(holder) + ") is using the working folder " +
+                  folder.path().string() +
+                  ". Two programs in one folder would delete each other's files, so this one waits until it "
+                  "ends.\r\n\r\nRetry when it has closed, or Cancel to close this one.");
   }
   // Unattended: said once on standard error, then the wait until the holder ends.
   std::atomic<bool> released{false};
@@ -146,7 +147,6 @@ TEST(CleanupReports, LooksInTheCurrentFolderAndDeletesFromTheProgramFolder) {
   CleanupReports(StartCleanList(), program.path(), program.path());
   EXPECT_FALSE(fs::exists(program / "summape.txt"));
   EXPECT_TRUE(fs::exists(program / "keep.csv"));
-  EXPECT_EQ(StartCleanList().size(), 17u);
 }
 
 TEST(SchemaFiles, WrittenWhenMissingAndLeftWhenPresent) {
