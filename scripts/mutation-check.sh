@@ -15,8 +15,8 @@
 #
 # The build folder (default SOURCE_DIR/build-mut) is configured once and shares ccache with
 # the other builds. Each fault's file is saved first and restored after its run, also when the
-# script is interrupted; the restored file gets a new time so that ninja rebuilds it. Prints one line a fault and a total; exit status 0 when no fault was
-# missed.
+# script is interrupted; the restored file gets a new time so that ninja rebuilds it. Prints
+# one line a fault and a total; exit status 0 when no fault was missed.
 set -uo pipefail
 
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -48,7 +48,18 @@ restore() {
     saved_file=
   fi
 }
-trap 'restore; rm -f "$saved"; echo "interrupted: source restored" >&2; exit 130' INT TERM
+# Builds and tests run in the background and are waited for, so that an interrupt is
+# handled at once: the running step is ended and the source put back.
+child=
+in_background() {
+  "$@" &
+  child=$!
+  wait "$child"
+  local status=$?
+  child=
+  return $status
+}
+trap '[[ -n $child ]] && kill "$child" 2>/dev/null; restore; rm -f "$saved"; echo "interrupted: source restored" >&2; exit 130' INT TERM
 trap 'restore; rm -f "$saved"' EXIT
 saved=$(mktemp)
 log_dir=$build/mutation-logs
@@ -112,7 +123,7 @@ EOF
     if [[ $w == +* ]]; then targets+=("${w#+}"); else targets+=("${w%%:*}"); runs+=("$w"); fi
   done
   log=$log_dir/$id.log
-  if ! ninja -C "$build" -j "$jobs" "${targets[@]}" >"$log" 2>&1; then
+  if ! in_background ninja -C "$build" -j "$jobs" "${targets[@]}" >"$log" 2>&1; then
     echo "BROKEN  $label (does not build, see $log)"
     broken=$((broken + 1))
     restore
@@ -125,7 +136,7 @@ EOF
     [[ $w == *:* ]] && filter=${w#*:}
     # A test program killed by the fault (a crash) is a catch too; bash's own note of the
     # signal goes to the log, not to the check's lines.
-    if ! { (cd "$build" && timeout 600 "./tests/$target" --gtest_filter="$filter" --gtest_brief=1) >>"$log" 2>&1; } 2>>"$log"; then
+    if ! { in_background env -C "$build" timeout 600 "./tests/$target" --gtest_filter="$filter" --gtest_brief=1 >>"$log" 2>&1; } 2>>"$log"; then
       failed=$(grep -oE '^\[  FAILED  \] [A-Za-z0-9_/.]+' "$log" | head -3 | awk '{print $4}' | tr '\n' ' ')
       by="$target ${failed:-(exit status)}"
       break
@@ -141,5 +152,8 @@ EOF
   fi
 done <"$list"
 
+# The sources are as they were; the programs built from the faults are brought back in step.
+ninja -C "$build" -j "$jobs" $(printf '%s\n' "${base_targets[@]}" "${base_build[@]}" | sort -u) \
+  >"$log_dir/rebuild.log" 2>&1 || echo "the programs could not be rebuilt, see $log_dir/rebuild.log"
 echo "total: $n faults, $caught caught, $missed missed, $broken broken or bad"
 [[ $missed == 0 && $broken == 0 ]]
