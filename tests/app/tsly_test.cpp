@@ -31,8 +31,10 @@ TEST_F(TslyTest, HelpListsEveryCommandAndBadUsageSaysSoWithStatusTwo) {
   EXPECT_NE(out.find("usage: tsly COMMAND"), std::string::npos) << out;
   for (const char* command : {"  run ", "  pool ", "  import ", "  aggregate ", "  add-series "})
     EXPECT_NE(out.find(command), std::string::npos) << command << out;
-  EXPECT_EQ(Tsly("run --help", &out), 0);
-  EXPECT_EQ(out.rfind("usage: tsly run PROJECT.xml", 0), 0u) << out;
+  for (const char* asked : {"run --help", "help run"}) {
+    EXPECT_EQ(Tsly(asked, &out), 0);
+    EXPECT_EQ(out.rfind("usage: tsly run PROJECT.xml", 0), 0u) << asked << out;
+  }
 
   EXPECT_EQ(Tsly("", &out), 2);
   EXPECT_EQ(Tsly("forecast x.xml", &out), 2);

@@ -83,11 +83,13 @@ TEST_F(ProjectCommandsTest, NewProjectWalksThePagesWithTheirRefusals) {
   using F = PageAnswer<Files>;
   forms.folders = {S::Next((data / "empty").string()), S::Next((data / "asc").string())};
   forms.selections = {F::Next({}), F::Next({"A.ASC"}), F::Next({"b.asc", "A.ASC"})};
-  forms.outputs = {S::Back(), S::Next((data / "out").string())};
-  // The save dialog: an existing name refused once (No), then a new one.
-  host->files = {(data / "proj.xml").string(), (data / "new.xml").string()};
-  // Every message takes an answer: two notices, then No to "Overwrite?".
-  host->answers = {platform::mb::OK, platform::mb::OK, platform::mb::No};
+  forms.outputs = {S::Back(), S::Next((data / "out").string()), S::Next((data / "out").string())};
+  // The save dialog: a name in a folder that does not exist (the project cannot be written,
+  // the output page comes again), an existing name refused once (No), then a new one.
+  const std::string unwritable = (data / "no such folder" / "p.xml").string();
+  host->files = {unwritable, (data / "proj.xml").string(), (data / "new.xml").string()};
+  // Every message takes an answer: three notices, then No to "Overwrite?".
+  host->answers = {platform::mb::OK, platform::mb::OK, platform::mb::OK, platform::mb::No};
   fs::create_directories(data / "out");
   ProjectCommands commands(session, forms, Hooks());
   ASSERT_TRUE(commands.mnuFileNew());
@@ -97,11 +99,12 @@ TEST_F(ProjectCommandsTest, NewProjectWalksThePagesWithTheirRefusals) {
                          "There are no .asc files in the directory you selected!",
                          "FYI!  No files listed in the \"Chosen\" column!  Highlight file names listed "
                          "under \"Available\" and click \"Add\" to add files before continuing.",
+                         "The project could not be written to " + unwritable + ".",
                          "Warning: the file you have chosen already exists. Overwrite?",
                          "File successfully created.",
                          "\"" + (data / "new.xml").string() + "\" created.",
                      }));
-  EXPECT_EQ(host->shown[2].title, "File Exists");
+  EXPECT_EQ(host->shown[3].title, "File Exists");
   EXPECT_FALSE(fs::exists(program / "ENGINE.GO"));
   EXPECT_FALSE(fs::exists(program / "Process Errors.Err"));
   EXPECT_EQ(ReadFile(data / "proj.xml"), "an older file");

@@ -237,6 +237,16 @@ TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {
   EXPECT_EQ(errors.rfind("y.asc\r\n", 0), 0u) << errors;
 }
 
+// Two datasets are already a project whose series can be walked together.
+TEST_F(RunTest, TwoDatasetsGetTheAllNodes) {
+  WriteFile(data / "a.asc", Asc("A", 12, 30));
+  WriteFile(data / "b.asc", Asc("B", 12, 30));
+  auto project = Project({"a.asc", "b.asc"});
+  ASSERT_TRUE(MakeRun()->mnuBatchRun(project));
+  EXPECT_TRUE(tree.Contains("AllRpts"));
+  EXPECT_TRUE(tree.Contains("AllGphs"));
+}
+
 TEST_F(RunTest, CancelDuringTheThirdFile) {
   for (const char* n : {"a", "b", "c", "d", "e"}) WriteFile(data / (std::string(n) + ".asc"), Asc(n, 12, 30));
   auto project = Project({"a.asc", "b.asc", "c.asc", "d.asc", "e.asc"});

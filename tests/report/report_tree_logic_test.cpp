@@ -99,6 +99,8 @@ TEST_F(ReportTreeLogic, NoAllRowsForOneFileOrWithoutGraphs) {
   EXPECT_FALSE(tree.Contains(batch::kAllGraphsKey));
   EXPECT_FALSE(tree.Contains(batch::kSummaryKey));
   EXPECT_EQ(ChildTexts(tree, "").size(), 1u);
+  PopulateTree(tree, flags, {"NORTH.asc", "SOUTH.asc"}, out.path(), "Regions.xml", false);
+  EXPECT_TRUE(tree.Contains(batch::kAllGraphsKey));
   PopulateTree(tree, flags, context.asc_files, out.path(), "Regions.xml", true);
   EXPECT_FALSE(tree.Contains(batch::kAllReportsKey));
   EXPECT_FALSE(tree.Contains(batch::kSummaryKey));

@@ -286,6 +286,8 @@ TEST_F(ModelChecks, ListsAgreeWithTheirCounts) {
   p.txtStartmod3.text = "1";
   p.txtStartmod4.text = "1.5";
   EXPECT_EQ(Fails(p), "txtStartmod4|Range Input Error|All Back Order Powers  must be positive integers from 1 to 104." + kEnd);
+  p.txtStartmod4.text = "105";
+  EXPECT_EQ(Fails(p), "txtStartmod4|Range Input Error|All differencing Operators must be positive integers from 1 to 104." + kEnd);
 }
 
 TEST_F(ModelChecks, BackOrdersAndCoefficients) {
@@ -301,6 +303,10 @@ TEST_F(ModelChecks, BackOrdersAndCoefficients) {
   EXPECT_EQ(Fails(p), "txtStartmod8|Range Input Error|All AR Polynomial Back Order Powers must be "
                       "positive integers from 1 to 104." + kEnd);
   p.txtStartmod8.text = "1";
+  p.txtStartmod7.text = "0";
+  EXPECT_EQ(Fails(p), "txtStartmod7|Range Input Error|The range for number of parameters in each AR "
+                      "polynomial is 1 to 15." + kEnd);
+  p.txtStartmod7.text = "1";
   p.txtStartmod9.text = "1.5";
   EXPECT_EQ(Fails(p), "txtStartmod9|Range Input Error|When there is only one (1) parameter in the "
                       "polynomial, the range for the AR coefficent is -1 to +1." + kEnd);

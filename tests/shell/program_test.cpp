@@ -201,49 +201,42 @@ TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
                                 "item=File|Exit\n"));
 }
 
-TEST_F(ProgramRun, UnknownExtensionEndsAtOnce) {
+// Command lines that run nothing say why; start-up and exit still run, so the folder is in
+// order and the backup empty. A name starting with "/" is a file, not a switch.
+TEST_F(ProgramRun, CommandLinesThatRunNothingSayWhyAndLeaveTheFolderInOrder) {
   WriteFile(scratch / "notes.txt", "hello");
+  WriteFile(scratch / "Book.XLSX", "");
   WriteFile(program / "NOTREND.QVX", "kept");
+  const std::string book = Quote((scratch / "Book.XLSX").string());
   std::string out;
-  EXPECT_EQ(Run(Quote((scratch / "notes.txt").string()), &out), 2);
-  EXPECT_THAT(out,
-              HasSubstr("is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."));
-  // Start-up and exit still ran: the folder is in order, the backup empty.
-  EXPECT_TRUE(fs::exists(program / "DEFAULTXSD" / "UserPreferences.xml"));
-  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
-  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
-}
+  EXPECT_NE(Run(book + " Sheet1", &out), 0);  // the workbook run is asked for
+  EXPECT_THAT(out, HasSubstr("Book.XLSX"));
+  EXPECT_FALSE(fs::exists(program / "tslyberr.txt"));
 
-TEST_F(ProgramRun, MissingFileIsTheStandardError) {
-  std::string out;
-  std::string missing = (scratch / "gone.xml").string();
-  EXPECT_EQ(Run(Quote(missing), &out), 2);  // nothing run
-  std::string text = "Error #53: File not found: " + missing + ", frmMain, Form_Load";
-  EXPECT_THAT(out, HasSubstr("Tessaly: " + text));
+  const std::string missing = (scratch / "gone.xml").string();
+  const std::string not_found = "Error #53: File not found: " + missing + ", frmMain, Form_Load";
+  const std::pair<std::string, std::string> cases[] = {
+      {Quote((scratch / "notes.txt").string()),
+       "is neither a project (.xml) nor a workbook (.xls, .xlsx); nothing was run."},
+      {book + " ''", "nothing was run"},
+      {Quote(missing), "Tessaly: " + not_found},
+  };
+  for (const auto& [args, says] : cases) {
+    EXPECT_EQ(Run(args, &out), 2) << args;
+    EXPECT_THAT(out, HasSubstr(says));
+    EXPECT_TRUE(fs::exists(program / "DEFAULTXSD" / "UserPreferences.xml"));
+    EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
+    EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
+  }
   EXPECT_EQ(ReadFile(program / "tslyberr.txt"),
-            platform::dates::FormatIso(platform::dates::Today()) + "  " + text + "\r\n");
-}
+            platform::dates::FormatIso(platform::dates::Today()) + "  " + not_found + "\r\n");
 
-TEST_F(ProgramRun, RelativeNamesAreTakenFromTheFolderTheUserStartedIn) {
-  std::string out;
+  // A relative name is taken from the folder the user started in.
   std::string cmd = "cd " + Quote(scratch.path().string()) + " && env -u DISPLAY XDG_CONFIG_HOME=" +
                     Quote(config.path().string()) + " " + Quote(program.Executable().string()) +
                     " gone.xml";
   EXPECT_EQ(RunCommand(cmd, &out), 2);
   EXPECT_THAT(out, HasSubstr("File not found: " + (scratch / "gone.xml").string() + ", frmMain"));
-}
-
-TEST_F(ProgramRun, FilesWhoseNamesStartWithASlashAreFilesNotSwitches) {
-  WriteFile(scratch / "Book.XLSX", "");
-  std::string out;
-  // Not a switch, though it starts with "/": the workbook run is asked for.
-  int status = Run(Quote((scratch / "Book.XLSX").string()) + " Sheet1", &out);
-  EXPECT_NE(status, 0);
-  EXPECT_THAT(out, HasSubstr("Book.XLSX"));
-  EXPECT_FALSE(fs::exists(program / "tslyberr.txt"));
-  // An empty report-sheet token ends the program without a run.
-  EXPECT_EQ(Run(Quote((scratch / "Book.XLSX").string()) + " ''", &out), 2);
-  EXPECT_THAT(out, HasSubstr("nothing was run"));
 }
 
 TEST_F(ProgramRun, MissingEngineLibraryEndsTheProgram) {

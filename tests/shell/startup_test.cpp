@@ -55,10 +55,11 @@ TEST(WorkingFolderLock, ASecondProgramIsToldAndWaits) {
     host->answers = {platform::mb::Cancel};
     EXPECT_FALSE(LockWorkingFolder(folder.path()));
     ASSERT_EQ(host->shown.size(), 1u);
-    EXPECT_EQ(host->shown[0].text, LockHeldText(folder.path(), holder) +
-                                       "\r\n\r\nRetry when it has closed, or Cancel to close this one.");
-    EXPECT_NE(host->shown[0].text.find("Another Tessaly (process " + std::to_string(holder) + ") is using"),
-              std::string::npos);
+    EXPECT_EQ(host->shown[0].text,
+              "Another Tessaly (process " + std::to_string(holder) + ") is using the working folder " +
+                  folder.path().string() +
+                  ". Two programs in one folder would delete each other's files, so this one waits until it "
+                  "ends.\r\n\r\nRetry when it has closed, or Cancel to close this one.");
   }
   // Unattended: said once on standard error, then the wait until the holder ends.
   std::atomic<bool> released{false};
@@ -146,7 +147,6 @@ TEST(CleanupReports, LooksInTheCurrentFolderAndDeletesFromTheProgramFolder) {
   CleanupReports(StartCleanList(), program.path(), program.path());
   EXPECT_FALSE(fs::exists(program / "summape.txt"));
   EXPECT_TRUE(fs::exists(program / "keep.csv"));
-  EXPECT_EQ(StartCleanList().size(), 17u);
 }
 
 TEST(SchemaFiles, WrittenWhenMissingAndLeftWhenPresent) {
@@ -248,7 +248,6 @@ TEST(CommandLineRun, TokensDecideWhatRuns) {
   Shell().program_folder = program.path();
   WriteFile(program / "p.XML", "<x/>");
   WriteFile(program / "book.xlsx", "");
-  WriteFile(program / "notes.txt", "");
   RecordingRunner runner;
   auto run = [&](std::vector<std::string> tokens) {
     return RunCommandLine(CommandLine{std::move(tokens)}, runner);
@@ -261,11 +260,6 @@ TEST(CommandLineRun, TokensDecideWhatRuns) {
   EXPECT_EQ(run({(program / "book.xlsx").string(), "Sheet1", "/AF"}), 0);
   EXPECT_EQ(runner.calls, (std::vector<std::string>{"project p.XML", "workbook book.xlsx [Sheet1] 0",
                                                     "workbook book.xlsx [Sheet1] 3"}));
-  ::testing::internal::CaptureStderr();
-  EXPECT_EQ(run({(program / "notes.txt").string()}), 2);
-  EXPECT_EQ(run({(program / "book.xlsx").string(), "  "}), 2);
-  ::testing::internal::GetCapturedStderr();
-  EXPECT_EQ(runner.calls.size(), 3u);
   EXPECT_TRUE(host->shown.empty());
 }
 

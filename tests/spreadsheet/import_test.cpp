@@ -103,6 +103,7 @@ TEST(ImportTest, FieldsByOrientationWithNamesTypesAndTheFilter) {
 TEST(ImportTest, FiguresAreCheckedWithTheirMessages) {
   ImportFigures f{"12", "2001", "1", "48", "36", "", "", "/tmp"};
   EXPECT_FALSE(ValidateFigures(f));
+  EXPECT_FALSE(ValidateFigures({"200", "2001", "200", "48", "36", "", "", "/tmp"}));  // both at their bounds
   EXPECT_TRUE(IncompleteData(f).empty());
   struct Case {
     std::string seasonality, minor, forecasts, message, title;

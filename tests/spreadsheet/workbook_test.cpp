@@ -6,7 +6,12 @@
 
 #include <sys/stat.h>
 
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
 #include "sheet_files.h"
+#include "spreadsheet/child_read.h"
 #include "spreadsheet/workbook.h"
 #include "support/program_folder.h"
 
@@ -96,6 +101,30 @@ TEST(WorkbookTest, XlsFromXlwtReadsThroughFreeXL) {
   EXPECT_EQ(g.At(2, 2).number, 10.25);
   EXPECT_TRUE(g.At(2, 3).Empty());
   EXPECT_EQ(g.At(2, 4).number, 3.0);
+}
+
+// The .xls reader runs in a child: a fault there (FreeXL's reads outside its buffers on some
+// malformed workbooks) ends only the child, and the caller gets "could not be read".
+TEST(WorkbookTest, AReaderThatCrashesOrHangsEndsOnlyItsChild) {
+  struct Case {
+    const char* what;
+    std::function<std::string()> work;
+    bool ok;
+    std::string bytes_or_why;
+  };
+  const Case cases[] = {
+      {"answers", [] { return std::string("cells\0and more", 14); }, true, std::string("cells\0and more", 14)},
+      {"crashes", []() -> std::string { std::raise(SIGSEGV); return "never"; }, false,
+       "the reader stopped with signal 11"},
+      {"aborts", []() -> std::string { std::abort(); }, false, "the reader stopped with signal 6"},
+      {"hangs", []() -> std::string { std::this_thread::sleep_for(std::chrono::seconds(30)); return "late"; },
+       false, "the reader took longer than 1 seconds and was stopped"},
+  };
+  for (const Case& c : cases) {
+    ChildRead read = ReadInChild(c.work, std::chrono::seconds(1));
+    EXPECT_EQ(read.ok, c.ok) << c.what;
+    EXPECT_EQ(read.ok ? read.bytes : read.why, c.bytes_or_why) << c.what;
+  }
 }
 
 TEST(WorkbookTest, CsvFollowsRfc4180) {
