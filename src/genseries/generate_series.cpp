@@ -212,7 +212,7 @@ std::optional<int> clsGenerateSeries::CheckDataset(const fs::path& asc_path) {
     Log(texts::kAlreadyMaximum);
     return std::nullopt;
   }
-  if (!Trim(v.BPSeasonality).empty() && platform::Val(v.BPSeasonality) != header.DataProp[2]) {
+  if (!Trim(v.BPSeaonality).empty() && platform::Val(v.BPSeaonality) != header.DataProp[2]) {
     Log(texts::kSeasonalityDisagrees);
     return std::nullopt;
   }
