@@ -1,9 +1,13 @@
 #include "report/forms/graph_drawer.h"
+#include "report/forms/graph_stroke.h"
 
 #include <gtest/gtest.h>
 
 #include <QColor>
 #include <QImage>
+#include <QPainter>
+
+#include <cmath>
 #include <QString>
 
 #include "airline.h"
@@ -107,6 +111,48 @@ TEST(GraphDrawer, FaultsMakeNoPictureAndNoCrash) {
 
   // A folder that cannot be written: flags stay clear.
   EXPECT_FALSE(DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out / "no" / "such").Any());
+}
+
+
+// A line stroked in slices must give exactly the pixels of one stroke: a monthly series
+// with noise and a pulse, one with gaps and lone points, a short one, a steep wide
+// translucent one, each within the drawer's panel clip.
+TEST(GraphDrawer, SlicedStrokeGivesTheSinglePixels) {
+  struct Case {
+    const char* name;
+    int points;
+    double width;
+    int alpha;
+    double swing;
+    int gap_every;
+  };
+  const Case cases[] = {{"monthly, noise and pulse", 168, 2.0, 255, 120, 0},
+                        {"gaps and lone points", 144, 2.4, 255, 60, 7},
+                        {"short", 12, 2.0, 255, 200, 0},
+                        {"steep, wide, translucent", 300, 3.6, 150, 260, 0}};
+  for (const Case& c : cases) {
+    std::vector<std::optional<QPointF>> points(c.points);
+    unsigned seed = 17;
+    for (int i = 0; i < c.points; ++i) {
+      seed = seed * 1103515245u + 12345u;
+      const double noise = ((seed >> 16) % 1000) / 1000.0 - 0.5;
+      const double x = 70.5 + 880.0 * i / std::max(1, c.points - 1);
+      double y = 300 + c.swing * std::sin(i * 0.52) + 40 * noise + (i == c.points / 2 ? 180 : 0);
+      if (c.gap_every && (i % c.gap_every == 3 || i % c.gap_every == 5)) continue;
+      points[i] = QPointF(x, y);
+    }
+    QImage whole(1000, 600, QImage::Format_RGB32), sliced(1000, 600, QImage::Format_RGB32);
+    for (auto [image, slice] : {std::pair{&whole, 0}, std::pair{&sliced, kStrokeSliceWidth}}) {
+      image->fill(Qt::white);
+      QPainter p(image);
+      p.setRenderHint(QPainter::Antialiasing, true);
+      p.setClipRect(QRectF(60, 56, 880, 420).adjusted(-3, -3, 3, 3));
+      StrokePolyline(p, points, QPen(QColor(30, 95, 168, c.alpha), c.width, Qt::SolidLine, Qt::RoundCap,
+                                     Qt::RoundJoin), slice);
+    }
+    EXPECT_NE(whole, QImage(1000, 600, QImage::Format_RGB32)) << c.name;
+    EXPECT_TRUE(whole == sliced) << c.name;
+  }
 }
 
 }  // namespace
