@@ -36,6 +36,10 @@ struct UnattendedRunOptions {
   fs::path run_kind_from;
   // Put before each progress line ("Shard 2/4: ").
   std::string progress_prefix;
+  // A part of a larger project (a shard): its datasets' lines carry their place in the
+  // whole project, the part's first dataset being number `first_number`, of `whole_count`.
+  int first_number = 1;
+  int whole_count = 0;
   // Where the line of each dataset and the closing tally go; standard output when null.
   std::ostream* out = nullptr;
   // Set true when the run went through its list to the tally (whatever became of each

@@ -3,12 +3,14 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <iostream>
 #include <thread>
 
 #include "batch/engine/engine_wait.h"
 #include "batch/engine/progress_logic.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 
 namespace tessaly::batch {
 
@@ -37,8 +39,10 @@ void UnattendedProgressWait::CatchInterrupts() {
 
 bool UnattendedProgressWait::Interrupted() { return g_interrupted != 0; }
 
+// A line rewritten in place needs a terminal of its own: the jobs of a parallel run share
+// their parent's, so each of them prints whole lines.
 UnattendedProgressWait::UnattendedProgressWait()
-    : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1) {}
+    : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1 && !std::getenv(platform::kJobsParentVariable)) {}
 
 UnattendedProgressWait::UnattendedProgressWait(std::ostream& out, bool in_place,
                                                std::chrono::milliseconds poll)
@@ -93,11 +97,8 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
   }
   std::string end = work.CancelRequested() ? "Canceled" : "Finished";
   std::string line = prefix_ + ProgressLine(work, end, elapsed());
-  if (in_place_) {
-    out_ << '\r' << line << "\x1b[K" << '\n' << std::flush;
-  } else {
-    out_ << line << '\n' << std::flush;
-  }
+  // One write for the whole line, so that the lines of jobs at once never mix.
+  out_ << (in_place_ ? "\r" + line + "\x1b[K\n" : line + "\n") << std::flush;
 }
 
 }  // namespace tessaly::batch
