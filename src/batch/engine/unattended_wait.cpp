@@ -72,6 +72,7 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
   std::string last_shown;
   auto last_check = start - std::chrono::seconds(1);
   auto last_file_check = start;
+  Clock::duration next_note = first_note_;
   for (;;) {
     // An interrupt is looked at before the engine: the terminal's Ctrl-C reaches the engine
     // too, and its death then is the cancel's, not a failure of the dataset.
@@ -92,6 +93,12 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
         out_ << '\r' << line << "\x1b[K" << std::flush;
         last_shown = line;
       }
+    }
+    // Off a terminal a series that takes long still shows it is alive: a whole line with
+    // its stage after the first stretch and then every so often.
+    if (!in_place_ && Clock::now() - start >= next_note) {
+      next_note += note_every_;
+      out_ << prefix_ + ProgressLine(work, work.StageText(), elapsed()) + "\n" << std::flush;
     }
     std::this_thread::sleep_for(poll_);
   }
