@@ -116,6 +116,7 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   run_options.engine_folder = engine_folder;
   run_options.output_path = options.output_path;
   run_options.series_timeout = options.series_timeout;
+  run_options.large_dataset_timeout = options.large_dataset_timeout;
   BatchRun run(run_options, tree);
   if (options.reports) run.SetReports(options.reports);
   if (options.rules) run.SetRulesWizard(options.rules);

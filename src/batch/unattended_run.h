@@ -12,6 +12,9 @@
 
 namespace tessaly::batch {
 
+// A run with no one to press Cancel stops the engine on a large dataset after this long.
+inline constexpr std::chrono::seconds kLargeDatasetTimeout{15 * 60};
+
 struct UnattendedRunOptions {
   fs::path program_folder;  // empty: the running program's folder
   bool no_graphs = false;
@@ -31,6 +34,8 @@ struct UnattendedRunOptions {
   fs::path output_path;
   // The longest the engine may work on one series; zero: no limit.
   std::chrono::seconds series_timeout{0};
+  // The limit of a large dataset when none is given (see RunOptions).
+  std::chrono::seconds large_dataset_timeout = kLargeDatasetTimeout;
   // The project whose first file sets the run's kind and seasonality, when not the run's own:
   // a shard is checked against the whole project's first file, as a run of it all would be.
   fs::path run_kind_from;
