@@ -23,6 +23,7 @@ packages=(
   python3-xlwt
   # fuzzing and the sanitizer build: clang with libFuzzer and the sanitizer runtimes
   clang libclang-rt-14-dev
+  libjpeg-dev  # the graphs' JPEG files, written directly
 )
 
 missing=()

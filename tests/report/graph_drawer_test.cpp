@@ -1,5 +1,6 @@
 #include "report/forms/graph_drawer.h"
 #include "report/forms/graph_stroke.h"
+#include "report/forms/jpeg_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -153,6 +154,27 @@ TEST(GraphDrawer, SlicedStrokeGivesTheSinglePixels) {
     EXPECT_NE(whole, QImage(1000, 600, QImage::Format_RGB32)) << c.name;
     EXPECT_TRUE(whole == sliced) << c.name;
   }
+}
+
+// The pictures' own JPEG writer makes the very bytes the toolkit's writer makes of the same
+// pixels: the graphs of the airline series, at the drawer's quality and another, and at the
+// pane's size.
+TEST(GraphDrawer, JpegFilesAreTheToolkitsByteForByte) {
+  TempDir out;
+  DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out.path());
+  std::filesystem::create_directories(out / "small");
+  DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, out / "small", {640, 400});
+  for (const char* picture : {"AIRLINEfore.jpg", "AIRLINEactres.jpg", "small/AIRLINEactcleanse.jpg"}) {
+    const QImage pixels = Load(out / picture).convertToFormat(QImage::Format_RGB32);
+    for (int quality : {92, 75}) {
+      ASSERT_TRUE(pixels.save(QString::fromStdString((out / "toolkit.jpg").string()), "JPG", quality));
+      ASSERT_TRUE(WriteJpeg(pixels, out / "own.jpg", quality));
+      EXPECT_EQ(tessaly::testing::ReadFile(out / "own.jpg"), tessaly::testing::ReadFile(out / "toolkit.jpg"))
+          << picture << " at " << quality;
+    }
+  }
+  EXPECT_FALSE(WriteJpeg(QImage(10, 10, QImage::Format_RGB32), out / "no" / "such.jpg", 92));
+  EXPECT_FALSE(std::filesystem::exists(out / "no"));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "report/forms/graph_drawer.h"
 
 #include "report/forms/graph_stroke.h"
+#include "report/forms/jpeg_writer.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -351,12 +352,7 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
     if (!painter.isActive()) return false;
     Paint(painter, plan, size.width, size.height);
   }
-  const QString target = QString::fromStdString(file.string());
-  if (!image.save(target, "JPG", 92)) {
-    QFile::remove(target);
-    return false;
-  }
-  return true;
+  return WriteJpeg(image, file, 92);
 }
 
 GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& prefs,
