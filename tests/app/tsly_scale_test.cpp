@@ -6,6 +6,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <utility>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -125,10 +126,9 @@ std::vector<std::string> DatasetRecords(const std::string& output) {
   static const std::regex head(R"(^\d+/\d+ \S+\.ASC: (forecast|rejected|failed|canceled).*)");
   std::vector<std::string> records;
   std::istringstream in(output);
-  for (std::string line; std::getline(in, line);) {
+  for (std::string line; std::getline(in, line);)
     if (std::regex_match(line, head)) records.push_back(line);
     else if (line.rfind("    ", 0) == 0 && !records.empty()) records.back() += "\n" + line;
-  }
   return records;
 }
 
@@ -181,11 +181,8 @@ TEST_F(TslyScaleTest, ParallelJobsAndMergedShardsLeaveWhatOneSerialRunLeaves) {
   // reason below it, in each part's order, as the serial run printed them.
   auto job_records = DatasetRecords(out);
   std::map<int, int> last_of_part;  // the three parts: datasets 1-3, 4-6, 7-9
-  for (const std::string& r : job_records) {
-    const int number = std::stoi(r);
-    EXPECT_LT(last_of_part[(number - 1) / 3], number) << out;
-    last_of_part[(number - 1) / 3] = number;
-  }
+  for (const std::string& r : job_records)
+    EXPECT_LT(std::exchange(last_of_part[(std::stoi(r) - 1) / 3], std::stoi(r)), std::stoi(r)) << out;
   std::sort(serial_records.begin(), serial_records.end());
   std::sort(job_records.begin(), job_records.end());
   EXPECT_EQ(job_records, serial_records) << out;
