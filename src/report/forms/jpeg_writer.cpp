@@ -30,7 +30,7 @@ bool WriteJpeg(const QImage& image, const std::filesystem::path& file, int quali
   info.err = jpeg_std_error(&error.mgr);
   error.mgr.error_exit = OnError;
   error.mgr.output_message = NoMessage;
-  bool ok = false;
+  volatile bool ok = false;  // kept across the jump back from libjpeg's error exit
   if (setjmp(error.jump) == 0) {
     jpeg_create_compress(&info);
     jpeg_stdio_dest(&info, out);
