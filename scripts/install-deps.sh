@@ -27,6 +27,7 @@ packages=(
   universal-ctags
   # fuzzing and the sanitizer build: clang with libFuzzer and the sanitizer runtimes
   clang libclang-rt-14-dev
+  libjpeg-dev  # the graphs' JPEG files, written directly
 )
 
 missing=()

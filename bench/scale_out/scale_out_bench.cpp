@@ -10,6 +10,8 @@
 // the file named by TESSALY_BENCH_ENGINE_LOG. That costs one extra process start per series.
 //
 // Usage: bench_scale_out [series=1000] [all|nographs|graphs] [jobs=1,2]
+//        bench_scale_out SERIES make FOLDER   leaves the program folder and the project in FOLDER
+//        (FOLDER/program, FOLDER/data/scale.xml) for a profiler, and runs nothing.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -86,7 +88,8 @@ struct Figures {
   int engines = 0, forecasts = 0;
 };
 
-Figures RunOnce(const fs::path& root, const fs::path& program, int series, int jobs, bool graphs) {
+// The project of `series` synthetic series and the sample's two, as root/data/scale.xml.
+void MakeProject(const fs::path& root, const fs::path& program, int series) {
   const fs::path data = root / "data";
   fs::remove_all(data);
   fs::create_directories(data);
@@ -105,6 +108,11 @@ Figures RunOnce(const fs::path& root, const fs::path& program, int series, int j
     project.Add_File(name, 0, 0, "00/00/00");
   }
   project.Build(data / "scale.xml");
+}
+
+Figures RunOnce(const fs::path& root, const fs::path& program, int series, int jobs, bool graphs) {
+  MakeProject(root, program, series);
+  const fs::path data = root / "data";
   const fs::path log = root / "engines.log";
   fs::remove(log);
 
@@ -155,10 +163,17 @@ int main(int argc, char** argv) {
   std::stringstream jobs_text(argc > 3 ? argv[3] : "1,2");
   for (std::string j; std::getline(jobs_text, j, ',');) job_counts.push_back(std::atoi(j.c_str()));
   char templ[] = "/tmp/tessaly-scale-bench-XXXXXX";
-  if (!mkdtemp(templ)) return 1;
-  fs::path root = templ;
+  const bool make_only = which == "make" && argc > 3;
+  if (!make_only && !mkdtemp(templ)) return 1;
+  fs::path root = make_only ? fs::absolute(argv[3]) : fs::path(templ);
   fs::path program = root / "program";
+  fs::create_directories(root);
   fs::copy(TESSALY_PROGRAM_DIR, program, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  if (make_only) {
+    MakeProject(root, program, series);
+    std::printf("%s/data/scale.xml: %d series; run it with %s/tsly run\n", root.c_str(), series + 2, program.c_str());
+    return 0;
+  }
   fs::rename(program / "qvxengine", program / "qvxengine.real");
   fs::copy_file(fs::read_symlink("/proc/self/exe"), program / "qvxengine");
   std::printf("%d synthetic monthly series and 2 of the sample's; %ld processors online\n", series,

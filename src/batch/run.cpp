@@ -90,6 +90,13 @@ std::string LoggedSince(const fs::path& log, uintmax_t from) {
   return text->substr(from);
 }
 
+// "15 minutes", "90 seconds".
+std::string LimitText(std::chrono::seconds limit) {
+  const long n = static_cast<long>(limit.count());
+  if (n >= 120 && n % 60 == 0) return std::to_string(n / 60) + " minutes";
+  return std::to_string(n) + (n == 1 ? " second" : " seconds");
+}
+
 template <typename T>
 void Reset(std::vector<T>& v) {
   std::fill(v.begin(), v.end(), T{});
@@ -539,6 +546,16 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   quorvane::EngineArrays& a = *arrays_;
   FillRequest(d, a);
   EngineCallContext context{pass.number, pass.count, name};
+  const long values = static_cast<long>(d.DataProp(1)) * d.DataProp(5);
+  if (options_.series_timeout.count() == 0 && options_.large_dataset_timeout.count() > 0 &&
+      values > kLargeDatasetValues) {
+    context.series_timeout = options_.large_dataset_timeout;
+    Dialogs().Message(name + " holds " + std::to_string(d.DataProp(1)) + " series of " +
+                          std::to_string(d.DataProp(5)) + " observations: the engine may take minutes on it, and is "
+                          "stopped after " + LimitText(context.series_timeout) +
+                          " (--series-timeout SECONDS sets another limit).",
+                      mb::OKOnly, texts::kFyi);
+  }
   EngineCallResult result = engine_call_(a, returned_, context);
   if (result.outcome == EngineCallOutcome::Canceled || RunCanceled()) {
     run.UnivariateRun = run.CausalRun = false;

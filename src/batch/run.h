@@ -142,7 +142,15 @@ struct RunOptions {
   fs::path output_path{};
   // The longest the engine may work on one series; zero: no limit.
   std::chrono::seconds series_timeout{0};
+  // When no limit is given: the limit of a dataset of more than kLargeDatasetValues
+  // observations, said before its engine starts; zero: none (the desktop, whose progress
+  // window shows the time and offers Cancel).
+  std::chrono::seconds large_dataset_timeout{0};
 };
+
+// A dataset this large (150 series of 10,000 observations at most) can keep the engine
+// busy for minutes.
+inline constexpr long kLargeDatasetValues = 100000;
 
 class BatchRun {
  public:

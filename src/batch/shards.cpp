@@ -259,6 +259,8 @@ int RunShard(const fs::path& project_path, const ShardSpec& shard, const ShardRu
     run.reports = std::make_shared<ShardReports>(options.reports);
     run.run_kind_from = path;
     run.progress_prefix = "Shard " + std::to_string(shard.index) + "/" + std::to_string(shard.count) + ": ";
+    run.first_number = first + 1;
+    run.whole_count = files;
     bool ended = false;
     run.ended = &ended;
     RunCanceled() = false;

@@ -1,6 +1,7 @@
 #include "batch/unattended_run.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <iostream>
 
@@ -8,23 +9,31 @@
 #include "batch/engine/unattended_wait.h"
 #include "platform/dialogs.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 #include "platform/progress_wait.h"
 
 namespace tessaly::batch {
 
 namespace {
 
-// Each dataset's line as soon as its outcome is known.
+// Each dataset's line as soon as its outcome is known, with its place in the whole project.
+// The line and its reason go out in one piece: parallel jobs share the standard output, and
+// one write of a few hundred bytes is never split by another's.
 class LineView : public RunView {
  public:
-  explicit LineView(std::ostream& out) : out_(out) {}
+  LineView(std::ostream& out, int first_number, int whole_count)
+      : out_(out), offset_(first_number - 1), whole_count_(whole_count) {}
   void FileDone(const FileReport& report) override {
     std::cerr << std::flush;
-    out_ << DatasetLine(report) << std::endl;
+    FileReport placed = report;
+    placed.number += offset_;
+    if (whole_count_ > 0) placed.count = whole_count_;
+    out_ << DatasetLine(placed) + "\n" << std::flush;
   }
 
  private:
   std::ostream& out_;
+  int offset_, whole_count_;
 };
 
 }  // namespace
@@ -107,10 +116,11 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   run_options.engine_folder = engine_folder;
   run_options.output_path = options.output_path;
   run_options.series_timeout = options.series_timeout;
+  run_options.large_dataset_timeout = options.large_dataset_timeout;
   BatchRun run(run_options, tree);
   if (options.reports) run.SetReports(options.reports);
   if (options.rules) run.SetRulesWizard(options.rules);
-  run.SetView(std::make_shared<LineView>(out));
+  run.SetView(std::make_shared<LineView>(out, options.first_number, options.whole_count));
   bool engine_started = true;
   run.SetEngineCreate([&](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
@@ -139,10 +149,15 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
     return kRunNothing;
   }
   if (options.ended) *options.ended = true;
-  out << TallyLine(path.filename().string(), run.FileReports(), total) << std::endl;
-  if (auto overview = platform::FindNoCase(run.OutputPath(), "display.html"))
+  // A shard's tally is its part's, and says so; the reports of a parallel run's job are
+  // merged away from its folder, so the parent's merge names where they are.
+  const bool part = options.whole_count > 0;
+  out << (part ? options.progress_prefix : "") + TallyLine(path.filename().string(), run.FileReports(), total) + "\n"
+      << std::flush;
+  const bool merged_away = part && std::getenv(platform::kJobsParentVariable);
+  if (auto overview = platform::FindNoCase(run.OutputPath(), "display.html"); overview && !merged_away)
     out << "Overview: " << overview->string() << std::endl;
-  else
+  else if (!merged_away)
     out << "Reports: " << platform::WithTrailingSlash(run.OutputPath().string()) << std::endl;
   const int status = RunExitStatus(run.FileReports(), total);
   // Results that could not be written or a project that could not be saved fail the run.

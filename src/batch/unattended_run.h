@@ -12,6 +12,9 @@
 
 namespace tessaly::batch {
 
+// A run with no one to press Cancel stops the engine on a large dataset after this long.
+inline constexpr std::chrono::seconds kLargeDatasetTimeout{15 * 60};
+
 struct UnattendedRunOptions {
   fs::path program_folder;  // empty: the running program's folder
   bool no_graphs = false;
@@ -31,11 +34,17 @@ struct UnattendedRunOptions {
   fs::path output_path;
   // The longest the engine may work on one series; zero: no limit.
   std::chrono::seconds series_timeout{0};
+  // The limit of a large dataset when none is given (see RunOptions).
+  std::chrono::seconds large_dataset_timeout = kLargeDatasetTimeout;
   // The project whose first file sets the run's kind and seasonality, when not the run's own:
   // a shard is checked against the whole project's first file, as a run of it all would be.
   fs::path run_kind_from;
   // Put before each progress line ("Shard 2/4: ").
   std::string progress_prefix;
+  // A part of a larger project (a shard): its datasets' lines carry their place in the
+  // whole project, the part's first dataset being number `first_number`, of `whole_count`.
+  int first_number = 1;
+  int whole_count = 0;
   // Where the line of each dataset and the closing tally go; standard output when null.
   std::ostream* out = nullptr;
   // Set true when the run went through its list to the tally (whatever became of each

@@ -5,12 +5,15 @@
 
 #include <signal.h>
 
+#include <algorithm>
+#include <utility>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -117,6 +120,18 @@ int ProcessesWorkingUnder(const fs::path& folder) {
   return count;
 }
 
+// The per-dataset lines of a run's output ("3/9 SYN2.ASC: forecast", a reason's lines below
+// it), each with the lines that go on from it, in their order.
+std::vector<std::string> DatasetRecords(const std::string& output) {
+  static const std::regex head(R"(^\d+/\d+ \S+\.ASC: (forecast|rejected|failed|canceled).*)");
+  std::vector<std::string> records;
+  std::istringstream in(output);
+  for (std::string line; std::getline(in, line);)
+    if (std::regex_match(line, head)) records.push_back(line);
+    else if (line.rfind("    ", 0) == 0 && !records.empty()) records.back() += "\n" + line;
+  return records;
+}
+
 class TslyScaleTest : public ::testing::Test {
  protected:
   int Tsly(const std::string& words, std::string* output, const std::string& env = "") {
@@ -155,11 +170,22 @@ TEST_F(TslyScaleTest, ParallelJobsAndMergedShardsLeaveWhatOneSerialRunLeaves) {
   // BROKEN.ASC, the fifth of nine, is rejected on purpose: a run that holds it ends in part.
   ASSERT_EQ(Tsly("run serial/P.xml", &out), 1) << out;
   const std::string serial_log = TakeErrorLog();
+  auto serial_records = DatasetRecords(out);
+  ASSERT_EQ(serial_records.size(), 9u) << out;
   ASSERT_NE(serial_log.find("BROKEN.ASC"), std::string::npos);
 
   // Nine files in parts of at most 4: three shards, two at a time.
   ASSERT_EQ(Tsly("run jobs/P.xml --jobs 2 --part-size 4", &out), 1) << out;
   EXPECT_NE(out.find("Shard 3/3: Series 1 of 3: SYN5.ASC - Finished"), std::string::npos) << out;
+  // The jobs' lines come whole, each dataset once with its place in the project and its
+  // reason below it, in each part's order, as the serial run printed them.
+  auto job_records = DatasetRecords(out);
+  std::map<int, int> last_of_part;  // the three parts: datasets 1-3, 4-6, 7-9
+  for (const std::string& r : job_records)
+    EXPECT_LT(std::exchange(last_of_part[(std::stoi(r) - 1) / 3], std::stoi(r)), std::stoi(r)) << out;
+  std::sort(serial_records.begin(), serial_records.end());
+  std::sort(job_records.begin(), job_records.end());
+  EXPECT_EQ(job_records, serial_records) << out;
   EXPECT_EQ(TakeErrorLog(), serial_log);
   ExpectSameOutputs(work / "serial", work / "jobs");
 

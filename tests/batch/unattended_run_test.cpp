@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -26,9 +27,11 @@ class UnattendedRunTest : public ::testing::Test {
     RunState() = RunFlags{};
     fs::copy(program / "examples", work.path(), fs::copy_options::recursive);
   }
-  int Run(const std::string& project) {
+  int Run(const std::string& project, int series_timeout = 0, int large_dataset_timeout = 900) {
     UnattendedRunOptions options;
     options.program_folder = program.path();
+    options.series_timeout = std::chrono::seconds(series_timeout);
+    options.large_dataset_timeout = std::chrono::seconds(large_dataset_timeout);
     options.install_unattended_hosts = false;
     lines.str("");
     options.out = &lines;
@@ -251,6 +254,36 @@ TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
     status = tessaly::testing::RunCommand("'" + program.Executable().string() + "' " + c.words, &output);
     EXPECT_EQ(status, c.status) << c.words << output;
     EXPECT_EQ(output.rfind(c.starts, 0), 0u) << c.words << output;
+  }
+}
+
+
+// A dataset of 11 series of 10,000 quarterly observations, which the engine here never ends:
+// with no limit given it is stopped at the large-dataset limit, said before it starts; a
+// limit given holds instead, and nothing is said.
+TEST_F(UnattendedRunTest, ALargeDatasetGetsATimeLimitWhenNoneIsGiven) {
+  std::string asc = "0\r\n0\r\n0\r\n11\r\n4\r\n1990\r\n1\r\n10000\r\n8\r\n0\r\n8\r\n";
+  for (int i = 1; i <= 22; ++i) asc += i <= 11 ? "X" + std::to_string(i) + "\r\n" : i < 22 ? "1\r\n" : "0\r\n";
+  for (int v = 0; v < 11 * 10000 + 10 * 8; ++v) asc += std::to_string(100 + v % 37) + "\r\n";
+  tessaly::testing::WriteFile(work / "BIG.ASC", asc);
+  tessaly::testing::WriteFile(work / "big.xml", std::regex_replace(ReadFile(work / "annual.xml"), std::regex("NILE"), "BIG"));
+  fs::rename(program / "qvxengine", program / "qvxengine.real");
+  tessaly::testing::WriteFile(program / "qvxengine", "#!/bin/sh\nexec sleep 60\n");
+  fs::permissions(program / "qvxengine", fs::perms::owner_all);
+  const struct {
+    int given, large;
+    std::string said, logged;
+  } cases[] = {{0, 2, "BIG.ASC holds 11 series of 10000 observations: the engine may take minutes on it, and is "
+                      "stopped after 2 seconds (--series-timeout SECONDS sets another limit).", "limit of 2 seconds."},
+               {3, 2, "", "limit of 3 seconds."}};
+  for (const auto& c : cases) {
+    RunState() = RunFlags{};
+    host->shown.clear();
+    EXPECT_EQ(Run("big.xml", c.given, c.large), kRunNothing);
+    const auto* said = host.Starting("BIG.ASC holds");
+    EXPECT_EQ(said ? said->text : "", c.said) << host.Joined();
+    EXPECT_NE(ReadFile(program / "Process Errors.Err").find("The engine was stopped after the series time " + c.logged),
+              std::string::npos);
   }
 }
 

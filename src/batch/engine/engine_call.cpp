@@ -92,7 +92,7 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   if (hooks.ensure_ftable_links) hooks.ensure_ftable_links();
   engine->Start();
   EngineWait work(*engine, engine->WorkingFolder(), context, kill_engines, hooks.cancel_grace);
-  work.SetTimeLimit(hooks.series_timeout);
+  work.SetTimeLimit(context.series_timeout.count() > 0 ? context.series_timeout : hooks.series_timeout);
   wait.Wait(work);
 
   // Pending events once, then the control files as they were before the call.

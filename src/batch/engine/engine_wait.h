@@ -27,6 +27,8 @@ struct EngineCallContext {
   int series_number = 0;
   int series_count = 0;
   std::string series_name;
+  // A time limit of this call that replaces the run's (a large dataset's own); zero: the run's.
+  std::chrono::seconds series_timeout{0};
 };
 
 class EngineWait : public platform::WaitedWork {

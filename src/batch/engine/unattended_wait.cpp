@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <iostream>
 #include <thread>
 
@@ -10,6 +11,7 @@
 #include "batch/engine/progress_logic.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/process.h"
 
 namespace tessaly::batch {
 
@@ -31,8 +33,10 @@ void UnattendedProgressWait::CatchInterrupts() {
 
 bool UnattendedProgressWait::Interrupted() { return g_interrupted != 0; }
 
+// A line rewritten in place needs a terminal of its own: the jobs of a parallel run share
+// their parent's, so each of them prints whole lines.
 UnattendedProgressWait::UnattendedProgressWait()
-    : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1) {}
+    : UnattendedProgressWait(std::cerr, ::isatty(STDERR_FILENO) == 1 && !std::getenv(platform::kJobsParentVariable)) {}
 
 UnattendedProgressWait::UnattendedProgressWait(std::ostream& out, bool in_place,
                                                std::chrono::milliseconds poll)
@@ -62,6 +66,7 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
   std::string last_shown;
   auto last_check = start - std::chrono::seconds(1);
   auto last_file_check = start;
+  Clock::duration next_note = first_note_;
   for (;;) {
     // An interrupt is looked at before the engine: the terminal's Ctrl-C reaches the engine
     // too, and its death then is the cancel's, not a failure of the dataset.
@@ -83,15 +88,18 @@ void UnattendedProgressWait::Wait(platform::WaitedWork& work) {
         last_shown = line;
       }
     }
+    // Off a terminal a series that takes long still shows it is alive: a whole line with
+    // its stage after the first stretch and then every so often.
+    if (!in_place_ && Clock::now() - start >= next_note) {
+      next_note += note_every_;
+      out_ << prefix_ + ProgressLine(work, work.StageText(), elapsed()) + "\n" << std::flush;
+    }
     std::this_thread::sleep_for(poll_);
   }
   std::string end = work.CancelRequested() ? "Canceled" : "Finished";
   std::string line = prefix_ + ProgressLine(work, end, elapsed());
-  if (in_place_) {
-    out_ << '\r' << line << "\x1b[K" << '\n' << std::flush;
-  } else {
-    out_ << line << '\n' << std::flush;
-  }
+  // One write for the whole line, so that the lines of jobs at once never mix.
+  out_ << (in_place_ ? "\r" + line + "\x1b[K\n" : line + "\n") << std::flush;
 }
 
 }  // namespace tessaly::batch

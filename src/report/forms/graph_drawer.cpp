@@ -1,5 +1,8 @@
 #include "report/forms/graph_drawer.h"
 
+#include "report/forms/graph_stroke.h"
+#include "report/forms/jpeg_writer.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFont>
@@ -269,21 +272,10 @@ void Paint(QPainter& p, const GraphPlan& plan, int width, int height) {
     p.setClipRect((on_sub ? sub : area).adjusted(-3, -3, 3, 3));
     LineStyle style = StyleFor(line.role);
     if (line.role == LineRole::Cleansed) style.colour.setAlpha(150);
-    p.setPen(QPen(style.colour, style.width, style.pen, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(Qt::NoBrush);
-    QPainterPath path;
-    bool open = false;
-    for (int i = 0; i < n; ++i) {
-      if (!line.values[i]) {
-        open = false;
-        continue;
-      }
-      const QPointF pt(x_of(i), y_line(*line.values[i]));
-      if (open) path.lineTo(pt);
-      else path.moveTo(pt);
-      open = true;
-    }
-    p.drawPath(path);
+    std::vector<std::optional<QPointF>> points(n);
+    for (int i = 0; i < n; ++i)
+      if (line.values[i]) points[i] = QPointF(x_of(i), y_line(*line.values[i]));
+    StrokePolyline(p, points, QPen(style.colour, style.width, style.pen, Qt::RoundCap, Qt::RoundJoin));
     p.setPen(QPen(style.colour, 1));
     p.setBrush(style.colour);
     for (int i = 0; i < n; ++i) {
@@ -360,12 +352,7 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
     if (!painter.isActive()) return false;
     Paint(painter, plan, size.width, size.height);
   }
-  const QString target = QString::fromStdString(file.string());
-  if (!image.save(target, "JPG", 92)) {
-    QFile::remove(target);
-    return false;
-  }
-  return true;
+  return WriteJpeg(image, file, 92);
 }
 
 GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& prefs,

@@ -108,11 +108,12 @@ quorvane::EngineArrays OneSeries() {
 }
 
 // What the unattended wait writes for one call of an engine that keeps each stage `stage_ms`.
-std::string UnattendedOutput(bool in_place, int stage_ms, EngineCallContext context) {
+std::string UnattendedOutput(bool in_place, int stage_ms, EngineCallContext context, int note_ms = 10000) {
   test::RunFlagsReset flags;
   test::FakeEngineFolder folder("stages " + std::to_string(stage_ms));
   std::ostringstream out;
   UnattendedProgressWait wait(out, in_place);
+  wait.SetLongSeriesNotes(std::chrono::milliseconds(note_ms), std::chrono::milliseconds(2 * note_ms));
   quorvane::EngineArrays arrays = OneSeries();
   EngineReturn returned;
   EngineCallHooks hooks;
@@ -121,10 +122,17 @@ std::string UnattendedOutput(bool in_place, int stage_ms, EngineCallContext cont
   return out.str();
 }
 
-TEST(UnattendedWaitTest, OneLinePerSeriesWhenNotATerminal) {
+// Off a terminal: one line when a quick series ends; a long one also shows its stage now and
+// then (here after 0.3 s and every 0.6 s of four stages of 0.5 s).
+TEST(UnattendedWaitTest, WholeLinesWhenNotATerminalAndNotesWhileASeriesTakesLong) {
   std::string text = UnattendedOutput(false, 60, {3, 7, "SALES"});
   EXPECT_TRUE(std::regex_match(text,
                                std::regex("Series 3 of 7: SALES - Finished - 00:00:0[0-9]\n")))
+      << text;
+  text = UnattendedOutput(false, 500, {1, 2, "SALES"}, 300);
+  EXPECT_TRUE(std::regex_match(
+      text, std::regex("(Series 1 of 2: SALES( - (Data Preparation|Model (Identification|Estimation|Diagnosis)))? - "
+                       "00:00:0[0-9]\n){2,5}Series 1 of 2: SALES - Finished - 00:00:0[0-9]\n")))
       << text;
 }
 
