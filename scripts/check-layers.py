@@ -28,6 +28,8 @@ TABLE = [
     ("engine/*", "engine", 1),
     # The graph pictures paint with QtGui off-screen, for the run with no window too.
     ("report/forms/graph_drawer.*", "report", 4),
+    ("report/forms/graph_stroke.*", "report", 4),
+    ("report/forms/jpeg_writer.*", "report", 4),
     ("*/forms/*", "desktop", 5),
     ("app/*", "programs", 5),
     ("dataset/*", "dataset", 2),

@@ -132,6 +132,8 @@ double LabelWidth(const Axis& axis, const QFontMetricsF& metrics) {
   return width;
 }
 
+// Kept whole: one picture painted from top to bottom; the panels, scales and fonts laid out
+// at its top are used by every part after them, each part marked below.
 void Paint(QPainter& p, const GraphPlan& plan, int width, int height) {
   p.setRenderHint(QPainter::Antialiasing, true);
   p.setRenderHint(QPainter::TextAntialiasing, true);
