@@ -460,7 +460,10 @@ int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::
 
   // The jobs work under this process's lock on the working folder.
   ::setenv(platform::kJobsParentVariable, std::to_string(::getpid()).c_str(), 1);
-  int worst = 0, running = 0, next = 1;
+  // The jobs' statuses add up as one run's would: all forecast, some, or none at all. A job
+  // whose datasets were all rejected says 2 for its part, not for the project.
+  bool some_forecast = false, some_short = false;
+  int running = 0, next = 1;
   auto canceled = [&] {
     return UnattendedProgressWait::Interrupted() || platform::ExistsNoCase(merge.program_folder, kKillFile);
   };
@@ -476,7 +479,7 @@ int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::
       if (posix_spawn(&pid, tsly.c_str(), nullptr, nullptr, argv.data(), environ) != 0) {
         Dialogs().Message("The job for shard " + std::to_string(next) + " could not be started: " + tsly.string(),
                           mb::OKOnly, texts::kAppTitle);
-        worst = 2;
+        some_short = true;
       } else {
         ++running;
       }
@@ -491,14 +494,17 @@ int RunJobs(const fs::path& project, int jobs, const fs::path& tsly, const std::
       break;
     }
     --running;
-    worst = std::max(worst, WIFEXITED(status) ? WEXITSTATUS(status) : 2);
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 2;
+    if (code == 0 || code == 1) some_forecast = true;
+    if (code != 0) some_short = true;
   }
   while (platform::RemoveNoCase(merge.program_folder, kKillFile)) {
   }
   MergeOptions all = merge;
   all.shards = shards;
   int merged = MergeShards(project, all);
-  return merged != 0 ? merged : worst;
+  if (merged != 0) return merged;
+  return !some_forecast ? 2 : some_short ? 1 : 0;
 }
 
 }  // namespace tessaly::batch

@@ -1,6 +1,7 @@
 #include "report/run_reports_binding.h"
 
 #include "platform/paths.h"
+#include "platform/progress_wait.h"
 #ifdef TESSALY_RUN_GRAPHS
 #include "report/forms/graph_drawer.h"
 #endif
@@ -39,7 +40,8 @@ std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
   in.begin_period = d.DataProp(4);
   in.seasonality = d.DataProp(2);
   in.leading_left_out = s.arrays.integers20.empty() ? 0 : s.arrays.integers20[0];
-  report::GraphFlags flags = report::DrawSeriesGraphs(in, graphs_, s.output_path);
+  report::GraphFlags flags = report::DrawSeriesGraphs(in, graphs_, s.output_path, {},
+                                                      [] { platform::ProgressWaiter().LetEventsRun(); });
   return flags.drawn;
 #endif
 }

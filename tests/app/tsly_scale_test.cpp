@@ -188,6 +188,9 @@ TEST_F(TslyScaleTest, ParallelJobsAndMergedShardsLeaveWhatOneSerialRunLeaves) {
   EXPECT_EQ(job_records, serial_records) << out;
   EXPECT_EQ(TakeErrorLog(), serial_log);
   ExpectSameOutputs(work / "serial", work / "jobs");
+  // A part whose datasets were all rejected (BROKEN.ASC alone) leaves the run forecast in part.
+  WriteProject(work / "parts", program / "examples", {"ALPHA", "BETA", "GAMMA"});
+  EXPECT_EQ(Tsly("run parts/P.xml --jobs 2 --part-size 1 --no-graphs", &out), 1) << out;
 
   for (int i = 1; i <= 3; ++i)
     ASSERT_EQ(Tsly("run shards/P.xml --shard " + std::to_string(i) + "/3", &out), i == 2 ? 1 : 0) << out;

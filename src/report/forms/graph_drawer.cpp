@@ -358,7 +358,8 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
 }
 
 GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& prefs,
-                            const std::filesystem::path& output_folder, GraphSize size) {
+                            const std::filesystem::path& output_folder, GraphSize size,
+                            const std::function<void()>& after_each) {
   GraphFlags flags;
   if (prefs.no_graphs) return flags;
   for (GraphKind kind : kDrawingOrder) {
@@ -367,6 +368,7 @@ GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& pre
     if (!plan) continue;
     flags.drawn[static_cast<int>(kind) - 1] =
         DrawGraphFile(*plan, output_folder / plan->file_name, size);
+    if (after_each) after_each();
   }
   return flags;
 }

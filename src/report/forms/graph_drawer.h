@@ -5,6 +5,7 @@
 // process has none).
 #include <array>
 #include <filesystem>
+#include <functional>
 
 #include "report/graph_plan.h"
 
@@ -31,8 +32,11 @@ GraphSize GraphSizeForPane(int pane_width, int pane_height);
 // Draws the graphs the preferences ask for, in the run's order, as
 // <output_folder>/<series><suffix>. A graph with nothing to draw, or whose file cannot be
 // written, is simply not made: its flag stays clear and the others go on. No message.
+// after_each, when given, is called after every picture (the desktop lets its windows
+// redraw there, so the progress window's clock keeps moving while the pictures are made).
 GraphFlags DrawSeriesGraphs(const GraphInput& input, const GraphPreferences& prefs,
-                            const std::filesystem::path& output_folder, GraphSize size = {});
+                            const std::filesystem::path& output_folder, GraphSize size = {},
+                            const std::function<void()>& after_each = {});
 
 // Paints one planned graph to a JPEG file; false (and no file) on any fault.
 [[nodiscard]] bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, GraphSize size = {});
