@@ -25,6 +25,7 @@ constexpr Command kCommands[] = {
      "  --jobs K              K engines at once, each in a private working folder (K parts\n"
      "                        of the list, joined at the end): the same outputs as one at a time\n"
      "  --part-size N         with --jobs: parts of at most N datasets (default 100), K at a time\n"
+     "                        (--jobs 1 too: one engine at a time, a large project filed faster)\n"
      "  --shard I/N           only the I-th of N parts of the list, written under\n"
      "                        OUTPUT/shards/I; join the parts with tsly merge\n"
      "  --shard auto          I and N from a Slurm job array (SLURM_ARRAY_TASK_ID, _COUNT) or\n"

@@ -21,6 +21,10 @@ namespace {
 
 struct RunChoice {
   int jobs = 1;
+  // --jobs given, even 1: the run goes in parts of bounded size (one engine at a time with 1),
+  // which keeps filing a large project's outputs from growing with its square; a plain run is
+  // the one serial pass over the list.
+  bool jobs_given = false;
   int part_size = batch::kDefaultPartSize;
   std::optional<batch::ShardSpec> shard;
   bool no_graphs = false;
@@ -37,7 +41,7 @@ class ProjectRunner : public shell::CommandLineRunner {
       batch::ShardRunOptions options{program, choice_.no_graphs, choice_.series_timeout, reports, {}};
       return batch::RunShard(project, *choice_.shard, options);
     }
-    if (choice_.jobs > 1) {
+    if (choice_.jobs_given) {
       std::vector<std::string> extra;
       if (choice_.no_graphs) extra.push_back("--no-graphs");
       if (choice_.series_timeout.count() > 0)
@@ -82,7 +86,7 @@ int RunCommand(const Args& args, std::ostream& out, std::ostream& err) {
       auto v = value();
       auto n = v ? PositiveNumber(*v) : std::nullopt;
       if (!n) return UsageError("run", a + " takes a whole number of at least 1.", err);
-      if (a == "--jobs") choice.jobs = *n;
+      if (a == "--jobs") choice.jobs = *n, choice.jobs_given = true;
       if (a == "--shards") shards = *n;
       if (a == "--part-size") choice.part_size = *n;
       if (a == "--series-timeout") choice.series_timeout = std::chrono::seconds(*n);
@@ -103,7 +107,7 @@ int RunCommand(const Args& args, std::ostream& out, std::ostream& err) {
   std::string ext = platform::ToUpper(project.extension().string());
   if (ext != ".XML") return UsageError("run", "'" + project_word + "' is not a project (.xml).", err);
   if (!shard_word.empty()) {
-    if (choice.jobs > 1 || choice.part_size != batch::kDefaultPartSize)
+    if (choice.jobs_given || choice.part_size != batch::kDefaultPartSize)
       return UsageError("run", "give --jobs (and --part-size) or --shard, not both.", err);
     std::string error;
     choice.shard = shard_word == "auto"
