@@ -124,6 +124,71 @@ std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const st
   return g;
 }
 
+namespace {
+
+// The innovations filter both exact passes share. The state holds the predictions of
+// w(t..t+r-1) given the innovations up to t, started at its stationary covariance P, whose first
+// column is gamma(0..r-1). The filter needs only the prediction variance f = P(0,0) and the gain
+// G = T P e1 (T the shift with the AR row), and because it starts from the stationary
+// covariance, each change P(t+1) - P(t) has rank one, W M W'. Carrying W and M (the
+// Chandrasekhar recursions) costs O(r) a step in place of the O(r^2) of the full Riccati
+// update, which matters for seasonal models, whose state spans a whole cycle or more.
+class ChandrasekharFilter {
+ public:
+  ChandrasekharFilter(const std::vector<double>& phi, const std::vector<double>& gamma, int r)
+      : G(r), r_(r), W_(r), TW_(r) {
+    // The nonzero AR lags only: seasonal models have few among many.
+    for (int k = 1; k <= static_cast<int>(phi.size()); ++k)
+      if (phi[k - 1] != 0.0) {
+        lag_.push_back(k);
+        coef_.push_back(phi[k - 1]);
+      }
+    f = gamma[0];
+    for (int i = 0; i < r; ++i) G[i] = gamma[i];
+    Advance(G);
+    W_ = G;
+    M_ = -1.0 / f;  // P(2) - P(1) = -G G' / f
+  }
+
+  // a <- T a : shift up, last from phi.
+  void Advance(std::vector<double>& a) const {
+    double last = 0.0;
+    for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * a[r_ - lag_[m]];
+    for (int i = 0; i + 1 < r_; ++i) a[i] = a[i + 1];
+    a[r_ - 1] = last;
+  }
+
+  // The gain of the next step: f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f',
+  // M' = M f' / f. Converged, the gain no longer changes.
+  void NextGain() {
+    if (steady_) return;
+    const double w0 = W_[0];
+    TW_ = W_;
+    Advance(TW_);
+    const double fn = f + M_ * w0 * w0;
+    for (int i = 0; i < r_; ++i) {
+      const double g = G[i];
+      G[i] = g + TW_[i] * M_ * w0;
+      W_[i] = (TW_[i] * f - g * w0) / fn;
+    }
+    M_ = M_ * fn / f;
+    f = fn;
+    if (std::fabs(f - 1.0) < 1e-9) steady_ = true;
+  }
+
+  double f = 0.0;         // the present step's prediction variance
+  std::vector<double> G;  // and its gain
+
+ private:
+  int r_;
+  std::vector<int> lag_;
+  std::vector<double> coef_, W_, TW_;
+  double M_ = 0.0;
+  bool steady_ = false;
+};
+
+}  // namespace
+
 ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi,
                                    const std::vector<double>& theta, bool with_mean, bool keep_series) {
   ArmaLikelihood out;
@@ -135,40 +200,12 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
   if (gamma.empty()) return out;
 
-  // State: the predictions of w(t..t+r-1) given the innovations up to t, started at its
-  // stationary covariance P, whose first column is gamma(0..r-1). The filter needs only the
-  // prediction variance f = P(0,0) and the gain G = T P e1 (T the shift with the AR row), and
-  // because it starts from the stationary covariance, each change P(t+1) - P(t) has rank one,
-  // W M W'. Carrying W and M (the Chandrasekhar recursions) costs O(r) a step in place of the
-  // O(r^2) of the full Riccati update, which matters for seasonal models, whose state spans a
-  // whole cycle or more.
-  // The nonzero AR lags only: seasonal models have few among many.
-  std::vector<int> lag;
-  std::vector<double> coef;
-  for (int k = 1; k <= p; ++k)
-    if (phi[k - 1] != 0.0) {
-      lag.push_back(k);
-      coef.push_back(phi[k - 1]);
-    }
-  const int nz = static_cast<int>(lag.size());
-  std::vector<double> aw(r, 0.0), ax(r, 0.0), G(r), W(r), TW(r);
+  ChandrasekharFilter kf(phi, gamma, r);
+  const std::vector<double>& G = kf.G;
+  std::vector<double> aw(r, 0.0), ax(r, 0.0);
   std::vector<double> vw(n), vx(n), F(n);
-
-  auto advance = [&](std::vector<double>& a) {
-    // a <- T a : shift up, last from phi.
-    double last = 0.0;
-    for (int m = 0; m < nz; ++m) last += coef[m] * a[r - lag[m]];
-    for (int i = 0; i + 1 < r; ++i) a[i] = a[i + 1];
-    a[r - 1] = last;
-  };
-
-  double f = gamma[0];
-  for (int i = 0; i < r; ++i) G[i] = gamma[i];
-  advance(G);
-  W = G;
-  double M = -1.0 / f;  // P(2) - P(1) = -G G' / f
-  bool steady = false;
   for (int t = 0; t < n; ++t) {
+    const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return out;
     const double v1 = w[t] - aw[0];
     const double v2 = with_mean ? 1.0 - ax[0] : 0.0;
@@ -176,9 +213,9 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     vx[t] = v2;
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
-    advance(aw);
+    kf.Advance(aw);
     if (with_mean) {
-      advance(ax);
+      kf.Advance(ax);
       for (int i = 0; i < r; ++i) {
         aw[i] += G[i] * v1 / f;
         ax[i] += G[i] * v2 / f;
@@ -187,22 +224,7 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
       // Without a mean the unit series' filter is not needed: its errors stay unused.
       for (int i = 0; i < r; ++i) aw[i] += G[i] * v1 / f;
     }
-    if (!steady) {
-      // f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f', M' = M f' / f.
-      const double w0 = W[0];
-      TW = W;
-      advance(TW);
-      const double fn = f + M * w0 * w0;
-      for (int i = 0; i < r; ++i) {
-        const double g = G[i];
-        G[i] = g + TW[i] * M * w0;
-        W[i] = (TW[i] * f - g * w0) / fn;
-      }
-      M = M * fn / f;
-      f = fn;
-      // Converged: the gain no longer changes.
-      if (std::fabs(f - 1.0) < 1e-9) steady = true;
-    }
+    kf.NextGain();
   }
 
   double sxx = 0.0, sxw = 0.0, sumlogf = 0.0;
@@ -263,52 +285,22 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
   const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
   if (gamma.empty()) return out;
   // The filter of ArmaExactLikelihood, step for step, with one state per series.
-  std::vector<int> lag;
-  std::vector<double> coef;
-  for (int i = 1; i <= p; ++i)
-    if (phi[i - 1] != 0.0) {
-      lag.push_back(i);
-      coef.push_back(phi[i - 1]);
-    }
-  const int nz = static_cast<int>(lag.size());
-  auto advance = [&](std::vector<double>& a) {
-    double last = 0.0;
-    for (int m = 0; m < nz; ++m) last += coef[m] * a[r - lag[m]];
-    for (int i = 0; i + 1 < r; ++i) a[i] = a[i + 1];
-    a[r - 1] = last;
-  };
+  ChandrasekharFilter kf(phi, gamma, r);
+  const std::vector<double>& G = kf.G;
   std::vector<std::vector<double>> a(k, std::vector<double>(r, 0.0)), v(k, std::vector<double>(n));
-  std::vector<double> G(r), W(r), TW(r), F(n);
-  double f = gamma[0];
-  for (int i = 0; i < r; ++i) G[i] = gamma[i];
-  advance(G);
-  W = G;
-  double M = -1.0 / f;
-  bool steady = false;
+  std::vector<double> F(n);
   for (int t = 0; t < n; ++t) {
+    const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
     F[t] = f;
     for (int j = 0; j < k; ++j) {
       std::vector<double>& aj = a[j];
       const double e = (*series[j])[t] - aj[0];
       v[j][t] = e;
-      advance(aj);
+      kf.Advance(aj);
       for (int i = 0; i < r; ++i) aj[i] += G[i] * e / f;
     }
-    if (!steady) {
-      const double w0 = W[0];
-      TW = W;
-      advance(TW);
-      const double fn = f + M * w0 * w0;
-      for (int i = 0; i < r; ++i) {
-        const double g = G[i];
-        G[i] = g + TW[i] * M * w0;
-        W[i] = (TW[i] * f - g * w0) / fn;
-      }
-      M = M * fn / f;
-      f = fn;
-      if (std::fabs(f - 1.0) < 1e-9) steady = true;
-    }
+    kf.NextGain();
   }
   double sumlogf = 0.0;
   for (int t = 0; t < n; ++t) sumlogf += std::log(F[t]);
