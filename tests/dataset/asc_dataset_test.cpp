@@ -149,6 +149,17 @@ TEST(AscRead, HeadersAskingForMoreThanTheRecordHoldsAreRefused) {
             "dataset can hold. Please ascertain the actual numbers in DataProp() and correct your "
             ".asc file.\r\n");
   EXPECT_EQ(ReadAscFile(dir / "typed.asc", ds).status, AscReadStatus::ExceedsBounds);
+  // The header is read as far as its counts allow: 150 series' names and types, none of 151.
+  AscHeader header;
+  ASSERT_TRUE(ReadAscHeader(dir / "typed.asc", header).ok());
+  EXPECT_EQ(header.names.size(), 150u);
+  EXPECT_EQ(header.K, 150);
+  lines[3] = "151";
+  WriteFile(dir / "big.asc", Lines(lines));
+  AscHeader too_many;
+  (void)ReadAscHeader(dir / "big.asc", too_many);
+  EXPECT_TRUE(too_many.names.empty());
+  EXPECT_TRUE(too_many.types.empty());
 }
 
 // What is not a dataset file is said as such before anything is read: a wrong input

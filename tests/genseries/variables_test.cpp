@@ -54,6 +54,12 @@ TEST(VariablesFile, AllPlacesRoundTripAndTheFileSatisfiesItsSchema) {
       platform::xml::ValidateAgainstSchema(*parsed.document, dir / "DEFAULTXSD" / "BPSchema.xsd");
   EXPECT_TRUE(valid.valid) << valid.reason;
   EXPECT_EQ(platform::ReadWholeFile(his)->rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>", 0), 0u);
+  // A place left out is a fault the schema sees.
+  std::string cut = *platform::ReadWholeFile(his);
+  cut.erase(cut.find("<MinorPeriod>"), cut.find("</MinorPeriod>") + 14 - cut.find("<MinorPeriod>"));
+  auto without = platform::xml::ParseString(cut);
+  ASSERT_TRUE(without);
+  EXPECT_FALSE(platform::xml::ValidateAgainstSchema(*without.document, dir / "DEFAULTXSD" / "BPSchema.xsd"));
 
   // The reader goes by position: a comment after the first shifts every later value by one.
   std::string text = *platform::ReadWholeFile(his);

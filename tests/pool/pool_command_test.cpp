@@ -64,14 +64,10 @@ TEST_F(PoolCommandTest, RefusedSelectionsSayWhyAndChangeNothing) {
     std::string message;  // the start of the message shown
   };
   std::vector<Case> cases{
-      {"one file", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); }, {"A.ASC"},
-       "FYI!  The range for selection is from 2 to 149."},
+      // The checks shared with the aggregation have their words checked with the children's
+      // selection; these are the pooling's own, and the refusal's whole path.
       {"series counts", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); t.Asc("B.ASC", 24, 2); }, {"A.ASC", "B.ASC"},
        "B.ASC does not have the same number of series as the other series." + review},
-      {"seasonality", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); t.Asc("B.ASC", 24, 1, "4"); }, {"A.ASC", "B.ASC"},
-       "B.ASC does not have the same seasonality as the other series." + review},
-      {"lengths", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); t.Asc("B.ASC", 30); }, {"A.ASC", "B.ASC"},
-       "B.ASC does not have the same number of observations as the other series. " + review},
       {"an empty file", [](PoolCommandTest& t) { t.Asc("A.ASC", 24); EXPECT_TRUE(platform::WriteWholeFile(t.work / "B.ASC", "")); },
        {"A.ASC", "B.ASC"}, "B.ASC is an empty or malformed file." + review},
   };

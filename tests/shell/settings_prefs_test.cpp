@@ -140,6 +140,14 @@ TEST(Preferences, ReaderGoesByPositionNotByName) {
   EXPECT_EQ(values.AllGraphs, kFalse);
   EXPECT_EQ(values.Res, kFalse);
   EXPECT_EQ(values.NoLimits, kTrue);
+  // The number is a 16-bit figure: one past its range leaves the default.
+  for (const auto& [text, decimals] : {std::pair{"32767", 32767}, {"32768", 2}, {"-32769", 2}}) {
+    WriteFile(program / "DEFAULTXSD" / "UserPreferences.xml",
+              "<Pref_Variables><Decimals>" + std::string(text) + "</Decimals></Pref_Variables>");
+    PreferenceValues bound;
+    LoadPrefXmlFile(program.path(), bound);
+    EXPECT_EQ(bound.Decimals, decimals) << text;
+  }
 }
 
 TEST(Preferences, BrokenFileIsToldAndDefaultsStand) {

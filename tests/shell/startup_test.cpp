@@ -8,8 +8,6 @@
 #include <thread>
 
 #include "formats/batch_schema.h"
-#include "formats/bp_schema.h"
-#include "platform/xml.h"
 #include "shell/ftables.h"
 #include "shell/startup.h"
 #include "support/messages.h"
@@ -159,50 +157,6 @@ TEST(SchemaFiles, WrittenWhenMissingAndLeftWhenPresent) {
                                       "batchschema1.0.2.xsd", "bpschema.xsd"}));
   EXPECT_EQ(ReadFile(program / "DEFAULTXSD" / "bpschema.xsd"), "mine");
   EXPECT_EQ(ReadFile(program / "DEFAULTXSD" / "batchschema1.0.2.xsd"), batch::BatchSchemaText());
-}
-
-TEST(BPSchema, ValidatesAFullVariablesFile) {
-  TempDir dir;
-  ASSERT_TRUE(genseries::WriteBPSchema(dir / "BPSchema.xsd"));
-  std::string text = ReadFile(dir / "BPSchema.xsd");
-  EXPECT_EQ(text.rfind("<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-                       "<!--this schema is for BPVariables.xml -->\r\n<xs:schema ",
-                       0),
-            0u);
-  platform::xml::Document doc;
-  auto root = doc.SetRoot("BP_Variables");
-  root.SetAttribute("inputpath", "/data");
-  root.SetAttribute("outputpath", "/data");
-  root.SetAttribute("xmlns:xsd", "http://www.w3.org/2001/XMLSchema-instance");
-  root.SetAttribute("xsd:noNamespaceSchemaLocation", (dir / "BPSchema.xsd").string());
-  root.AppendComment("batch variables required for batch processing");
-  const char* names[] = {"FirstObjective", "SecondObjective", "ThirdObjective",
-                         "NumberOfNewSeries", "BPSeasonality", "MajorPeriod", "MinorPeriod",
-                         "LevelStartYear", "LevelStartPeriod", "LevelEndYear", "LevelEndPeriod",
-                         "PulseStartYear", "PulseStartPeriod", "PulseEndYear", "PulseEndPeriod",
-                         "SPStartYear", "SPStartPeriod", "SPEndYear", "SPEndPeriod",
-                         "TrendStartYear", "TrendStartPeriod", "TrendEndYear", "TrendEndPeriod"};
-  for (size_t i = 0; i < std::size(names); ++i) root.AppendElement(names[i], i < 4 ? "1" : "12");
-  auto holidays = root.AppendElement("Holidays");
-  for (int i = 1; i <= 18; ++i) holidays.AppendElement("Holiday" + std::to_string(i), i == 1 ? "XMAS" : "");
-  const char* tail[][2] = {{"Dateof1stHolidayObservation", "00/00/01"},
-                           {"NumberofHolidaysSelected", "1"}, {"UserDefName", ""},
-                           {"UserDefType", "0"}, {"UserDefMethod", ""},
-                           {"DateOfFirstObservation", "00/00/01"}, {"SelectedDay", "0"},
-                           {"SelectedMonth", "0"}, {"SelectedQuarter", "0"}};
-  for (auto& t : tail) root.AppendElement(t[0], t[1]);
-  auto result = platform::xml::ValidateAgainstSchema(doc, dir / "BPSchema.xsd");
-  EXPECT_TRUE(result) << result.reason;
-  EXPECT_EQ(root.Children().size(), 34u);  // the comment and the 33 places
-
-  // A missing place is a fault the schema sees.
-  std::string saved = doc.ToString();
-  size_t at = saved.find("<MinorPeriod>");
-  ASSERT_NE(at, std::string::npos);
-  saved.erase(at, saved.find("</MinorPeriod>") + 14 - at);
-  auto shifted = platform::xml::ParseString(saved);
-  ASSERT_TRUE(shifted);
-  EXPECT_FALSE(platform::xml::ValidateAgainstSchema(*shifted.document, dir / "BPSchema.xsd"));
 }
 
 TEST(FTables, PublishedCriticalValues) {

@@ -6,7 +6,9 @@
 #include "platform/textfile.h"
 #include "sheet_files.h"
 #include "spreadsheet/import.h"
+#include "spreadsheet/import_job.h"
 #include "spreadsheet/texts.h"
+#include "support/messages.h"
 #include "support/program_folder.h"
 
 namespace tessaly::spreadsheet {
@@ -261,6 +263,23 @@ TEST(ImportTest, OpeningRefusesOtherFilesWithTheWizardsMessages) {
   EXPECT_EQ(OpenForImport(dir / "book.txt").message,
             "Currently only files with an extention of XLS or XLSX are supported.");
   EXPECT_EQ(OpenForImport(dir / "gone.xlsx").message, " There was an error opening the input file");
+}
+
+// A sheet of codes and names only, taken as one dataset: every column is left out for want
+// of numbers, so nothing is marked; it says so and writes no file.
+TEST(ImportTest, ASheetWithoutNumbersTakenAsOneDatasetSaysNoSeriesIsMarked) {
+  TempDir dir;
+  tessaly::testing::WriteFile(dir / "regions.csv", "Region,Code\r\nEast,E1\r\nWest,W1\r\nNorth,N1\r\n");
+  tessaly::testing::RecordedMessages host;
+  ImportJob job;
+  job.book = dir / "regions.csv";
+  job.major = 2001;
+  job.minor = 1;
+  job.single = "regions.asc";
+  ImportJobResult r = RunImportJob(job);
+  EXPECT_EQ(r.status, 2);
+  EXPECT_EQ(host.Joined(), "Import Excel File: No series is marked.\n");
+  EXPECT_FALSE(fs::exists(dir / "regions.asc"));
 }
 
 }  // namespace
