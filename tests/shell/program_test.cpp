@@ -163,31 +163,6 @@ TEST_F(ProgramRun, StartAfterACrashRestoresFromQvxBackupUntilTheExit) {
   EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
 }
 
-TEST_F(ProgramRun, ExitByMenuThenUnloadAndASecondSession) {
-  REQUIRE_DESKTOP();
-  WriteFile(program / "NOTREND.QVX", "kept");
-  std::string out;
-  ASSERT_EQ(RunDesktop("/L /NS", &out), 0) << out;
-  // File > Exit restores the files and the form's unload exits once more: the second
-  // finds QVXBACKUP empty and deletes nothing.
-  std::string log = ReadFile(program / (platform::dates::FormatIso(platform::dates::Today()) + ".txt"));
-  size_t first = log.find("Module: frmMain Sub:mnuFileExit_Click Enter");
-  ASSERT_NE(first, std::string::npos) << log;
-  size_t second = log.find("Module: frmMain Sub:mnuFileExit_Click Enter", first + 1);
-  ASSERT_NE(second, std::string::npos) << log;
-  EXPECT_NE(log.find(" delete NOTREND.QVX", first), std::string::npos);
-  EXPECT_EQ(log.find(" delete ", second), std::string::npos) << log;
-  EXPECT_EQ(log.find("START tslyb ON "), std::string(47, '*').size() + 2) << log;
-  EXPECT_THAT(log, HasSubstr("\r\nEND tslyb ON "));
-
-  // A second session in a row finds the folder as the first left it.
-  auto between = Tree(program.path());
-  ASSERT_EQ(RunDesktop("/NS", &out), 0) << out;
-  EXPECT_EQ(Tree(program.path()), between);
-  EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "kept");
-  EXPECT_TRUE(fs::is_empty(program / "QVXBACKUP"));
-}
-
 TEST_F(ProgramRun, SwitchesOnlyOpenTheDesktopAndDevShowsTheTestMenu) {
   REQUIRE_DESKTOP();
   fs::create_directories(config / "tessaly");
