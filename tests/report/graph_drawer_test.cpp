@@ -65,22 +65,6 @@ TEST(GraphDrawer, AirlineSeriesGivesNinePictures) {
   }
 }
 
-TEST(GraphDrawer, SelectedGraphsMakeOnlyThose) {
-  TempDir out;
-  GraphPreferences prefs;
-  prefs.all_graphs = false;
-  prefs.sel_graphs = true;
-  prefs.act = true;
-  const GraphFlags flags = DrawSeriesGraphs(AirlineInput(), prefs, out.path());
-  for (const auto& g : AllGraphs()) {
-    EXPECT_EQ(flags.Drawn(g.kind), g.kind == GraphKind::Act);
-    EXPECT_EQ(std::filesystem::exists(out / (std::string("AIRLINE") + g.file_suffix)),
-              g.kind == GraphKind::Act);
-  }
-  prefs.no_graphs = true;
-  EXPECT_FALSE(DrawSeriesGraphs(AirlineInput(), prefs, out.path()).Any());
-}
-
 TEST(GraphDrawer, LimitsSwitchRemovesTheLimitLines) {
   TempDir with, without;
   DrawSeriesGraphs(AirlineInput(), GraphPreferences{}, with.path());
