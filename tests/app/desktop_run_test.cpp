@@ -1,7 +1,7 @@
-// The progress window of a desktop run of the sample project with the real engine: one window
+// A desktop run of the sample project with the real engine. The progress window: one window
 // from the first dataset to the last that follows each dataset through the engine, its
 // reports, graphs and filing, and a Cancel outside the engine's turn that ends the run after
-// the dataset in hand.
+// the dataset in hand. The interactive graph: its fitted line, from what the run filed.
 #include <gtest/gtest.h>
 
 #include <QLabel>
@@ -11,7 +11,15 @@
 #include <QTimer>
 #include <set>
 
+#include <QLineSeries>
+#include <cmath>
+#include <sstream>
+
 #include "app/modal_robot.h"
+#include "app/report_pane.h"
+#include "batch/run_outputs.h"
+#include "report/chart_data.h"
+#include "report/forms/series_chart.h"
 #include "batch/batch_file.h"
 #include "batch/forms/frm_progress.h"
 #include "gui.h"
@@ -111,6 +119,65 @@ TEST(RunProgress, CancelWhileGraphsAreDrawnEndsTheRunAfterThatDataset) {
   EXPECT_NE(overview.find("3 not run"), std::string::npos) << overview;
   EXPECT_EQ(d.form->lblStatus->text(), "Finished processing.");
   EXPECT_TRUE(d.session->mnuBatchRun->isEnabled());
+}
+
+TEST(FittedLine, FiledBesideTheReportsAndDrawnWhereTheGraphHasAFit) {
+  DesktopFixture d;
+  RunSample(d);
+  const fs::path out = d.data / "sample" / "OUTPUT";
+  // The file: each fitted period's residual is its actual less its fit; the first periods,
+  // which the model's differences use up, have no fit.
+  std::istringstream file(ReadFile(out / "AIRLINEFITTED.TXT"));
+  std::string line;
+  std::getline(file, line);
+  EXPECT_EQ(line, "Fitted values: PASSENGERS\r");
+  int unfitted = 0;
+  std::vector<double> fits;
+  while (std::getline(file, line)) {
+    std::istringstream row(line);
+    std::string period;
+    double actual, fitted, residual;
+    if (!(row >> period >> actual) || period.find('/') == std::string::npos) continue;
+    if (!(row >> fitted >> residual)) {
+      EXPECT_TRUE(fits.empty()) << period;
+      ++unfitted;
+      continue;
+    }
+    EXPECT_NEAR(actual - fitted, residual, 1e-3) << period;
+    fits.push_back(fitted);
+  }
+  EXPECT_GT(unfitted, 0);
+  EXPECT_EQ(unfitted + static_cast<int>(fits.size()), 144);
+
+  // The chart's data: the same fits on the history's points, none on the forecasts'.
+  auto data = report::ReadChartData(out, "AIRLINE");
+  ASSERT_TRUE(data);
+  ASSERT_EQ(data->fitted.values.size(), data->periods.size());
+  EXPECT_EQ(data->forecast_origin, 144);
+  for (size_t i = 0; i < data->periods.size(); ++i) {
+    const bool fitted = i >= static_cast<size_t>(unfitted) && i < 144;
+    ASSERT_EQ(data->fitted.values[i].has_value(), fitted) << i;
+    if (fitted) EXPECT_DOUBLE_EQ(*data->fitted.values[i], fits[i - unfitted]);
+  }
+
+  // The viewer: the graphs with a fit show the line at once, the others keep it in the legend.
+  const struct {
+    const char* id;
+    bool chart, fitted_shown;
+  } graphs[] = {{"G1", true, true}, {"G2", true, false}, {"G3", true, true}, {"G4", true, true}, {"G6", false, false}};
+  app::ReportPane* pane = d.session->Pane();
+  for (const auto& g : graphs) {
+    d.session->trvMenu_NodeClick(batch::RowKey("AIRLINE.ASC", g.id));
+    ASSERT_EQ(pane->ShowingChart(), g.chart) << g.id;
+    if (!g.chart) continue;
+    QLineSeries* fit = nullptr;
+    for (QLineSeries* l : pane->chtSeries->Lines())
+      if (l->name() == "Fitted") fit = l;
+    ASSERT_NE(fit, nullptr) << g.id;
+    EXPECT_EQ(fit->isVisible(), g.fitted_shown) << g.id;
+    EXPECT_EQ(pane->chtSeries->ValueText(fit, 143).toStdString(),
+              "1960/12  Fitted: " + QString::number(fits.back(), 'f', 2).toStdString());
+  }
 }
 
 }  // namespace
