@@ -253,15 +253,17 @@ void frmProgress::BeginRun(int dataset_count) {
   QApplication::setOverrideCursor(Qt::WaitCursor);
   pointer_overridden_ = true;
   ShowRun();
-  show();
-  Timer1->start();
-  QCoreApplication::processEvents();
 }
 
 void frmProgress::BeginDataset(int number, int count, const std::string& name) {
   run_.BeginDataset(number, count, name);
   lblProgress->setText(kProcessingLabel);
   ShowRun();
+  // Shown with the first dataset, so it never stands empty.
+  if (!isVisible()) {
+    show();
+    Timer1->start();
+  }
   QCoreApplication::processEvents();
 }
 
@@ -278,6 +280,8 @@ void frmProgress::EndDataset() {
 
 void frmProgress::WaitForEngine(platform::WaitedWork& work) {
   engine_ = &work;
+  // A cancel before the engine started on this dataset stops it there.
+  if (run_.stop_requested()) work.Cancel();
   state_.Load(TimeOfDayNow());
   ProgressBar1->setValue(state_.bar());
   lblProgress->setText(QString::fromStdString(state_.label()));
