@@ -3,7 +3,8 @@
 # dialogs (the graph dialog as loaded and with "Selected Graphs" chosen), the project forms
 # (frmASCLoc, frmSelect, frmChooseOut, frmXMLName, frmEdit, frmSelectSeries), a run of the
 # sample project (each wizard page on the automatic path "2. With User  Rules", the option
-# tree's four panes, the progress window, the messages at the end), the main window after
+# tree's four panes, the progress window as it opens, in the engine and while graphs are drawn,
+# alone and over the main window, the messages at the end), the main window after
 # the run with a graph, a report, a text file, a series' overview and a summary shown, the
 # step dialog of the "All" walk, the wizard's model pages for one and several series, the
 # aggregation's frmAggSelect and frmAggParams at each stage of its questions (agg_*.png), and

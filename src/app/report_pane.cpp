@@ -267,8 +267,8 @@ void ReportPane::navigate(const fs::path& file) {
 bool ReportPane::ShowingChart() const { return stkViewer->currentWidget() == chtSeries; }
 
 bool ReportPane::ShowChart(const fs::path& file) {
-  // <dataset><suffix>.jpg: the graphs drawn from the actuals and the forecasts have an
-  // interactive form; those of the fit and the residuals stay pictures.
+  // <dataset><suffix>.jpg: the graphs drawn from the actuals, the fit and the forecasts have
+  // an interactive form; those of the residuals stay pictures.
   const std::string name = file.filename().string();
   // "fore.jpg" ends "actfore.jpg" too: the longest suffix names the graph.
   const report::GraphInfo* found = nullptr;
@@ -283,13 +283,16 @@ bool ReportPane::ShowChart(const fs::path& file) {
     const std::string suffix = graph.file_suffix;
     const bool drawable = graph.kind == report::GraphKind::Act || graph.kind == report::GraphKind::ActFore ||
                           graph.kind == report::GraphKind::Fore || graph.kind == report::GraphKind::ActCleanse ||
-                          graph.kind == report::GraphKind::ActFitFore;
+                          graph.kind == report::GraphKind::ActFitFore || graph.kind == report::GraphKind::ActFit ||
+                          graph.kind == report::GraphKind::FitFore;
     if (!drawable) return false;
     auto data = report::ReadChartData(file.parent_path(), name.substr(0, name.size() - suffix.size()));
     if (!data) return false;
     actInteractive->setEnabled(true);
     if (!actInteractive->isChecked()) return false;
-    chtSeries->SetData(std::move(*data), graph.kind == report::GraphKind::ActCleanse);
+    const bool fit = graph.kind == report::GraphKind::ActFit || graph.kind == report::GraphKind::FitFore ||
+                     graph.kind == report::GraphKind::ActFitFore;
+    chtSeries->SetData(std::move(*data), graph.kind == report::GraphKind::ActCleanse, fit);
     stkViewer->setCurrentWidget(chtSeries);
     return true;
   }

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QScreen>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSet>
@@ -234,9 +235,10 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
     // A run of the sample project, answered by a robot that takes every window it meets.
     auto walk = std::make_shared<WizardWalk>(dir);
     auto progress_taken = std::make_shared<int>(0);
+    auto graphs_taken = std::make_shared<bool>(false);
     auto boxes = std::make_shared<int>(0);
     shell::frmMain* main_form = &form;
-    auto* robot = new ModalRobot(&form, [walk, progress_taken, boxes, main_form, dir](QWidget* modal) {
+    auto* robot = new ModalRobot(&form, [walk, progress_taken, graphs_taken, boxes, main_form, dir](QWidget* modal) {
       if (auto* wizard = qobject_cast<rules::frmWizard1*>(modal)) return walk->Act(*wizard);
       if (auto* progress = qobject_cast<batch::frmProgress*>(modal)) {
         // The window as it opens, and a moment later with the engine at work.
@@ -248,6 +250,13 @@ void TakeScreenshots(shell::frmMain& form, DesktopSession& session, const QStrin
           *progress_taken = -1000000;
         }
         ++*progress_taken;
+        // The same window while a dataset's graphs are drawn, alone and over the main window.
+        if (!*graphs_taken && progress->SeriesBar->value() == batch::RunProgressState::kSteps - 1) {
+          *graphs_taken = true;
+          progress->grab().save(dir + "/progress_graphs.png");
+          if (QScreen* screen = QGuiApplication::primaryScreen())
+            screen->grabWindow(0).save(dir + "/progress_graphs_screen.png");
+        }
         return false;
       }
       if (auto* box = qobject_cast<QMessageBox*>(modal)) {

@@ -59,6 +59,17 @@ void OverviewScreenshots(shell::frmMain& form, DesktopSession& session, const QS
     if (line->name() == "Forecasts") chart->lblValue->setText(chart->ValueText(line, last - 5));
   Settle();
   form.grab().save(dir + "/graph_interactive_zoomed.png");
+
+  // Actuals, fitted values and forecasts: the fitted line the run filed, over the last years.
+  const std::string fitted_key = batch::RowKey("AIRLINE.ASC", "G4");
+  if (QTreeWidgetItem* item = pane->ItemByKey(fitted_key)) pane->trvMenu->setCurrentItem(item);
+  session.trvMenu_NodeClick(fitted_key);
+  Settle();
+  if (!pane->ShowingChart()) return;
+  for (QLineSeries* line : chart->Lines())
+    if (line->name() == "Fitted") chart->lblValue->setText(chart->ValueText(line, chart->Window().last - 13));
+  Settle();
+  form.grab().save(dir + "/graph_interactive_fitted.png");
 }
 
 }  // namespace tessaly::app

@@ -342,6 +342,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   flags_.Clear();
   Remove(output_path_, CombinedForecastName(project.BatchName()));
   project.SetAllComplete(0);
+  platform::RunProgress progress(static_cast<int>(project.Count()));
 
   // The files in list order. The run's one error handler becomes explicit outcomes:
   //  - input past the end while counting: the line count leaves out a last line that
@@ -357,6 +358,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   bool canceled = false;
   file_reports_.clear();
   for (int i = 0; i < static_cast<int>(project.Count()); ++i) {
+    platform::ProgressWaiter().DatasetBegins(i + 1, static_cast<int>(project.Count()), project.List(i));
     FileOutcome outcome = FileOutcome::Next;
     const int16_t errors_before = run.ErrorCount;
     const uintmax_t log_before = LogSize(ProcessErrorsFile());
@@ -385,7 +387,15 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
       canceled = true;
       break;
     }
+    platform::ProgressWaiter().DatasetEnds();
+    // A cancel outside the engine's turn: the dataset in hand is done and filed, the rest
+    // stay not run, and the run closes as usual.
+    if (platform::ProgressWaiter().StopRequested() && i + 1 < static_cast<int>(project.Count())) {
+      Dialogs().Message(kCanceledMessage, mb::OKOnly, kCanceledTitle);
+      break;
+    }
   }
+  platform::ProgressWaiter().StageBegins(platform::RunStage::Filing);
 
   const std::string project_stem = ProjectStem(project.BatchName());
   if (!canceled) {
@@ -398,6 +408,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
     reports_->FilesDone(file_reports_);
     reports_->WriteLinkTree(project, output_path_);
   }
+  progress.End();
   // Where the forecasts are, when any file gave some.
   fs::path combined = output_path_ / CombinedForecastName(project.BatchName());
   if (auto found = platform::FindNoCase(output_path_, CombinedForecastName(project.BatchName()))) {
@@ -580,6 +591,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   }
   // Success: the outputs.
   Status(texts::kPreparing);
+  platform::ProgressWaiter().StageBegins(platform::RunStage::Reports);
   AddSeriesNode(tree_, name);
   if (listed) project.SetRunDate(i, TodayMmDdYy());
   SeriesResult series{d, a, returned_, output_path_, name, stem, current_series_name};
@@ -608,9 +620,11 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   }
   any_report = true;
   if (!options_.no_graphs) {
+    platform::ProgressWaiter().StageBegins(platform::RunStage::Graphs);
     ClearEarlierGraphs(output_path_, stem);
     AddGraphNodes(name, reports_->DrawGraphs(series), tree_, flags_);
   }
+  platform::ProgressWaiter().StageBegins(platform::RunStage::Filing);
   // The file's model kept when the person asked the wizard to save models.
   wizard_->Check4Model(stem, current_series_name);
   // Done: saved at once, so a crash later in the run loses nothing of it.

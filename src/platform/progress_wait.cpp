@@ -31,4 +31,14 @@ void SetProgressWait(std::shared_ptr<ProgressWait> wait) {
   Installed() = wait ? std::move(wait) : std::make_shared<SilentWait>();
 }
 
+RunProgress::RunProgress(int dataset_count) { ProgressWaiter().RunBegins(dataset_count); }
+
+RunProgress::~RunProgress() { End(); }
+
+void RunProgress::End() {
+  if (ended_) return;
+  ended_ = true;
+  ProgressWaiter().RunEnds();
+}
+
 }  // namespace tessaly::platform

@@ -1,6 +1,7 @@
 #include "report/chart_data.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -44,7 +45,59 @@ bool TableRow(const std::string& line, Period& period, std::string& label, std::
   return !figures.empty();
 }
 
+std::string Column(const std::string& text, size_t width, bool left = false) {
+  if (text.size() >= width) return text;
+  const std::string fill(width - text.size(), ' ');
+  return left ? text + fill : fill + text;
+}
+
+std::string Figure(double value) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%.4f", value);
+  return text;
+}
+
+// The fitted values of the file, by the label of their period.
+void ReadFitted(const fs::path& output_folder, const std::string& dataset, ChartData& data) {
+  auto file = platform::FindNoCase(output_folder, dataset + kFittedSuffix);
+  if (!file) return;
+  auto lines = platform::ReadAllLines(*file);
+  if (!lines) return;
+  Period period;
+  std::string label;
+  std::vector<double> figures;
+  size_t point = 0;
+  for (const std::string& line : *lines) {
+    // PERIOD, ACTUAL, FITTED, RESIDUAL; the rows follow the history's order.
+    if (!TableRow(line, period, label, figures) || figures.size() < 2) continue;
+    while (point < data.labels.size() && data.labels[point] != label) ++point;
+    if (point == data.labels.size()) return;
+    data.fitted.values[point] = figures[1];
+  }
+}
+
 }  // namespace
+
+bool WriteFittedValues(const fs::path& file, const std::string& series, const std::vector<FittedRow>& rows) {
+  platform::TextWriter out(file);
+  if (!out.IsOpen()) return false;
+  const std::string head = "Fitted values: " + series;
+  out.Line(head);
+  out.Line(std::string(head.size(), '='));
+  out.Line("");
+  out.Line(Column("PERIOD", 10, true) + "  " + Column("ACTUAL", 16) + "  " + Column("FITTED", 16) + "  " +
+           Column("RESIDUAL", 16));
+  out.Line(std::string(64, '-'));
+  for (const FittedRow& r : rows) {
+    std::string line = Column(r.period, 10, true) + "  " + Column(Figure(r.actual), 16);
+    if (r.fitted) line += "  " + Column(Figure(*r.fitted), 16);
+    if (r.fitted && r.residual) line += "  " + Column(Figure(*r.residual), 16);
+    while (!line.empty() && line.back() == ' ') line.pop_back();
+    out.Line(line);
+  }
+  out.Line(std::string(64, '-'));
+  return out.Close();
+}
 
 std::optional<ChartData> ReadChartData(const fs::path& output_folder, const std::string& dataset) {
   auto adjusted_file = platform::FindNoCase(output_folder, dataset + "ADJUSTED.TXT");
@@ -54,6 +107,7 @@ std::optional<ChartData> ReadChartData(const fs::path& output_folder, const std:
   ChartData data;
   data.actual.legend = "Actuals";
   data.adjusted.legend = "Adjusted for interventions";
+  data.fitted.legend = "Fitted";
   data.forecast.legend = "Forecasts";
   data.lower.legend = "Lower limit";
   data.upper.legend = "Upper limit";
@@ -90,10 +144,12 @@ std::optional<ChartData> ReadChartData(const fs::path& output_folder, const std:
       }
     }
   }
+  data.fitted.values.resize(data.periods.size());
+  ReadFitted(output_folder, dataset, data);
   // The forecast line starts at the last actual, so the two join.
   if (data.forecast_origin > 0) data.forecast.values[history_points - 1] = data.actual.values[history_points - 1];
   for (const Period& p : data.periods) data.seasonality = std::max(data.seasonality, p.period);
-  for (ChartLine* line : {&data.actual, &data.adjusted, &data.forecast, &data.lower, &data.upper})
+  for (ChartLine* line : {&data.actual, &data.adjusted, &data.fitted, &data.forecast, &data.lower, &data.upper})
     line->values.resize(data.periods.size());
   return data;
 }

@@ -1,8 +1,9 @@
 #pragma once
 // What the desktop's interactive graph of a dataset shows, read from the reports its run
 // filed (<dataset>ADJUSTED.TXT: the actuals and the series adjusted for interventions;
-// <dataset>.PRO: the forecasts and their limits), and where its axis ticks and its first
-// window go. No Qt here: the chart in forms/ only draws this.
+// <dataset>FITTED.TXT: the fitted values; <dataset>.PRO: the forecasts and their limits),
+// and where its axis ticks and its first window go. No Qt here: the chart in forms/ only
+// draws this.
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -28,11 +29,23 @@ struct ChartData {
   std::vector<Period> periods;      // one per point: the history, then the forecasts
   std::vector<std::string> labels;  // "1958/7", or "1958" for annual data
   int forecast_origin = -1;         // the first forecast's point, -1 when none
-  ChartLine actual, adjusted, forecast, lower, upper;
+  ChartLine actual, adjusted, fitted, forecast, lower, upper;
 };
 
 // nullopt when the dataset has no adjusted-series report (never forecast) or it cannot be read.
 std::optional<ChartData> ReadChartData(const fs::path& output_folder, const std::string& dataset);
+
+// None of the engine's reports carries the fitted values, so the run files them beside the
+// reports as <dataset>FITTED.TXT: "Fitted values: <series>", then a table of PERIOD, ACTUAL,
+// FITTED and RESIDUAL; a period without a fit (left out of the model) has its actual alone.
+inline constexpr const char* kFittedSuffix = "FITTED.TXT";
+struct FittedRow {
+  std::string period;  // "1958/7", or "1958" for annual data
+  double actual = 0;
+  std::optional<double> fitted, residual;
+};
+[[nodiscard]] bool WriteFittedValues(const fs::path& file, const std::string& series,
+                                     const std::vector<FittedRow>& rows);
 
 // "1958/7" or "1958" (as the reports write periods) as a period; nullopt otherwise.
 std::optional<Period> ParsePeriod(const std::string& text);

@@ -5,6 +5,7 @@
 #ifdef TESSALY_RUN_GRAPHS
 #include "report/forms/graph_drawer.h"
 #endif
+#include "report/chart_data.h"
 #include "report/intervent_page.h"
 #include "report/site.h"
 
@@ -13,10 +14,10 @@ namespace tessaly::batch {
 ProgramRunReports::ProgramRunReports(fs::path program_folder, report::GraphPreferences graphs)
     : program_folder_(std::move(program_folder)), graphs_(graphs) {}
 
-std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
-#ifndef TESSALY_RUN_GRAPHS
-  return {};  // a build without the drawer makes no pictures
-#else
+namespace {
+
+// One good dataset as the graphs take it.
+report::GraphInput GraphInputOf(const SeriesResult& s) {
   const dataset::AscDataset& d = s.dataset;
   report::GraphInput in;
   in.series_name = s.stem;
@@ -40,6 +41,36 @@ std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
   in.begin_period = d.DataProp(4);
   in.seasonality = d.DataProp(2);
   in.leading_left_out = s.arrays.integers20.empty() ? 0 : s.arrays.integers20[0];
+  return in;
+}
+
+// The fitted values beside the reports, for the desktop's interactive graph: the periods the
+// model left out, and those the engine has no fit for, keep their actual alone.
+bool FileFittedValues(const SeriesResult& s, const report::GraphInput& in) {
+  const std::vector<std::string> labels =
+      report::PeriodLabels(in.begin_year, in.begin_period, in.seasonality, static_cast<int>(in.actuals.size()));
+  std::vector<report::FittedRow> rows;
+  for (size_t t = 0; t < in.actuals.size(); ++t) {
+    report::FittedRow row{labels[t], in.actuals[t], std::nullopt, std::nullopt};
+    const bool fitted = t >= static_cast<size_t>(std::max(in.leading_left_out, 0)) && t < in.fitted.size() &&
+                        report::IsDrawable(in.fitted[t]);
+    if (fitted) row.fitted = in.fitted[t];
+    if (fitted && t < in.residuals.size() && report::IsDrawable(in.residuals[t])) row.residual = in.residuals[t];
+    rows.push_back(std::move(row));
+  }
+  const std::string series = s.current_series_name.empty() ? s.stem : s.current_series_name;
+  return report::WriteFittedValues(s.output_path / (s.stem + report::kFittedSuffix), series, rows);
+}
+
+}  // namespace
+
+std::array<bool, 9> ProgramRunReports::DrawGraphs(const SeriesResult& s) {
+  const report::GraphInput in = GraphInputOf(s);
+  // Read with the graphs' interactive form; a graph picture does not need it.
+  (void)FileFittedValues(s, in);
+#ifndef TESSALY_RUN_GRAPHS
+  return {};  // a build without the drawer makes no pictures
+#else
   report::GraphFlags flags = report::DrawSeriesGraphs(in, graphs_, s.output_path, {},
                                                       [] { platform::ProgressWaiter().LetEventsRun(); });
   return flags.drawn;

@@ -109,4 +109,90 @@ bool ProgressFormState::Tick(bool engine_finished, double now_time_of_day,
   return true;
 }
 
+namespace {
+
+// The engine's stages by their labels, in the order it passes them.
+constexpr const char* kEngineStages[] = {" Data Preparation ", " Model Identification ", " Model Estimation ",
+                                         " Model Diagnosis "};
+
+}  // namespace
+
+void RunProgressState::BeginRun(int count, double now_time_of_day) {
+  *this = RunProgressState();
+  count_ = std::max(count, 0);
+  start_ = now_time_of_day;
+  time_text_ = std::string(kStartTimePrefix) + FormatHhMmSs(start_);
+}
+
+void RunProgressState::BeginDataset(int number, int count, std::string name) {
+  number_ = number;
+  count_ = std::max(count, 0);
+  done_ = std::clamp(number - 1, 0, count_);
+  name_ = std::move(name);
+  step_ = 0;
+  engine_stage_.clear();
+  in_dataset_ = true;
+  closing_ = false;
+}
+
+void RunProgressState::EngineStage(const std::string& stage_label) {
+  if (!in_dataset_) return;
+  for (int k = 0; k < 4; ++k)
+    if (stage_label == kEngineStages[k] && k + 1 >= step_) {
+      step_ = k + 1;
+      engine_stage_ = stage_label;
+    }
+}
+
+void RunProgressState::Stage(platform::RunStage stage) {
+  if (!in_dataset_) {
+    // After the last dataset: the project's own pages.
+    closing_ = stage == platform::RunStage::Filing;
+    return;
+  }
+  switch (stage) {
+    case platform::RunStage::Engine: step_ = 0; break;
+    case platform::RunStage::Reports: step_ = 5; break;
+    case platform::RunStage::Graphs: step_ = 6; break;
+    case platform::RunStage::Filing: step_ = 7; break;
+  }
+}
+
+void RunProgressState::EndDataset() {
+  if (!in_dataset_) return;
+  in_dataset_ = false;
+  done_ = std::clamp(number_, 0, count_);
+}
+
+void RunProgressState::EndRun(double now_time_of_day) {
+  in_dataset_ = false;
+  closing_ = false;
+  time_text_ = std::string(kElapsedTimePrefix) + FormatHhMmSs(ElapsedDayFraction(start_, now_time_of_day));
+}
+
+std::string RunProgressState::ProjectText() const {
+  return "Project: " + std::to_string(done_) + " of " + std::to_string(count_) + " datasets done";
+}
+
+std::string RunProgressState::DatasetText() const {
+  if (number_ < 1) return {};
+  return "Series " + std::to_string(number_) + " of " + std::to_string(count_) + ": " + name_;
+}
+
+std::string RunProgressState::StepText() const {
+  static const char* const kNames[] = {"starting the engine", "Data Preparation", "Model Identification",
+                                       "Model Estimation", "Model Diagnosis", "Reports", "Graphs", "Filing"};
+  const std::string what = kNames[std::clamp(step_, 0, RunProgressState::kSteps)];
+  return (name_.empty() ? std::string() : name_ + ": ") + what + " (stage " + std::to_string(step_) + " of " +
+         std::to_string(kSteps) + ")";
+}
+
+std::string RunProgressState::Label() const {
+  if (closing_) return "Writing the project's report pages";
+  if (!in_dataset_ || step_ < 5) return {};
+  if (stop_requested_) return "Canceled: the run ends after " + name_;
+  static const char* const kLabels[] = {"Filing the reports", "Drawing the graphs", "Saving the project"};
+  return kLabels[step_ - 5];
+}
+
 }  // namespace tessaly::batch

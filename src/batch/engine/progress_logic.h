@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/progress_wait.h"
+
 namespace tessaly::batch {
 
 namespace fs = std::filesystem;
@@ -61,6 +63,47 @@ class ProgressFormState {
   std::string time_text_;
   double start_ = 0;
   bool finished_ = false;
+};
+
+// A whole project's run as its progress window shows it: which dataset of how many, and how
+// far the dataset in hand has come: the engine's four stages, then its reports, its graphs
+// and its filing. The window binds it; nothing here waits.
+class RunProgressState {
+ public:
+  static constexpr int kSteps = 7;
+  void BeginRun(int count, double now_time_of_day);
+  void BeginDataset(int number, int count, std::string name);
+  // The engine's stage label (" Model Estimation "); the step never goes back.
+  void EngineStage(const std::string& stage_label);
+  void Stage(platform::RunStage stage);
+  void EndDataset();
+  // The person asked the run to stop after the dataset in hand.
+  void RequestStop() { stop_requested_ = true; }
+  // At the end: the run's elapsed time.
+  void EndRun(double now_time_of_day);
+
+  bool stop_requested() const { return stop_requested_; }
+  bool in_dataset() const { return in_dataset_; }
+  int count() const { return count_; }
+  int done() const { return done_; }
+  // 0 (the engine starting) to kSteps.
+  int step() const { return step_; }
+  // "Project: 1 of 4 datasets done".
+  std::string ProjectText() const;
+  // "Series 2 of 4: ELNINO.ASC".
+  std::string DatasetText() const;
+  // "ELNINO.ASC: Graphs (stage 6 of 7)".
+  std::string StepText() const;
+  // What the stage label says outside the engine's turn; empty while the engine works.
+  std::string Label() const;
+  // "Start Time: hh:mm:ss" during the run, "Elapsed Time: hh:mm:ss" at its end.
+  const std::string& time_text() const { return time_text_; }
+
+ private:
+  int count_ = 0, number_ = 0, done_ = 0, step_ = 0;
+  bool in_dataset_ = false, stop_requested_ = false, closing_ = false;
+  std::string name_, engine_stage_, time_text_;
+  double start_ = 0;
 };
 
 }  // namespace tessaly::batch

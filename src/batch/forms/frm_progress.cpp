@@ -3,6 +3,7 @@
 #include <QApplication>
 
 #include <algorithm>
+#include <QEventLoop>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -73,6 +74,7 @@ frmProgress::frmProgress(QWidget* parent) : QDialog(parent) {
   poll_timer_ = new QTimer(this);
   poll_timer_->setInterval(100);
   connect(poll_timer_, &QTimer::timeout, this, [this] {
+    if (in_run_) return RunPoll();
     if (!engine_) return;
     engine_->Poll();
     // The stage shows as soon as the engine enters it, between the ticks too.
@@ -132,6 +134,7 @@ void frmProgress::FormLoad() {
 }
 
 void frmProgress::Timer1Tick() {
+  if (in_run_) return RunTick();
   if (!engine_) return;
   engine_->Poll();
   bool finished = state_.Tick(engine_->Finished(), TimeOfDayNow(), RandomBarStep,
@@ -160,6 +163,16 @@ void frmProgress::Timer1Tick() {
 
 void frmProgress::btnCancelClick() {
   btnCancel->setEnabled(false);
+  if (in_run_) {
+    // In the engine's turn the engine is asked to stop; outside it the run ends after the
+    // dataset in hand.
+    if (engine_ && !engine_->Finished())
+      engine_->Cancel();
+    else
+      run_.RequestStop();
+    ShowRun();
+    return;
+  }
   if (state_.finished()) {
     // The engine is done: the run ends as a cancel does, and nothing waits any longer.
     RunCanceled() = true;
@@ -191,6 +204,10 @@ void frmProgress::ShowSeriesStage(const std::string& stage_label, bool engine_fi
 }
 
 void frmProgress::reject() {
+  if (in_run_) {
+    if (btnCancel->isEnabled()) btnCancelClick();
+    return;
+  }
   // Escape or the window's close box while the engine works: that is a cancel; the form
   // still closes only when the engine has ended, so the caller never runs on beside it.
   if (!state_.finished()) {
@@ -201,6 +218,8 @@ void frmProgress::reject() {
 }
 
 void frmProgress::done(int result) {
+  // The window of a run closes only at the run's end.
+  if (in_run_) return;
   Timer1->stop();
   poll_timer_->stop();
   RestorePointer();
@@ -214,7 +233,149 @@ void frmProgress::RestorePointer() {
   }
 }
 
+void frmProgress::BeginRun(int dataset_count) {
+  in_run_ = true;
+  loaded_ = true;
+  const double now = TimeOfDayNow();
+  run_.BeginRun(dataset_count, now);
+  state_.Load(now);
+  btnCancel->setVisible(true);
+  btnCancel->setEnabled(true);
+  lblProgress->setVisible(true);
+  ProgressBar1->setVisible(true);
+  btnOK->setVisible(false);
+  txtComplete->setVisible(false);
+  SeriesBar->setRange(0, RunProgressState::kSteps);
+  ProjectBar->setRange(0, std::max(dataset_count, 1));
+  ProjectBar->setVisible(dataset_count > 1);
+  lblProgress->setText(kProgressStarting);
+  ProgressBar1->setValue(state_.bar());
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  pointer_overridden_ = true;
+  ShowRun();
+}
+
+void frmProgress::BeginDataset(int number, int count, const std::string& name) {
+  run_.BeginDataset(number, count, name);
+  lblProgress->setText(kProcessingLabel);
+  ShowRun();
+  // Shown with the first dataset, so it never stands empty.
+  if (!isVisible()) {
+    show();
+    Timer1->start();
+  }
+  QCoreApplication::processEvents();
+}
+
+void frmProgress::BeginStage(platform::RunStage stage) {
+  run_.Stage(stage);
+  ShowRun();
+  QCoreApplication::processEvents();
+}
+
+void frmProgress::EndDataset() {
+  run_.EndDataset();
+  ShowRun();
+}
+
+void frmProgress::WaitForEngine(platform::WaitedWork& work) {
+  engine_ = &work;
+  // A cancel before the engine started on this dataset stops it there.
+  if (run_.stop_requested()) work.Cancel();
+  state_.Load(TimeOfDayNow());
+  ProgressBar1->setValue(state_.bar());
+  lblProgress->setText(QString::fromStdString(state_.label()));
+  poll_timer_->start();
+  work.Poll();
+  if (!work.Finished()) {
+    QEventLoop loop;
+    engine_loop_ = &loop;
+    loop.exec();
+    engine_loop_ = nullptr;
+  }
+  poll_timer_->stop();
+  run_.EngineStage(work.StageText());
+  engine_ = nullptr;
+  ShowRun();
+}
+
+void frmProgress::EndRun() {
+  Timer1->stop();
+  poll_timer_->stop();
+  run_.EndRun(TimeOfDayNow());
+  const bool canceled = RunCanceled() || run_.stop_requested();
+  btnCancel->setVisible(false);
+  lblProgress->setVisible(false);
+  ProgressBar1->setVisible(false);
+  txtComplete->setVisible(true);
+  ShowRun();
+  RestorePointer();
+  // The pause lets the person read the end; a canceled run closes at once.
+  if (!canceled && isVisible()) {
+    QEventLoop pause;
+    QTimer::singleShot(close_ms_, Qt::PreciseTimer, &pause, &QEventLoop::quit);
+    pause.exec();
+  }
+  in_run_ = false;
+  QDialog::done(QDialog::Accepted);
+}
+
+void frmProgress::RunPoll() {
+  if (!engine_) return;
+  engine_->Poll();
+  run_.EngineStage(engine_->StageText());
+  ShowRun();
+  if (engine_->Finished() && engine_loop_) engine_loop_->quit();
+}
+
+void frmProgress::RunTick() {
+  // The bar shows that the program lives, in the engine's turn and after it alike.
+  state_.Tick(false, TimeOfDayNow(), RandomBarStep, engine_ ? engine_->StageText() : run_.Label());
+  ProgressBar1->setValue(state_.bar());
+  ShowRun();
+}
+
+void frmProgress::ShowRun() {
+  lblSeries->setText(QString::fromStdString(run_.DatasetText()));
+  lblSeries->setVisible(!lblSeries->text().isEmpty());
+  ProjectBar->setValue(run_.done());
+  ProjectBar->setFormat(QString::fromStdString(run_.ProjectText()));
+  SeriesBar->setValue(run_.step());
+  SeriesBar->setFormat(QString::fromStdString(run_.StepText()));
+  SeriesBar->setVisible(run_.step() > 0 || run_.in_dataset() || run_.done() > 0);
+  const std::string label = engine_ ? state_.label() : run_.Label();
+  if (!label.empty()) lblProgress->setText(QString::fromStdString(label));
+  lblTime->setText(QString::fromStdString(run_.time_text()));
+}
+
+void DesktopProgressWait::RunBegins(int dataset_count) {
+  run_form_ = std::make_unique<frmProgress>(parent_);
+  run_form_->SetTimings(timings_.tick_ms, timings_.close_ms, timings_.poll_ms);
+  run_form_->BeginRun(dataset_count);
+}
+
+void DesktopProgressWait::DatasetBegins(int number, int count, const std::string& name) {
+  if (run_form_) run_form_->BeginDataset(number, count, name);
+}
+
+void DesktopProgressWait::StageBegins(platform::RunStage stage) {
+  if (run_form_) run_form_->BeginStage(stage);
+}
+
+void DesktopProgressWait::DatasetEnds() {
+  if (run_form_) run_form_->EndDataset();
+}
+
+void DesktopProgressWait::RunEnds() {
+  if (!run_form_) return;
+  run_form_->EndRun();
+  run_form_.reset();
+}
+
+bool DesktopProgressWait::StopRequested() const { return run_form_ && run_form_->StopRequested(); }
+
 void DesktopProgressWait::Wait(platform::WaitedWork& work) {
+  if (run_form_) return run_form_->WaitForEngine(work);
   // The form closes itself only after the engine has finished; should it be closed from
   // outside while the engine still runs, a new one takes its place.
   do {

@@ -79,7 +79,7 @@ SeriesChart::SeriesChart(QWidget* parent) : QWidget(parent) {
   connect(cmdWhole, &QPushButton::clicked, this, &SeriesChart::ShowWholeSeries);
 }
 
-void SeriesChart::SetData(ChartData data, bool show_adjusted) {
+void SeriesChart::SetData(ChartData data, bool show_adjusted, bool show_fitted) {
   data_ = std::move(data);
   chart_->removeAllSeries();
   for (QAbstractAxis* axis : chart_->axes()) {
@@ -105,7 +105,8 @@ void SeriesChart::SetData(ChartData data, bool show_adjusted) {
                           {&data_.adjusted, QColor(0x3f, 0x9c, 0x5a), Qt::SolidLine, 1.2},
                           {&data_.forecast, QColor(0xc6, 0x28, 0x28), Qt::SolidLine, 2.2},
                           {&data_.lower, QColor(0x7b, 0x4f, 0xa8), Qt::DashLine, 1.2},
-                          {&data_.upper, QColor(0x7b, 0x4f, 0xa8), Qt::DashLine, 1.2}};
+                          {&data_.upper, QColor(0x7b, 0x4f, 0xa8), Qt::DashLine, 1.2},
+                          {&data_.fitted, QColor(0xe0, 0x8a, 0x1e), Qt::SolidLine, 1.4}};
   for (const Style& style : styles) {
     if (std::none_of(style.line->values.begin(), style.line->values.end(), [](const auto& v) { return v.has_value(); }))
       continue;
@@ -118,6 +119,7 @@ void SeriesChart::SetData(ChartData data, bool show_adjusted) {
     });
     lines_.push_back(series);
     if (style.line == &data_.adjusted && !show_adjusted) series->setVisible(false);
+    if (style.line == &data_.fitted && !show_fitted) series->setVisible(false);
   }
   // A click on a legend entry hides or shows its line; the entry stays, faded.
   for (QLegendMarker* marker : chart_->legend()->markers()) {

@@ -1,6 +1,6 @@
 #pragma once
 // The interactive graph of a dataset in the desktop's viewer (Qt Charts): the actuals, the
-// series adjusted for interventions, the forecasts and their limits. Drag to zoom into a span
+// series adjusted for interventions, the fitted values, the forecasts and their limits. Drag to zoom into a span
 // of periods, the wheel zooms about the pointer, a right click or "Forecast" goes back to
 // the first window, "Whole series" shows everything; the pointer near a line tells its value;
 // a click on a legend entry hides or shows that line. The axis ticks follow the window.
@@ -24,8 +24,9 @@ class SeriesChart : public QWidget {
   Q_OBJECT
  public:
   explicit SeriesChart(QWidget* parent = nullptr);
-  // Shows the data; `show_adjusted` starts with the adjusted line visible.
-  void SetData(ChartData data, bool show_adjusted);
+  // Shows the data; `show_adjusted` and `show_fitted` start with those lines visible (the
+  // others of theirs wait, hidden, in the legend).
+  void SetData(ChartData data, bool show_adjusted, bool show_fitted = false);
   // The window of points shown (inclusive), as the axis holds it.
   PointWindow Window() const;
   void ShowWindow(int first, int last);
