@@ -164,11 +164,13 @@ TEST(EngineRun, RulesModelsAndPresetsChecked) {
   EXPECT_EQ(run(51).error_code, kRegressionPresetNeedsInputs);
   EXPECT_EQ(run(51, 3).error_code, 0);
   EXPECT_EQ(run(15, 3).error_code, 0);  // seasonality 4 admits the seasonal presets
-  FakeCore core(dir.path());
-  EngineArrays annual = testdata::MonthlyRequest(testdata::AirlinePassengers(), 5);
-  annual.property_values[1] = 1;
-  annual.objective_values[0] = 13;
-  EXPECT_EQ(RunRequest(annual, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid);
+  for (int16_t seasonality : {1, 3}) {
+    FakeCore core(dir.path());
+    EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 5);
+    a.property_values[1] = seasonality;
+    a.objective_values[0] = 13;
+    EXPECT_EQ(RunRequest(a, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid) << seasonality;
+  }
 }
 
 TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {

@@ -41,7 +41,14 @@ TEST(ForecastFile, ColumnsAreExactAndReadBack) {
     EXPECT_NE(l[83], ' ') << l;
     EXPECT_EQ(l[11], ' ') << l;
   }
-  EXPECT_EQ((*file_lines)[0].substr(0, 6), "PERIOD");
+  // The title fills the forecast's 23 columns right-justified; a name that leaves it no
+  // leading blank (14 characters and more) gives way to the bare word.
+  for (const auto& [name, title] : {std::pair<std::string, std::string>{"PASSENGERS", "PASSENGERS FORECAST"},
+                                    {"THIRTEEN_CHRS", "THIRTEEN_CHRS FORECAST"},
+                                    {"FOURTEEN_CHARS", "FORECAST"}}) {
+    const std::string header = ForecastFileHeader(name, 95);
+    EXPECT_EQ(header.substr(0, 34), "PERIOD     " + std::string(23 - title.size(), ' ') + title) << name;
+  }
 
   auto back = ReadForecastFile(dir / "TS50PRO.123");
   ASSERT_TRUE(back);

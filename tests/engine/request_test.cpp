@@ -46,30 +46,26 @@ TEST(Request, CausalLayoutAndInputFutureValues) {
 }
 
 TEST(Request, ArrayChecksGiveTheirCodes) {
-  auto code = [](EngineArrays a) { return PrepareRequest(a, EngineRules{}).error_code; };
-  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12);
-  EXPECT_EQ(code(a), 0);
-  EngineArrays b = a;
-  b.property_values[4] = 0;
-  EXPECT_EQ(code(b), 2180);
-  b = a;
-  b.property_values[6] = 144;  // every observation retained
-  EXPECT_EQ(code(b), 2182);
-  b = a;
-  b.property_values[7] = 601;
-  EXPECT_EQ(code(b), 2222);
-  b = a;
-  b.series_types[0] = 1;
-  EXPECT_EQ(code(b), 2219);
-  b = a;
-  b.property_values[0] = 151;
-  EXPECT_EQ(code(b), 2201);
-  b = testdata::CausalRequest(40, 8, 12);
-  b.property_values[5] = 601;
-  EXPECT_EQ(code(b), 2181);
-  b = a;
-  b.property_values[1] = 0;
-  EXPECT_EQ(code(b), 2189);
+  // Each case changes one property (index, value) of a monthly or a causal request.
+  const struct {
+    bool causal;
+    int index;
+    int value;
+    int code;
+  } cases[] = {
+      {false, 4, 0, 2180},   {false, 6, 144, 2182},  // every observation retained
+      {false, 7, 601, 2222}, {false, 0, 151, 2201},  {true, 5, 601, 2181},
+      {false, 1, 0, 2189},   {false, 1, 201, 2189},  {false, 1, 200, 0},
+      {false, 7, 600, 0},
+  };
+  for (const auto& c : cases) {
+    EngineArrays a = c.causal ? testdata::CausalRequest(40, 8, 12) : MonthlyRequest(AirlinePassengers(), 12);
+    a.property_values[c.index] = static_cast<int16_t>(c.value);
+    EXPECT_EQ(PrepareRequest(a, EngineRules{}).error_code, c.code) << c.index << " = " << c.value;
+  }
+  EngineArrays typed = MonthlyRequest(AirlinePassengers(), 12);
+  typed.series_types[0] = 1;
+  EXPECT_EQ(PrepareRequest(typed, EngineRules{}).error_code, 2219);
 }
 
 TEST(Response, ArraysFilledFromAKnownModel) {
