@@ -131,7 +131,6 @@ TEST(EngineRun, FaultsBecomeErrorCodes) {
 
 TEST(EngineRun, RulesModelsAndPresetsChecked) {
   TempDir dir;
-  std::string cnd = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
   auto run = [&](int16_t objective, int series = 1) {
     FakeCore core(dir.path());
     EngineArrays a = series == 1 ? testdata::MonthlyRequest(testdata::AirlinePassengers(), 12)
@@ -139,9 +138,7 @@ TEST(EngineRun, RulesModelsAndPresetsChecked) {
     a.objective_values[0] = objective;
     return RunRequest(a, dir.path(), core.AsFitter());
   };
-  std::string broken = cnd;
-  broken.replace(broken.find("|  20"), 5, "| 999");
-  WriteFile(dir / "ENGINE.GO", broken);
+  WriteFile(dir / "ENGINE.GO", testdata::RulesWith(testdata::ShippedRules(), {{"ITERATIONS", " 999"}}));
   RunSummary s = run(0);
   EXPECT_EQ(s.error_code, 2026);
   ASSERT_FALSE(s.messages.empty());

@@ -36,14 +36,9 @@ std::vector<double> StackedGroups(int groups, int size, uint32_t seed) {
 
 // The shipped rules with "# OF GROUPS" set, as ENGINE.GO.
 void WriteRulesWithGroups(const fs::path& folder, int groups) {
-  std::string text = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
-  const size_t key = text.find("# OF GROUPS");
-  ASSERT_NE(key, std::string::npos);
-  const size_t bar = text.find('|', key);
-  const size_t end = text.find('\r', bar);
-  std::string value = std::to_string(groups);
-  text.replace(bar + 1, end - bar - 1, std::string(4 - value.size(), ' ') + value);
-  WriteFile(folder / "ENGINE.GO", text);
+  const std::string value = std::to_string(groups);
+  WriteFile(folder / "ENGINE.GO", testdata::RulesWith(testdata::ShippedRules(),
+                                                      {{"# OF GROUPS", std::string(4 - value.size(), ' ') + value}}));
 }
 
 std::vector<std::string> Lines(const fs::path& file) {

@@ -17,26 +17,15 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
 
-std::string WithValue(std::string text, const std::string& key, const std::string& value) {
-  const size_t at = text.find(key);
-  const size_t bar = text.find('|', at);
-  const size_t end = text.find_first_of("\r\n", bar);
-  return text.substr(0, bar + 1) + value + text.substr(end);
-}
-
 TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   TempDir plain_dir, sim_dir;
-  std::string rules = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
   // No power transform, so that the noise variance is on the passengers' own scale.
-  rules = WithValue(rules, "EVALUATE IN EST", "   1");
-  rules = WithValue(rules, "(4F4.0)", "1.00");
+  std::string rules = testdata::RulesWith(testdata::ShippedRules(), {{"EVALUATE IN EST", "   1"}, {"(4F4.0)", "1.00"}});
   WriteFile(plain_dir / "ENGINE.GO", rules);
   EngineArrays plain = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(plain, plain_dir.path(), &FitAndForecast).error_code, 0);
 
-  rules = WithValue(rules, "SIMULATION ENABLED", "   1");
-  rules = WithValue(rules, "NOISE SERIES", "25.0");
-  rules = WithValue(rules, "SEED VALUE", "  77");
+  rules = testdata::RulesWith(rules, {{"SIMULATION ENABLED", "   1"}, {"NOISE SERIES", "25.0"}, {"SEED VALUE", "  77"}});
   WriteFile(sim_dir / "ENGINE.GO", rules);
   EngineArrays sim = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(sim, sim_dir.path(), &FitAndForecast).error_code, 0);
