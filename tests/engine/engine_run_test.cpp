@@ -8,6 +8,7 @@
 
 #include "engine_test_data.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -183,8 +184,8 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_EQ(core.rules_forecasts, 0);  // the rules' twelve do not come back
   EXPECT_EQ(a.property_values[7], 0);
   std::string details = ReadFile(dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("<h2>Identification only</h2>"), std::string::npos);
-  EXPECT_NE(details.find("ln PASSENGERS, differenced (1 - B)(1 - B**12)"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<h2>Identification only</h2>",
+      "ln PASSENGERS, differenced (1 - B)(1 - B**12)"}));
   // 144 - 13 values after the differencing; limits 2 / sqrt(131).
   EXPECT_NE(details.find("<td>Values</td><td>131</td>"), std::string::npos);
   EXPECT_NE(details.find("&plusmn;0.1747"), std::string::npos);
@@ -228,8 +229,7 @@ TEST(EngineRun, RetainedValuesAreForecastOutOfSampleAndScored) {
   // The 12 out-of-sample forecasts: the first is the first forecast returned, 1960/1 on.
   std::string outcast = ReadFile(dir / "OUTCAST.TXT");
   ASSERT_NE(outcast.find("Out-of-sample forecasts of the 12 retained value(s)"), std::string::npos);
-  EXPECT_NE(outcast.find("1960/12"), std::string::npos);
-  EXPECT_NE(outcast.find("Out-of-sample MAPE"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(outcast, {"1960/12", "Out-of-sample MAPE"}));
   auto mon = tessaly::testing::ReadFile(dir / "FORE-MON.CSV");
   std::vector<std::string> rows;
   for (size_t at = 0, nl; (nl = mon.find('\n', at)) != std::string::npos; at = nl + 1)

@@ -12,6 +12,7 @@
 #include "engine_test_data.h"
 #include "platform/textfile.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -94,8 +95,8 @@ TEST(PooledRun, GroupListGivesOneModelItsCoefficientsAndTheFTestFigures) {
   EXPECT_EQ(fitted_csv[120].substr(0, 7), "1952/4,");
 
   const std::string details = ReadFile(dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("pooled cross-section of 3 groups of 40 observations each"), std::string::npos);
-  EXPECT_NE(details.find("The forecasts continue the last group"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"pooled cross-section of 3 groups of 40 observations each",
+      "The forecasts continue the last group"}));
   const std::string verbal = ReadFile(dir / "VERBAL.TXT");
   EXPECT_NE(verbal.find("The model is a pooled cross-section of 3 groups of 40 observations each, stacked end "
                         "to end: one model for all groups, with no lag crossing a group boundary."),

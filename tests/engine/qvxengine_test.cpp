@@ -9,6 +9,7 @@
 #include "engine_test_data.h"
 #include "platform/textfile.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -94,8 +95,7 @@ TEST(Qvxengine, AscFileRunsDirectly) {
                        &output),
             0)
       << output;
-  EXPECT_NE(output.find("series    PASSENGERS"), std::string::npos) << output;
-  EXPECT_NE(output.find("forecasts 12"), std::string::npos) << output;
+  EXPECT_TRUE(tessaly::testing::HoldsAll(output, {"series    PASSENGERS", "forecasts 12"}));
   EXPECT_TRUE(fs::exists(program / "reports" / "DETAILS.HTM"));
   EXPECT_TRUE(fs::exists(program / "reports" / "TS50PRO.123"));
   EXPECT_FALSE(fs::exists(program / "DETAILS.HTM"));

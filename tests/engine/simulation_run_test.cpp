@@ -9,6 +9,7 @@
 #include "engine/model.h"
 #include "engine_test_data.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -46,13 +47,10 @@ TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   EXPECT_TRUE(moved);
 
   const std::string details = ReadFile(sim_dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("<h2>9. Simulation</h2>"), std::string::npos);
-  EXPECT_NE(details.find("<td>Simulated paths</td><td>1000</td>"), std::string::npos) << details;
-  EXPECT_NE(details.find("<td>Seed used</td><td>77</td>"), std::string::npos);
-  EXPECT_NE(details.find("<td>Noise variance</td><td>25"), std::string::npos);
-  EXPECT_NE(details.find("<th class=\"num\">Sample path</th>"), std::string::npos);
-  EXPECT_NE(details.find("medians of 1000 simulated futures"), std::string::npos);
-  EXPECT_NE(details.find("The simulated limits are those of the model taken as known"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<h2>9. Simulation</h2>",
+      "<td>Simulated paths</td><td>1000</td>", "<td>Seed used</td><td>77</td>", "<td>Noise variance</td><td>25",
+      "<th class=\"num\">Sample path</th>", "medians of 1000 simulated futures",
+      "The simulated limits are those of the model taken as known"}));
   EXPECT_EQ(ReadFile(plain_dir / "DETAILS.HTM").find("Simulation</h2>"), std::string::npos);
   EXPECT_NE(ReadFile(sim_dir / "OUTCAST.TXT")
                 .find("Forecasts are the medians of 1000 simulated paths (seed 77, noise variance 25"),
