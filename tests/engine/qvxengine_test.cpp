@@ -41,9 +41,14 @@ TEST(Qvxengine, MonthlySeriesEndToEnd) {
   EXPECT_EQ(response->property_values[4], 144);
   ASSERT_EQ(response->property_values[7], 12);
 
-  // The forecasts' plausibility and the fit are the client's real-engine test's: here the
-  // files the engine leaves in its folder.
-  EXPECT_LT(response->forecast_values[600], response->forecast_values[0]);
+  // 1961 inside its limits, at the series' level, July above February as every year; the
+  // fitted values and residuals add up to the actuals.
+  const auto& f = response->forecast_values;
+  for (int h = 0; h < 12; ++h) EXPECT_TRUE(f[600 + h] < f[h] && f[h] < f[1200 + h] && f[h] > 350 && f[h] < 800) << h;
+  EXPECT_GT(f[6], f[1]);
+  for (int t = 0; t < 144; ++t)
+    if (response->doubles10000a[t] != kMissingValue)
+      EXPECT_NEAR(response->doubles10000a[t] + response->doubles10000b[t], y[t], 1e-6 * y[t]) << t;
   for (const char* name : {"DETAILS.HTM", "STAT.HTM", "EQUATION.TXT", "RHSIDE.TXT", "VERBAL.TXT",
                            "OUTCAST.TXT", "ADJUSTED.TXT", "TS50PRO.123", "PASS2MOD.123",
                            "FITTED.CSV", "FORECAST.CSV", "RESIDUALACF.CSV", "EQUATION.CSV"})
