@@ -273,18 +273,8 @@ TEST(ArmaNumerics, KalmanLikelihoodEqualsTheBruteForceGaussianLikelihood) {
 }
 
 std::map<std::string, double> ReferenceStatistics() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/statistics.csv"));
   std::map<std::string, double> m;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    std::stringstream ss(line);
-    std::string stat, series, value;
-    std::getline(ss, stat, ',');
-    std::getline(ss, series, ',');
-    std::getline(ss, value, ',');
-    if (!value.empty()) m[stat + "/" + series] = std::stod(value);
-  }
+  for (const auto& f : testdata::ReferenceRows("statistics.csv", 3)) m[f[0] + "/" + f[1]] = std::stod(f[2]);
   return m;
 }
 

@@ -102,16 +102,8 @@ struct PooledCase {
 };
 
 std::vector<PooledCase> LoadCases() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/pooled_expected.csv"));
   std::vector<PooledCase> cases;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    std::istringstream ls(line);
-    std::vector<std::string> f;
-    std::string cell;
-    while (std::getline(ls, cell, ',')) f.push_back(cell);
-    if (f.size() != 15) continue;
+  for (const auto& f : testdata::ReferenceRows("pooled_expected.csv", 15)) {
     PooledCase c;
     c.name = f[0];
     c.series = f[1];
@@ -127,8 +119,7 @@ std::vector<PooledCase> LoadCases() {
     c.constant = f[11] == "1";
     c.kind = f[12];
     c.loglik = std::stod(f[13]);
-    std::istringstream ps(f[14]);
-    while (std::getline(ps, cell, ';')) c.params.push_back(std::stod(cell));
+    for (const auto& v : testdata::Split(f[14], ';')) c.params.push_back(std::stod(v));
     cases.push_back(c);
   }
   return cases;
