@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "engine_test_data.h"
+#include "platform/textfile.h"
 #include "support/program_folder.h"
 #include "support/text_checks.h"
 
@@ -197,15 +198,12 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
 }
 
+// The comma-separated fields of a line.
 std::vector<std::string> Fields(const std::string& row) {
-  std::vector<std::string> f;
-  for (size_t at = 0;;) {
-    size_t c = row.find(',', at);
-    f.push_back(row.substr(at, c == std::string::npos ? std::string::npos : c - at));
-    if (c == std::string::npos) break;
-    at = c + 1;
-  }
-  if (!f.empty() && !f.back().empty() && f.back().back() == '\r') f.back().pop_back();
+  std::vector<std::string> f(1);
+  for (char c : row)
+    if (c == ',') f.emplace_back();
+    else f.back().push_back(c);
   return f;
 }
 
@@ -230,10 +228,7 @@ TEST(EngineRun, RetainedValuesAreForecastOutOfSampleAndScored) {
   std::string outcast = ReadFile(dir / "OUTCAST.TXT");
   ASSERT_NE(outcast.find("Out-of-sample forecasts of the 12 retained value(s)"), std::string::npos);
   EXPECT_TRUE(tessaly::testing::HoldsAll(outcast, {"1960/12", "Out-of-sample MAPE"}));
-  auto mon = tessaly::testing::ReadFile(dir / "FORE-MON.CSV");
-  std::vector<std::string> rows;
-  for (size_t at = 0, nl; (nl = mon.find('\n', at)) != std::string::npos; at = nl + 1)
-    rows.push_back(mon.substr(at, nl - at));
+  const std::vector<std::string> rows = *tessaly::platform::ReadAllLines(dir / "FORE-MON.CSV");
   ASSERT_EQ(rows.size(), 13u);
   EXPECT_EQ(rows[0].rfind("Series,Period,Lead,Actual,Forecast,", 0), 0u);
   // A good airline model is within a few percent of 1960; the first out-of-sample forecast

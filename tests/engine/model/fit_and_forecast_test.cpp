@@ -23,11 +23,7 @@ ModelingProblem Problem(std::vector<double> y, int seasonality, int horizon) {
   return p;
 }
 
-const Coefficient* Find(const ModelResult& r, const std::string& term) {
-  for (const Coefficient& c : r.coefficients)
-    if (c.term == term) return &c;
-  return nullptr;
-}
+const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }
 
 void ExpectWellFormed(const ModelResult& r, size_t n, int horizon) {
   ASSERT_EQ(r.error_code, 0);

@@ -26,11 +26,7 @@ ModelingProblem Problem(std::vector<double> y, int seasonality, int begin_year, 
   return p;
 }
 
-const Coefficient* Find(const ModelResult& r, const std::string& term) {
-  for (const auto& c : r.coefficients)
-    if (c.term == term) return &c;
-  return nullptr;
-}
+const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }
 
 TEST(FitAndForecastInterventions, NileLevelShiftReportedCleansedAndCarriedIntoTheForecasts) {
   const std::vector<double> nile = testdata::LoadSeries("nile");

@@ -44,6 +44,12 @@ std::map<std::string, double> NamedValues(const std::string& text) {
   return m;
 }
 
+const Coefficient* FindTerm(const ModelResult& r, const std::string& term) {
+  for (const auto& c : r.coefficients)
+    if (c.term == term) return &c;
+  return nullptr;
+}
+
 std::vector<double> SimulateArma11(int n, double phi, double theta, double sigma, uint32_t seed) {
   std::mt19937 gen(seed);
   std::normal_distribution<double> norm(0.0, sigma);

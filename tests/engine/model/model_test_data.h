@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/model.h"
+
 namespace quorvane::testdata {
 
 // One value per line; lines that do not start with a number are skipped.
@@ -16,6 +18,9 @@ std::vector<std::vector<std::string>> ReferenceRows(const std::string& name, siz
 std::vector<std::string> Split(const std::string& text, char sep);
 // "name=value;name=value" as a map.
 std::map<std::string, double> NamedValues(const std::string& text);
+
+// The coefficient of a result by its term ("AR(1)", "LEVEL SHIFT 1899"), or null.
+const Coefficient* FindTerm(const ModelResult& r, const std::string& term);
 
 // Gaussian ARMA(1,1) noise with the given coefficients, reproducible from the seed.
 std::vector<double> SimulateArma11(int n, double phi, double theta, double sigma, uint32_t seed);

@@ -47,11 +47,7 @@ ModelingProblem PooledProblem(std::vector<double> y, int groups, int objective) 
   return p;
 }
 
-const Coefficient* Find(const ModelResult& r, const std::string& term) {
-  for (const auto& c : r.coefficients)
-    if (c.term == term) return &c;
-  return nullptr;
-}
+const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }
 
 TEST(PoolLayout, GroupsFromTheCountOrTheListMustFitTheObservations) {
   EngineRules rules;
