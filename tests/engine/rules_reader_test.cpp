@@ -156,18 +156,17 @@ TEST(RulesReader, EmptyValuesOfASwitchedOffPageTakeTheDefaults) {
   RulesReadResult read = ParseRulesText(text);
   ASSERT_EQ(read.error_code, 0);
   const EngineRules& r = read.rules;
-  EXPECT_FALSE(r.estimation_enabled);
-  EXPECT_DOUBLE_EQ(r.sse_change_pct, 0.1);
-  EXPECT_EQ(r.max_iterations, 20);
-  EXPECT_DOUBLE_EQ(r.necessity_level, 90.0);
-  EXPECT_EQ(r.max_outliers, 7);
-  EXPECT_DOUBLE_EQ(r.constancy_level, 99.0);
-  EXPECT_FALSE(r.forecasting_enabled);
-  EXPECT_EQ(r.forecasts, 12);
-  EXPECT_DOUBLE_EQ(r.forecast_confidence, 95.0);
-  EXPECT_FALSE(r.simulation);
-  EXPECT_DOUBLE_EQ(r.noise_variance, 1.0);
-  EXPECT_EQ(r.seed, 0);
+#define F(field) #field, static_cast<double>(r.field)
+  const struct {
+    const char* field;
+    double value, expected;
+  } values[] = {
+      {F(estimation_enabled), 0}, {F(sse_change_pct), 0.1}, {F(max_iterations), 20}, {F(necessity_level), 90.0},
+      {F(max_outliers), 7}, {F(constancy_level), 99.0}, {F(forecasting_enabled), 0}, {F(forecasts), 12},
+      {F(forecast_confidence), 95.0}, {F(simulation), 0}, {F(noise_variance), 1.0}, {F(seed), 0},
+  };
+#undef F
+  for (const auto& v : values) EXPECT_DOUBLE_EQ(v.value, v.expected) << v.field;
 
   // On a page that is switched on, an empty value is still refused with its line's code,
   // and so is an unreadable (not empty) value on a page that is off.

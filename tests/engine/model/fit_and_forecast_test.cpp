@@ -15,12 +15,7 @@ namespace {
 constexpr double kMissing = 99999999999.0;
 
 ModelingProblem Problem(std::vector<double> y, int seasonality, int horizon) {
-  ModelingProblem p;
-  p.output_name = "SALES";
-  p.y = std::move(y);
-  p.seasonality = seasonality;
-  p.horizon = horizon;
-  return p;
+  return testdata::Problem("SALES", std::move(y), seasonality, horizon);
 }
 
 const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }

@@ -185,12 +185,7 @@ TEST(HoltWinters, ErrorWeightsAndArimaFormHoldOnARealSeries) {
 }
 
 ModelingProblem Preset11(const std::string& series, int m, int begin_year, int horizon) {
-  ModelingProblem p;
-  p.output_name = "Y";
-  p.y = testdata::LoadSeries(series);
-  p.seasonality = m;
-  p.begin_year = begin_year;
-  p.horizon = horizon;
+  ModelingProblem p = testdata::Problem("Y", testdata::LoadSeries(series), m, horizon, begin_year);
   p.objective = 11;
   return p;
 }

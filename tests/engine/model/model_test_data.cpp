@@ -44,6 +44,17 @@ std::map<std::string, double> NamedValues(const std::string& text) {
   return m;
 }
 
+ModelingProblem Problem(const std::string& name, std::vector<double> y, int seasonality, int horizon,
+                        int begin_year) {
+  ModelingProblem p;
+  p.output_name = name;
+  p.y = std::move(y);
+  p.seasonality = seasonality;
+  p.horizon = horizon;
+  if (begin_year) p.begin_year = begin_year;
+  return p;
+}
+
 const Coefficient* FindTerm(const ModelResult& r, const std::string& term) {
   for (const auto& c : r.coefficients)
     if (c.term == term) return &c;

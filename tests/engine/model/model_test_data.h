@@ -19,6 +19,10 @@ std::vector<std::string> Split(const std::string& text, char sep);
 // "name=value;name=value" as a map.
 std::map<std::string, double> NamedValues(const std::string& text);
 
+// A problem of one series: its name, values, seasonality, forecasts and first year.
+ModelingProblem Problem(const std::string& name, std::vector<double> y, int seasonality, int horizon,
+                        int begin_year = 0);
+
 // The coefficient of a result by its term ("AR(1)", "LEVEL SHIFT 1899"), or null.
 const Coefficient* FindTerm(const ModelResult& r, const std::string& term);
 

@@ -15,12 +15,7 @@ namespace quorvane {
 namespace {
 
 ModelingProblem Airline(int objective) {
-  ModelingProblem p;
-  p.output_name = "PASSENGERS";
-  p.y = testdata::LoadSeries("airline");
-  p.seasonality = 12;
-  p.begin_year = 1949;
-  p.horizon = 12;
+  ModelingProblem p = testdata::Problem("PASSENGERS", testdata::LoadSeries("airline"), 12, 12, 1949);
   p.objective = objective;
   return p;
 }
