@@ -38,6 +38,14 @@ class UnattendedRunTest : public ::testing::Test {
     options.out = &lines;
     return RunProjectUnattended(work / project, options);
   }
+  // A project of the example datasets (or others written to the work folder).
+  cBatchFile Project(const std::vector<std::string>& files, const fs::path& out) {
+    cBatchFile p(program.path());
+    p.SetInDirectory(work.path().string());
+    p.SetOutDirectory(out.string());
+    for (const auto& f : files) p.Add_File(f, 0, 0, "00/00/00");
+    return p;
+  }
   std::ostringstream lines;  // the datasets' lines and the tally of the last run
   ProgramFolderCopy program;
   TempDir work;
@@ -65,11 +73,7 @@ TEST_F(UnattendedRunTest, TwoProjectsRunOneAfterTheOtherKeepBothProjectsReports)
 TEST_F(UnattendedRunTest, ARunAsksBeforeDeletingAnotherProjectsReports) {
   ASSERT_EQ(Run("annual.xml"), kRunAllForecast);
   // A second project whose output folder is the annual project's.
-  cBatchFile p(program.path());
-  p.SetInDirectory(work.path().string());
-  p.SetOutDirectory((work / "annual").string());
-  p.Add_File("REALGDP.ASC", 0, 0, "00/00/00");
-  ASSERT_TRUE(p.Build(work / "gdp.xml"));
+  ASSERT_TRUE(Project({"REALGDP.ASC"}, work / "annual").Build(work / "gdp.xml"));
   const std::string question = "The folder " + (work / "annual/OUTPUT").string() +
                                " holds the reports of the project \"" + (work / "annual.xml").string() +
                                "\".\r\nRunning \"gdp.xml\" will delete them.\r\n\r\nRun it all the same?";
@@ -98,11 +102,7 @@ TEST_F(UnattendedRunTest, AnEngineFailureAmongGoodFilesLeavesThatFileStarted) {
   std::string retained = "0\r\n0\r\n0\r\n1\r\n12\r\n2001\r\n1\r\n30\r\n0\r\n30\r\n30\r\nHELDBACK\r\n0\r\n";
   for (int i = 0; i < 60; ++i) retained += std::to_string(200 + (i % 12) * 7 + i) + "\r\n";
   tessaly::testing::WriteFile(work / "HELDBACK.ASC", retained);
-  cBatchFile p(program.path());
-  p.SetInDirectory(work.path().string());
-  p.SetOutDirectory(work.path().string());
-  for (const char* f : {"AIRLINE.ASC", "HELDBACK.ASC", "ELNINO.ASC"}) p.Add_File(f, 0, 0, "00/00/00");
-  ASSERT_TRUE(p.Build(work / "mixed.xml"));
+  ASSERT_TRUE(Project({"AIRLINE.ASC", "HELDBACK.ASC", "ELNINO.ASC"}, work.path()).Build(work / "mixed.xml"));
   ASSERT_EQ(Run("mixed.xml"), kRunInPart);
 
   cBatchFile saved(program.path());
@@ -145,10 +145,7 @@ class CancelOnSeries : public platform::ProgressWait {
 };
 
 TEST_F(UnattendedRunTest, CancelDuringTheThirdSeriesKeepsWhatWasDone) {
-  cBatchFile p(program.path());
-  p.SetInDirectory(work.path().string());
-  p.SetOutDirectory(work.path().string());
-  for (const char* f : {"AIRLINE.ASC", "ELNINO.ASC", "AIRLINE.ASC", "ELNINO.ASC"}) p.Add_File(f, 0, 0, "00/00/00");
+  cBatchFile p = Project({"AIRLINE.ASC", "ELNINO.ASC", "AIRLINE.ASC", "ELNINO.ASC"}, work.path());
   p.SetRunDate(3, "07/04/25");
   ASSERT_TRUE(p.Build(work / "cancel.xml"));
   platform::SetProgressWait(std::make_shared<CancelOnSeries>(3));
