@@ -185,7 +185,8 @@ TEST_F(UnattendedRunTest, TessalyRunsTheSampleProjectNamedOnTheCommandLine) {
       "4/4 NILE.ASC: rejected: You cannot process datasets with different seasonalities in the "
           "same xml. Since the initial series seasonality is 12 and NILE.ASC seasonality is 1,it will "
           "not be processed.\n",
-      "\nsample.xml: 2 forecast, 2 rejected, 0 failed (4 datasets)\nOverview: " + (out / "display.html").string() + "\n",
+      "\nsample.xml: 2 forecast, 2 rejected, 0 failed (4 datasets)\nOverview: " + (out / "display.html").string() +
+          "\n",
       "The forecasts for individual series are shown in ",
       "FYI: Please see the following for reasons the indicated series could not be processed\n\n  "
           "BROKEN.ASC\n  The total size of BROKEN.ASC"}));

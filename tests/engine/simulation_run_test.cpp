@@ -26,7 +26,8 @@ TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   EngineArrays plain = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(plain, plain_dir.path(), &FitAndForecast).error_code, 0);
 
-  rules = testdata::RulesWith(rules, {{"SIMULATION ENABLED", "   1"}, {"NOISE SERIES", "25.0"}, {"SEED VALUE", "  77"}});
+  rules = testdata::RulesWith(rules,
+                              {{"SIMULATION ENABLED", "   1"}, {"NOISE SERIES", "25.0"}, {"SEED VALUE", "  77"}});
   WriteFile(sim_dir / "ENGINE.GO", rules);
   EngineArrays sim = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(sim, sim_dir.path(), &FitAndForecast).error_code, 0);

@@ -86,11 +86,11 @@ TEST_F(CallFixture, ReturnedArraysTakeTheirPlacesInTheContractsOrder) {
   // The others replace the caller's arrays, whole and at full bound.
   ASSERT_EQ(arrays.forecast_values.size(), size_t(quorvane::kForecastValues));
   const std::pair<double, double> values[] = {
-      {arrays.forecast_values[0], 100},   {arrays.forecast_values[11], 111}, {arrays.forecast_values[600], 90},
-      {arrays.forecast_values[1211], 121}, {arrays.forecast_values[12], 0},  {arrays.doubles10000a[10], sent.series_data[10] - 0.25},
-      {arrays.doubles10000b[10], 0.25},   {arrays.doubles10000c[0], 7},      {arrays.integers20[3], 2},
-      {arrays.doubles745[9], 10},         {arrays.doubles20[8], 123.5},      {arrays.future_data[0], 42},
-      {arrays.retained_data[0], 1}};
+      {arrays.forecast_values[0], 100},    {arrays.forecast_values[11], 111}, {arrays.forecast_values[600], 90},
+      {arrays.forecast_values[1211], 121}, {arrays.forecast_values[12], 0},   {arrays.doubles10000b[10], 0.25},
+      {arrays.doubles10000a[10], sent.series_data[10] - 0.25},                {arrays.doubles10000c[0], 7},
+      {arrays.integers20[3], 2},           {arrays.doubles745[9], 10},        {arrays.doubles20[8], 123.5},
+      {arrays.future_data[0], 42},         {arrays.retained_data[0], 1}};
   for (size_t i = 0; i < std::size(values); ++i) EXPECT_DOUBLE_EQ(values[i].first, values[i].second) << i;
   EXPECT_EQ(arrays.strings400[0] + arrays.strings2250[1] + arrays.series_names[0], "S400S2250RET_SALES");
 

@@ -40,7 +40,8 @@ std::vector<std::vector<std::string>> ReferenceRows(const std::string& name, siz
 std::map<std::string, double> NamedValues(const std::string& text) {
   std::map<std::string, double> m;
   for (const auto& pair : Split(text, ';'))
-    if (const size_t eq = pair.find('='); eq != std::string::npos) m[pair.substr(0, eq)] = std::stod(pair.substr(eq + 1));
+    if (const size_t eq = pair.find('='); eq != std::string::npos)
+      m[pair.substr(0, eq)] = std::stod(pair.substr(eq + 1));
   return m;
 }
 
