@@ -47,12 +47,6 @@ std::vector<std::string> Lines(const fs::path& file) {
   return lines ? *lines : std::vector<std::string>{};
 }
 
-int Count(const std::string& text, const std::string& what) {
-  int n = 0;
-  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
-
 TEST(PooledRun, GroupListGivesOneModelItsCoefficientsAndTheFTestFigures) {
   TempDir dir;
   WriteFile(dir / "GROUPLST.QVX", " 3 \r\n40\r\n40\r\n40\r\n");
@@ -106,7 +100,7 @@ TEST(PooledRun, GroupListGivesOneModelItsCoefficientsAndTheFTestFigures) {
   EngineArrays b = testdata::MonthlyRequest(y, 6, 0, "TOTALPOOL");
   ASSERT_EQ(RunRequest(b, dir.path(), &FitEngineModel).error_code, 0);
   const std::string twice = ReadFile(dir / "POOLCOEF.CSV");
-  EXPECT_EQ(Count(twice, "Series,Term"), 1);
+  EXPECT_EQ(twice.find("Series,Term"), twice.rfind("Series,Term"));
   EXPECT_EQ(Lines(dir / "POOLCOEF.CSV").size(), 2 * coef.size() - 1);
 }
 

@@ -437,22 +437,12 @@ TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
   EXPECT_GT(f_test(sosa, sosb, 3, 180, numpar), 10.0);
 }
 
-TEST(PooledFit, GroupsThatDoNotFitTheDataLeaveItOneSeriesAndRetainedValuesComeOffTheLast) {
-  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 7, 2);
-  ModelResult r = FitPooled(p, nullptr);
-  EXPECT_EQ(r.error_code, 0);
-  EXPECT_EQ(r.description.find("pooled"), std::string::npos) << r.description;
-  ASSERT_FALSE(r.warnings.empty());
-  EXPECT_NE(r.warnings[0].find("cannot be divided evenly into 7 groups"), std::string::npos);
-  p.rules.group_sizes = {60, 58, 2};
-  EXPECT_EQ(FitPooled(p, nullptr).error_code, kCodePoolGroups);
-  p.rules.group_sizes.clear();
-
-  // Retained values come off the last group.
-  p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 3, 2);
+// Groups that do not fit the data: the layout's and the pooled run's tests.
+TEST(PooledFit, RetainedValuesComeOffTheLastGroup) {
+  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 3, 2);
   p.retained.assign(p.y.end() - 4, p.y.end());
   p.y.resize(p.y.size() - 4);
-  r = FitPooled(p, nullptr);
+  const ModelResult r = FitPooled(p, nullptr);
   ASSERT_EQ(r.error_code, 0);
   EXPECT_EQ(r.observations, 116);
   EXPECT_EQ(r.residuals.size(), 116u);
