@@ -22,7 +22,7 @@ endfunction()
 # other under ctest -j.
 set(TESSALY_ENGINE_PROCESS_TESTS
   desktop_tests batch_tests batch_engine_run_tests engine_client_tests batch_forms_progress_tests
-  engine_client_real_engine_tests qvxengine_tests platform_process_tests shell_program_tests
+  qvxengine_tests platform_process_tests shell_program_tests
   rules_tests tsly_tests
   pool_engine_tests pool_command_tests pool_desktop_tests
   spreadsheet_engine_tests spreadsheet_desktop_tests

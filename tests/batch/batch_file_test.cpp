@@ -5,6 +5,7 @@
 #include "formats/batch_schema.h"
 #include "support/messages.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace tessaly::batch {
 namespace {
@@ -50,13 +51,10 @@ TEST_F(BatchFileTest, BuildWritesTheProjectFormAndLoadReadsItBack) {
   EXPECT_EQ(text.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<batch ", 0), 0u) << text;
   std::string second = text.substr(text.find("\r\n") + 2);
   second = second.substr(0, second.find("\r\n"));
-  EXPECT_NE(second.find("xmlns:xsd=\"http://www.w3.org/2001/XMLSchema-instance\""), std::string::npos);
-  EXPECT_NE(second.find("xsd:noNamespaceSchemaLocation=\"" + program.path().string() +
-                        "/DEFAULTXSD/batchschema1.0.2.xsd\""),
-            std::string::npos);
-  EXPECT_NE(text.find("<set runcomplete=\"-1\" objective=\"2\">"), std::string::npos);
-  EXPECT_NE(text.find("<series name=\"NILE\" complete=\"-1\" err=\"34\" rundate=\"11/21/26\">"),
-            std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(second, {"xmlns:xsd=\"http://www.w3.org/2001/XMLSchema-instance\"",
+      "xsd:noNamespaceSchemaLocation=\"" + program.path().string() + "/DEFAULTXSD/batchschema1.0.2.xsd\""}));
+  EXPECT_TRUE(tessaly::testing::HoldsAll(text, {"<set runcomplete=\"-1\" objective=\"2\">",
+      "<series name=\"NILE\" complete=\"-1\" err=\"34\" rundate=\"11/21/26\">"}));
   // A name without ".asc" keeps its whole text.
   EXPECT_NE(text.find("<series name=\"quarterly.dat\""), std::string::npos);
   for (const char* piece :

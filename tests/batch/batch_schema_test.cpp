@@ -39,8 +39,11 @@ bool Valid(const TempDir& dir, const std::string& xml) {
 
 TEST(BatchSchema, WritesASchemaThatAcceptsProjectsAndRefusesMalformedOnes) {
   TempDir dir;
+  WriteFile(dir / "batchschema1.0.2.xsd", "an earlier file, overwritten");
   ASSERT_TRUE(CreateBATCHXSD(dir / "batchschema1.0.2.xsd"));
+  EXPECT_FALSE(CreateBATCHXSD(dir / "missing-folder" / "s.xsd"));
   std::string text = ReadFile(dir / "batchschema1.0.2.xsd");
+  EXPECT_EQ(text, BatchSchemaText());
   EXPECT_NE(text.find("elementFormDefault=\"qualified\""), std::string::npos);
   EXPECT_NE(text.find("\r\n"), std::string::npos);
 
@@ -53,14 +56,6 @@ TEST(BatchSchema, WritesASchemaThatAcceptsProjectsAndRefusesMalformedOnes) {
   std::string swapped = Series("A");
   swapped.replace(swapped.find("<history>"), 9, "<forecastz>");
   EXPECT_FALSE(Valid(dir, Project(swapped)));
-}
-
-TEST(BatchSchema, OverwritesAnEarlierFile) {
-  TempDir dir;
-  WriteFile(dir / "s.xsd", "garbage");
-  ASSERT_TRUE(CreateBATCHXSD(dir / "s.xsd"));
-  EXPECT_EQ(ReadFile(dir / "s.xsd"), BatchSchemaText());
-  EXPECT_FALSE(CreateBATCHXSD(dir / "missing-folder" / "s.xsd"));
 }
 
 }  // namespace

@@ -93,11 +93,7 @@ TEST(CausalRun, InputsLeftInTheModelAndTheirModelFileRoundTrip) {
   TempDir dir;
   // The model file has no place for interventions: without their search the model read
   // back is the whole model.
-  std::string rules = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
-  const size_t key = rules.find("(DETERMINISTIC STRUCTURE )");
-  const size_t bar = rules.find('|', key);
-  rules.replace(bar + 1, 4, "   0");
-  WriteFile(dir / "ENGINE.GO", rules);
+  WriteFile(dir / "ENGINE.GO", testdata::RulesWith(testdata::ShippedRules(), {{"(DETERMINISTIC STRUCTURE )", "   0"}}));
   EngineArrays a = request();
   RunSummary s = RunRequest(a, dir.path(), &FitModel);
   ASSERT_EQ(s.error_code, 0);

@@ -7,7 +7,9 @@
 #include <stdexcept>
 
 #include "engine_test_data.h"
+#include "platform/textfile.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -131,7 +133,6 @@ TEST(EngineRun, FaultsBecomeErrorCodes) {
 
 TEST(EngineRun, RulesModelsAndPresetsChecked) {
   TempDir dir;
-  std::string cnd = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
   auto run = [&](int16_t objective, int series = 1) {
     FakeCore core(dir.path());
     EngineArrays a = series == 1 ? testdata::MonthlyRequest(testdata::AirlinePassengers(), 12)
@@ -139,9 +140,7 @@ TEST(EngineRun, RulesModelsAndPresetsChecked) {
     a.objective_values[0] = objective;
     return RunRequest(a, dir.path(), core.AsFitter());
   };
-  std::string broken = cnd;
-  broken.replace(broken.find("|  20"), 5, "| 999");
-  WriteFile(dir / "ENGINE.GO", broken);
+  WriteFile(dir / "ENGINE.GO", testdata::RulesWith(testdata::ShippedRules(), {{"ITERATIONS", " 999"}}));
   RunSummary s = run(0);
   EXPECT_EQ(s.error_code, 2026);
   ASSERT_FALSE(s.messages.empty());
@@ -164,11 +163,13 @@ TEST(EngineRun, RulesModelsAndPresetsChecked) {
   EXPECT_EQ(run(51).error_code, kRegressionPresetNeedsInputs);
   EXPECT_EQ(run(51, 3).error_code, 0);
   EXPECT_EQ(run(15, 3).error_code, 0);  // seasonality 4 admits the seasonal presets
-  FakeCore core(dir.path());
-  EngineArrays annual = testdata::MonthlyRequest(testdata::AirlinePassengers(), 5);
-  annual.property_values[1] = 1;
-  annual.objective_values[0] = 13;
-  EXPECT_EQ(RunRequest(annual, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid);
+  for (int16_t seasonality : {1, 3}) {
+    FakeCore core(dir.path());
+    EngineArrays a = testdata::MonthlyRequest(testdata::AirlinePassengers(), 5);
+    a.property_values[1] = seasonality;
+    a.objective_values[0] = 13;
+    EXPECT_EQ(RunRequest(a, dir.path(), core.AsFitter()).error_code, kSeasonalPresetInvalid) << seasonality;
+  }
 }
 
 TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
@@ -184,8 +185,8 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_EQ(core.rules_forecasts, 0);  // the rules' twelve do not come back
   EXPECT_EQ(a.property_values[7], 0);
   std::string details = ReadFile(dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("<h2>Identification only</h2>"), std::string::npos);
-  EXPECT_NE(details.find("ln PASSENGERS, differenced (1 - B)(1 - B**12)"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<h2>Identification only</h2>",
+      "ln PASSENGERS, differenced (1 - B)(1 - B**12)"}));
   // 144 - 13 values after the differencing; limits 2 / sqrt(131).
   EXPECT_NE(details.find("<td>Values</td><td>131</td>"), std::string::npos);
   EXPECT_NE(details.find("&plusmn;0.1747"), std::string::npos);
@@ -197,15 +198,12 @@ TEST(EngineRun, IdentificationOnlyReportsTheSeriesAndForecastsNothing) {
   EXPECT_FALSE(fs::exists(dir / "TS50PRO.123"));
 }
 
+// The comma-separated fields of a line.
 std::vector<std::string> Fields(const std::string& row) {
-  std::vector<std::string> f;
-  for (size_t at = 0;;) {
-    size_t c = row.find(',', at);
-    f.push_back(row.substr(at, c == std::string::npos ? std::string::npos : c - at));
-    if (c == std::string::npos) break;
-    at = c + 1;
-  }
-  if (!f.empty() && !f.back().empty() && f.back().back() == '\r') f.back().pop_back();
+  std::vector<std::string> f(1);
+  for (char c : row)
+    if (c == ',') f.emplace_back();
+    else f.back().push_back(c);
   return f;
 }
 
@@ -229,12 +227,8 @@ TEST(EngineRun, RetainedValuesAreForecastOutOfSampleAndScored) {
   // The 12 out-of-sample forecasts: the first is the first forecast returned, 1960/1 on.
   std::string outcast = ReadFile(dir / "OUTCAST.TXT");
   ASSERT_NE(outcast.find("Out-of-sample forecasts of the 12 retained value(s)"), std::string::npos);
-  EXPECT_NE(outcast.find("1960/12"), std::string::npos);
-  EXPECT_NE(outcast.find("Out-of-sample MAPE"), std::string::npos);
-  auto mon = tessaly::testing::ReadFile(dir / "FORE-MON.CSV");
-  std::vector<std::string> rows;
-  for (size_t at = 0, nl; (nl = mon.find('\n', at)) != std::string::npos; at = nl + 1)
-    rows.push_back(mon.substr(at, nl - at));
+  EXPECT_TRUE(tessaly::testing::HoldsAll(outcast, {"1960/12", "Out-of-sample MAPE"}));
+  const std::vector<std::string> rows = *tessaly::platform::ReadAllLines(dir / "FORE-MON.CSV");
   ASSERT_EQ(rows.size(), 13u);
   EXPECT_EQ(rows[0].rfind("Series,Period,Lead,Actual,Forecast,", 0), 0u);
   // A good airline model is within a few percent of 1960; the first out-of-sample forecast

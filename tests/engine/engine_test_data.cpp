@@ -12,6 +12,17 @@ std::filesystem::path RepoPath(const std::string& relative) {
   return tessaly::testing::SourcePath("../" + relative);
 }
 
+std::string ShippedRules() { return tessaly::testing::ReadFile(RepoPath("resources/program/ENGINE.CND")); }
+
+std::string RulesWith(std::string text, const std::vector<std::pair<std::string, std::string>>& values) {
+  for (const auto& [key, value] : values) {
+    const size_t bar = text.find('|', text.find(key));
+    const size_t end = text.find_first_of("\r\n", bar);
+    text.replace(bar + 1, end - bar - 1, value);
+  }
+  return text;
+}
+
 const std::vector<double>& AirlinePassengers() {
   static const std::vector<double> y = {
       112, 118, 132, 129, 121, 135, 148, 148, 136, 119, 104, 118, 115, 126, 141, 135, 125, 149,

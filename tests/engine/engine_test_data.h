@@ -12,6 +12,11 @@ namespace quorvane::testdata {
 // A file of the source tree by its path from the top ("resources/program/ENGINE.CND").
 std::filesystem::path RepoPath(const std::string& relative);
 
+// The shipped rules file (ENGINE.CND), and a rules text with the value of the line holding
+// each key replaced (everything after its bar), as the wizard writes it.
+std::string ShippedRules();
+std::string RulesWith(std::string text, const std::vector<std::pair<std::string, std::string>>& values);
+
 // The monthly airline passenger totals, 1949/1 to 1960/12.
 const std::vector<double>& AirlinePassengers();
 

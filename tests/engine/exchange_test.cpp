@@ -53,6 +53,12 @@ TEST(Exchange, RefusesOtherKindsTruncationAndGarbage) {
   EXPECT_FALSE(ReadExchangeFile(dir / "junk.bin", ExchangeKind::Response));
   EXPECT_FALSE(ReadExchangeFile(dir / "missing.bin", ExchangeKind::Response));
   EXPECT_FALSE(WriteExchangeFile(dir / "no" / "such" / "f.bin", ExchangeKind::Request, a));
+  // A text of 16 MiB is the most a reader takes in; one byte more is a damaged file.
+  for (size_t size : {size_t{1} << 24, (size_t{1} << 24) + 1}) {
+    a.strings2250[0] = std::string(size, 'x');
+    ASSERT_TRUE(WriteExchangeFile(dir / "long.bin", ExchangeKind::Response, a));
+    EXPECT_EQ(ReadExchangeFile(dir / "long.bin", ExchangeKind::Response).has_value(), size == size_t{1} << 24);
+  }
 }
 
 }  // namespace

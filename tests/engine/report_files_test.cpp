@@ -8,6 +8,7 @@
 #include "engine_test_data.h"
 #include "platform/textfile.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -41,7 +42,14 @@ TEST(ForecastFile, ColumnsAreExactAndReadBack) {
     EXPECT_NE(l[83], ' ') << l;
     EXPECT_EQ(l[11], ' ') << l;
   }
-  EXPECT_EQ((*file_lines)[0].substr(0, 6), "PERIOD");
+  // The title fills the forecast's 23 columns right-justified; a name that leaves it no
+  // leading blank (14 characters and more) gives way to the bare word.
+  for (const auto& [name, title] : {std::pair<std::string, std::string>{"PASSENGERS", "PASSENGERS FORECAST"},
+                                    {"THIRTEEN_CHRS", "THIRTEEN_CHRS FORECAST"},
+                                    {"FOURTEEN_CHARS", "FORECAST"}}) {
+    const std::string header = ForecastFileHeader(name, 95);
+    EXPECT_EQ(header.substr(0, 34), "PERIOD     " + std::string(23 - title.size(), ' ') + title) << name;
+  }
 
   auto back = ReadForecastFile(dir / "TS50PRO.123");
   ASSERT_TRUE(back);
@@ -139,15 +147,10 @@ TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
     EXPECT_GT(std::filesystem::file_size(dir / name), 100u) << name;
 
   std::string details = ReadFile(dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("<h1>Model details: PASSENGERS</h1>"), std::string::npos);
-  EXPECT_NE(details.find("Level Shift</td><td>1951/6</td>"), std::string::npos);
-  EXPECT_NE(details.find("natural logarithm"), std::string::npos);
-  EXPECT_NE(details.find("NOTREND.QVX"), std::string::npos);
-  EXPECT_NE(details.find("1961/12"), std::string::npos);
-  EXPECT_NE(details.find("A test warning."), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<h1>Model details: PASSENGERS</h1>",
+      "Level Shift</td><td>1951/6</td>", "natural logarithm", "NOTREND.QVX", "1961/12", "A test warning."}));
   std::string stat = ReadFile(dir / "STAT.HTM");
-  EXPECT_NE(stat.find("Ljung-Box Q (24 lags)"), std::string::npos);
-  EXPECT_NE(stat.find("-0.2100"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(stat, {"Ljung-Box Q (24 lags)", "-0.2100"}));
   // Only lag 2 lies beyond 2/sqrt(144).
   size_t marked = stat.find("outside the limits</td>");
   ASSERT_NE(marked, std::string::npos);
@@ -155,9 +158,8 @@ TEST(Reports, EveryDatasetFileIsWrittenAndReadable) {
   EXPECT_LT(stat.find("-0.2100"), marked);
 
   std::string verbal = ReadFile(dir / "VERBAL.TXT");
-  EXPECT_NE(verbal.find("a level shift of +25.00 from 1951/6"), std::string::npos);
-  EXPECT_NE(verbal.find("a pulse of -40.00 at 1960/12"), std::string::npos);
-  EXPECT_NE(verbal.find("144 monthly observations from 1949/1 to 1960/12"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(verbal, {"a level shift of +25.00 from 1951/6",
+      "a pulse of -40.00 at 1960/12", "144 monthly observations from 1949/1 to 1960/12"}));
 
   auto rhs = tessaly::platform::ReadAllLines(dir / "RHSIDE.TXT");
   ASSERT_TRUE(rhs);
@@ -194,17 +196,15 @@ TEST(Reports, DisplayLinesStoreAndRobustAutocorrelationsOfTheRules) {
   for (const char* line : {"DISPLAY OUTLIER TEST RESULTS", "DISPLAY FORECAST MODEL PARAMETERS",
                            "DISPLAY FORECAST MODEL EQUATION", "DISPLAY TABLE OF FORECAST VALUES"})
     EXPECT_NE(details.find(std::string("Not displayed: the rules' \"") + line), std::string::npos) << line;
-  EXPECT_EQ(details.find("Level Shift</td><td>1951/6</td>"), std::string::npos);
-  EXPECT_EQ(details.find("LS(1951/6)"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsNone(details, {"Level Shift</td><td>1951/6</td>", "LS(1951/6)"}));
   // The forecasts on the log scale: ln 500 = 6.214608.
-  EXPECT_NE(details.find("<td class=\"num\">6.214608</td>"), std::string::npos);
-  EXPECT_NE(details.find("forecasts from the end of the estimation sample"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<td class=\"num\">6.214608</td>",
+      "forecasts from the end of the estimation sample"}));
   EXPECT_EQ(details.find("<h2>Exceptions</h2>"), std::string::npos);
   // The exception report names the pulse at the last observation as an early signal.
   req.problem.rules.exception_report = true;
   const std::string with_exceptions = DetailsHtml(in);
-  EXPECT_NE(with_exceptions.find("<h2>Exceptions</h2>"), std::string::npos);
-  EXPECT_NE(with_exceptions.find("Early signal: Pulse at 1960/12"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(with_exceptions, {"<h2>Exceptions</h2>", "Early signal: Pulse at 1960/12"}));
 
   // Robust autocorrelations: two wild values in a smooth AR(1) series pull the ordinary lag-1
   // autocorrelation far below its value; clipped at 2.5 robust standard deviations they do not.

@@ -46,30 +46,26 @@ TEST(Request, CausalLayoutAndInputFutureValues) {
 }
 
 TEST(Request, ArrayChecksGiveTheirCodes) {
-  auto code = [](EngineArrays a) { return PrepareRequest(a, EngineRules{}).error_code; };
-  EngineArrays a = MonthlyRequest(AirlinePassengers(), 12);
-  EXPECT_EQ(code(a), 0);
-  EngineArrays b = a;
-  b.property_values[4] = 0;
-  EXPECT_EQ(code(b), 2180);
-  b = a;
-  b.property_values[6] = 144;  // every observation retained
-  EXPECT_EQ(code(b), 2182);
-  b = a;
-  b.property_values[7] = 601;
-  EXPECT_EQ(code(b), 2222);
-  b = a;
-  b.series_types[0] = 1;
-  EXPECT_EQ(code(b), 2219);
-  b = a;
-  b.property_values[0] = 151;
-  EXPECT_EQ(code(b), 2201);
-  b = testdata::CausalRequest(40, 8, 12);
-  b.property_values[5] = 601;
-  EXPECT_EQ(code(b), 2181);
-  b = a;
-  b.property_values[1] = 0;
-  EXPECT_EQ(code(b), 2189);
+  // Each case changes one property (index, value) of a monthly or a causal request.
+  const struct {
+    bool causal;
+    int index;
+    int value;
+    int code;
+  } cases[] = {
+      {false, 4, 0, 2180},   {false, 6, 144, 2182},  // every observation retained
+      {false, 7, 601, 2222}, {false, 0, 151, 2201},  {true, 5, 601, 2181},
+      {false, 1, 0, 2189},   {false, 1, 201, 2189},  {false, 1, 200, 0},
+      {false, 7, 600, 0},
+  };
+  for (const auto& c : cases) {
+    EngineArrays a = c.causal ? testdata::CausalRequest(40, 8, 12) : MonthlyRequest(AirlinePassengers(), 12);
+    a.property_values[c.index] = static_cast<int16_t>(c.value);
+    EXPECT_EQ(PrepareRequest(a, EngineRules{}).error_code, c.code) << c.index << " = " << c.value;
+  }
+  EngineArrays typed = MonthlyRequest(AirlinePassengers(), 12);
+  typed.series_types[0] = 1;
+  EXPECT_EQ(PrepareRequest(typed, EngineRules{}).error_code, 2219);
 }
 
 TEST(Response, ArraysFilledFromAKnownModel) {
@@ -80,53 +76,34 @@ TEST(Response, ArraysFilledFromAKnownModel) {
   FillResponse(req, r, out);
 
   EXPECT_EQ(out.error_code, 0);
-  EXPECT_EQ(out.property_values[0], 1);
-  EXPECT_EQ(out.property_values[4], 144);
-  EXPECT_EQ(out.property_values[7], 12);
-  EXPECT_EQ(out.property_values[1], 12);  // the rest as given
   EXPECT_EQ(out.series_names[0], "PASSENGERS");
-  EXPECT_EQ(out.series_data[143], 432);
-
-  EXPECT_EQ(out.forecast_values[0], 500);
-  EXPECT_EQ(out.forecast_values[11], 511);
-  EXPECT_EQ(out.forecast_values[12], 0);
-  EXPECT_EQ(out.forecast_values[600], 450);
-  EXPECT_EQ(out.forecast_values[1200], 550);
-  EXPECT_EQ(out.forecast_values[1211], 561);
-
-  // Fitted and residuals: missing before the first fitted point and over the retained values.
-  EXPECT_EQ(out.doubles10000a[5], kMissingValue);
-  EXPECT_EQ(out.doubles10000a[6], 106);
-  EXPECT_EQ(out.doubles10000a[139], 239);
-  EXPECT_EQ(out.doubles10000a[140], kMissingValue);
-  EXPECT_EQ(out.doubles10000a[144], 0);
-  EXPECT_EQ(out.doubles10000b[6], -1.5);
-  EXPECT_EQ(out.doubles10000b[140], kMissingValue);
-  // The cleansed series continues with the actuals over the retained periods.
-  EXPECT_EQ(out.doubles10000c[29], 104);
-  EXPECT_EQ(out.doubles10000c[143], 432);
-
-  // Interventions: counted from the first modelled observation.
-  EXPECT_EQ(out.integers20[i20::kLeadingLeftOut - 1], 5);
-  EXPECT_EQ(out.integers20[i20::kInterventions - 1], 2);
-  EXPECT_EQ(out.doubles745[0], 2);
-  EXPECT_EQ(out.doubles745[1], 25);
-  EXPECT_EQ(out.doubles745[2], 1951);
-  EXPECT_EQ(out.doubles745[3], 6);
-  EXPECT_EQ(out.doubles745[4], 25);
-  EXPECT_EQ(out.doubles745[5], 1);
-  EXPECT_EQ(out.doubles745[9], -40);
-  EXPECT_EQ(out.doubles745[10], 0);
-
-  EXPECT_EQ(out.doubles20[d20::kSse - 1], 1234.5);
-  EXPECT_EQ(out.doubles20[d20::kParameters - 1], 4);
-  EXPECT_EQ(out.doubles20[d20::kVariance - 1], 9.5);
-  EXPECT_EQ(out.doubles20[d20::kLambda - 1], 0.0);
-  EXPECT_EQ(out.doubles20[d20::kMape - 1], 2.75);
-  EXPECT_EQ(out.doubles20[d20::kLogLikelihood - 1], -246.625);
-  EXPECT_EQ(out.integers20[i20::kSeasonalQ - 1], 1);
-  EXPECT_EQ(out.integers20[i20::kConstant - 1], 1);
-
+  // Each returned value by its array and place: the properties (the rest as given), the
+  // forecasts and their limits at 0, 600 and 1200; fitted values and residuals missing
+  // before the first fitted point and over the retained values; the cleansed series going on
+  // with the actuals; the interventions counted from the first modelled observation; the
+  // statistics.
+#define AT(array, i) #array "[" #i "]", static_cast<double>(out.array[i])
+  const struct {
+    const char* where;
+    double value, expected;
+  } values[] = {
+      {AT(property_values, 0), 1}, {AT(property_values, 4), 144}, {AT(property_values, 7), 12},
+      {AT(property_values, 1), 12}, {AT(series_data, 143), 432},
+      {AT(forecast_values, 0), 500}, {AT(forecast_values, 11), 511}, {AT(forecast_values, 12), 0},
+      {AT(forecast_values, 600), 450}, {AT(forecast_values, 1200), 550}, {AT(forecast_values, 1211), 561},
+      {AT(doubles10000a, 5), kMissingValue}, {AT(doubles10000a, 6), 106}, {AT(doubles10000a, 139), 239},
+      {AT(doubles10000a, 140), kMissingValue}, {AT(doubles10000a, 144), 0}, {AT(doubles10000b, 6), -1.5},
+      {AT(doubles10000b, 140), kMissingValue}, {AT(doubles10000c, 29), 104}, {AT(doubles10000c, 143), 432},
+      {AT(integers20, i20::kLeadingLeftOut - 1), 5}, {AT(integers20, i20::kInterventions - 1), 2},
+      {AT(doubles745, 0), 2}, {AT(doubles745, 1), 25}, {AT(doubles745, 2), 1951}, {AT(doubles745, 3), 6},
+      {AT(doubles745, 4), 25}, {AT(doubles745, 5), 1}, {AT(doubles745, 9), -40}, {AT(doubles745, 10), 0},
+      {AT(doubles20, d20::kSse - 1), 1234.5}, {AT(doubles20, d20::kParameters - 1), 4},
+      {AT(doubles20, d20::kVariance - 1), 9.5}, {AT(doubles20, d20::kLambda - 1), 0.0},
+      {AT(doubles20, d20::kMape - 1), 2.75}, {AT(doubles20, d20::kLogLikelihood - 1), -246.625},
+      {AT(integers20, i20::kSeasonalQ - 1), 1}, {AT(integers20, i20::kConstant - 1), 1},
+  };
+#undef AT
+  for (const auto& v : values) EXPECT_EQ(v.value, v.expected) << v.where;
   EXPECT_EQ(out.strings400[0], "log PASSENGERS(t) = 12.5 + 25 LS(1951/6) + N(t)");
   EXPECT_EQ(out.strings400[1], "(1 - 0.6123B) N(t) = (1 + 0.4B**12) a(t)");
   EXPECT_EQ(out.strings2250[0], "A test warning.");

@@ -14,14 +14,10 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
 
-std::string ShippedRules() { return ReadFile(testdata::RepoPath("resources/program/ENGINE.CND")); }
+using testdata::ShippedRules;
 
-// Replaces the value of the line holding `key` (everything after its bar).
-std::string WithValue(std::string text, const std::string& key, const std::string& value) {
-  size_t at = text.find(key);
-  size_t bar = text.find('|', at);
-  size_t end = text.find('\r', bar);
-  return text.replace(bar + 1, end - bar - 1, value);
+std::string WithValue(const std::string& text, const std::string& key, const std::string& value) {
+  return testdata::RulesWith(text, {{key, value}});
 }
 
 TEST(RulesReader, ShippedFileReadsEveryKeyWithItsDefault) {
@@ -30,48 +26,28 @@ TEST(RulesReader, ShippedFileReadsEveryKeyWithItsDefault) {
   RulesReadResult read = ParseRulesText(text);
   ASSERT_EQ(read.error_code, 0);
   const EngineRules& r = read.rules;
-  EXPECT_FALSE(r.robust_acf);
-  EXPECT_EQ(r.maximum_lead, 0);
-  EXPECT_TRUE(r.difference_inputs);
-  EXPECT_TRUE(r.estimation_enabled);
-  EXPECT_DOUBLE_EQ(r.sse_change_pct, 0.1);
-  EXPECT_DOUBLE_EQ(r.parameter_change_pct, 0.1);
-  EXPECT_EQ(r.max_iterations, 20);
-  EXPECT_TRUE(r.necessity);
-  EXPECT_DOUBLE_EQ(r.necessity_level, 90.0);
-  EXPECT_FALSE(r.constrain_causal);
-  EXPECT_TRUE(r.sufficiency_stochastic);
-  EXPECT_DOUBLE_EQ(r.sufficiency_ss_level, 95.0);
-  EXPECT_TRUE(r.sufficiency_deterministic);
-  EXPECT_DOUBLE_EQ(r.sufficiency_ds_level, 90.0);
-  EXPECT_EQ(r.max_outliers, 5);
-  EXPECT_TRUE(r.include_pulse);
-  EXPECT_TRUE(r.include_step);
-  EXPECT_EQ(r.min_group_size, 8);
-  EXPECT_TRUE(r.include_seasonal_pulse);
-  EXPECT_TRUE(r.include_local_trend);
-  EXPECT_FALSE(r.fixup_seasonal_dummies);
+  // Each field by its name, as read and as the shipped file holds it (switches 1 or 0).
+#define F(field) #field, static_cast<double>(r.field)
+  const struct {
+    const char* field;
+    double value, shipped;
+  } values[] = {
+      {F(robust_acf), 0}, {F(maximum_lead), 0}, {F(difference_inputs), 1}, {F(estimation_enabled), 1},
+      {F(sse_change_pct), 0.1}, {F(parameter_change_pct), 0.1}, {F(max_iterations), 20}, {F(necessity), 1},
+      {F(necessity_level), 90.0}, {F(constrain_causal), 0}, {F(sufficiency_stochastic), 1},
+      {F(sufficiency_ss_level), 95.0}, {F(sufficiency_deterministic), 1}, {F(sufficiency_ds_level), 90.0},
+      {F(max_outliers), 5}, {F(include_pulse), 1}, {F(include_step), 1}, {F(min_group_size), 8},
+      {F(include_seasonal_pulse), 1}, {F(include_local_trend), 1}, {F(fixup_seasonal_dummies), 0},
+      {F(variance_change), 0}, {F(variance_level), 95.0}, {F(min_residuals_to_pool), 5}, {F(constancy), 0},
+      {F(constancy_level), 99.0}, {F(forecasting_enabled), 1}, {F(forecasts), 12}, {F(forecast_confidence), 95.0},
+      {F(convert_positive), 0}, {F(convert_integers), 0}, {F(last_pulse_to_step), 0}, {F(pulse_to_seasonal), 0},
+      {F(simulation), 0}, {F(noise_variance), 1.0}, {F(seed), 0}, {F(store_model), 0}, {F(exception_report), 0},
+      {F(intermittent), 0}, {F(groups), 1},
+  };
+#undef F
+  for (const auto& v : values) EXPECT_DOUBLE_EQ(v.value, v.shipped) << v.field;
   EXPECT_EQ(r.lambdas, (std::vector<double>{1.0, 0.5, 0.0}));
-  EXPECT_FALSE(r.variance_change);
-  EXPECT_DOUBLE_EQ(r.variance_level, 95.0);
-  EXPECT_EQ(r.min_residuals_to_pool, 5);
-  EXPECT_FALSE(r.constancy);
-  EXPECT_DOUBLE_EQ(r.constancy_level, 99.0);
-  EXPECT_TRUE(r.forecasting_enabled);
-  EXPECT_EQ(r.forecasts, 12);
-  EXPECT_DOUBLE_EQ(r.forecast_confidence, 95.0);
-  EXPECT_FALSE(r.convert_positive);
-  EXPECT_FALSE(r.convert_integers);
-  EXPECT_FALSE(r.last_pulse_to_step);
-  EXPECT_FALSE(r.pulse_to_seasonal);
-  EXPECT_FALSE(r.simulation);
-  EXPECT_DOUBLE_EQ(r.noise_variance, 1.0);
-  EXPECT_EQ(r.seed, 0);
   EXPECT_EQ(r.display_options, std::vector<int>(7, 1));
-  EXPECT_FALSE(r.store_model);
-  EXPECT_FALSE(r.exception_report);
-  EXPECT_FALSE(r.intermittent);
-  EXPECT_EQ(r.groups, 1);
   EXPECT_EQ(r.initial_model, "");
 }
 
@@ -150,13 +126,9 @@ TEST(RulesReader, BrokenLineGivesThatLinesCode) {
 
 TEST(RulesReader, ValuesAsTheWizardWritesThem) {
   std::string text = ShippedRules();
-  text = WithValue(text, "EVALUATE IN EST", "   2");
-  text = WithValue(text, "(4F4.0)", "0.00-0.5" + std::string(32, ' '));
-  text = WithValue(text, "# OF GROUPS", "  100");
-  text = WithValue(text, "INITIAL MODEL", "STARTMOD.123");
-  text = WithValue(text, "INTERMITTENT", "   1");
-  text = WithValue(text, "MAXIMUM LEAD", "   3");
-  text = WithValue(text, "VALUES TO COMPUTE", " 600");
+  text = testdata::RulesWith(text, {{"EVALUATE IN EST", "   2"}, {"(4F4.0)", "0.00-0.5" + std::string(32, ' ')},
+                               {"# OF GROUPS", "  100"}, {"INITIAL MODEL", "STARTMOD.123"},
+                               {"INTERMITTENT", "   1"}, {"MAXIMUM LEAD", "   3"}, {"VALUES TO COMPUTE", " 600"}});
   RulesReadResult read = ParseRulesText(text);
   ASSERT_EQ(read.error_code, 0);
   EXPECT_EQ(read.rules.lambdas, (std::vector<double>{0.0, -0.5}));
@@ -176,33 +148,25 @@ TEST(RulesReader, ValuesAsTheWizardWritesThem) {
 TEST(RulesReader, EmptyValuesOfASwitchedOffPageTakeTheDefaults) {
   // The editor writes only the flag of a page that is switched off.
   std::string text = ShippedRules();
-  text = WithValue(text, "MODEL ESTIMATION", "   0");
-  text = WithValue(text, "SQUARES", "    ");
-  text = WithValue(text, "ITERATIONS", "");
-  text = WithValue(text, "LEVEL FOR NECESSITY", "    ");
-  text = WithValue(text, "TO BE IDENTIFIED", " 7");  // a value left as it was stands
-  text = WithValue(text, "CONSTANCY TEST", "");
-  text = WithValue(text, "MODEL FORECASTING", "   0");
-  text = WithValue(text, "VALUES TO COMPUTE", "    ");
-  text = WithValue(text, "FOR THE FORECASTS", "");
-  text = WithValue(text, "SIMULATION ENABLED", "   0");
-  text = WithValue(text, "NOISE SERIES", "    ");
-  text = WithValue(text, "SEED VALUE", "");
+  text = testdata::RulesWith(text, {{"MODEL ESTIMATION", "   0"}, {"SQUARES", "    "}, {"ITERATIONS", ""},
+                               {"LEVEL FOR NECESSITY", "    "}, {"TO BE IDENTIFIED", " 7"},
+                               {"CONSTANCY TEST", ""}, {"MODEL FORECASTING", "   0"},
+                               {"VALUES TO COMPUTE", "    "}, {"FOR THE FORECASTS", ""},
+                               {"SIMULATION ENABLED", "   0"}, {"NOISE SERIES", "    "}, {"SEED VALUE", ""}});
   RulesReadResult read = ParseRulesText(text);
   ASSERT_EQ(read.error_code, 0);
   const EngineRules& r = read.rules;
-  EXPECT_FALSE(r.estimation_enabled);
-  EXPECT_DOUBLE_EQ(r.sse_change_pct, 0.1);
-  EXPECT_EQ(r.max_iterations, 20);
-  EXPECT_DOUBLE_EQ(r.necessity_level, 90.0);
-  EXPECT_EQ(r.max_outliers, 7);
-  EXPECT_DOUBLE_EQ(r.constancy_level, 99.0);
-  EXPECT_FALSE(r.forecasting_enabled);
-  EXPECT_EQ(r.forecasts, 12);
-  EXPECT_DOUBLE_EQ(r.forecast_confidence, 95.0);
-  EXPECT_FALSE(r.simulation);
-  EXPECT_DOUBLE_EQ(r.noise_variance, 1.0);
-  EXPECT_EQ(r.seed, 0);
+#define F(field) #field, static_cast<double>(r.field)
+  const struct {
+    const char* field;
+    double value, expected;
+  } values[] = {
+      {F(estimation_enabled), 0}, {F(sse_change_pct), 0.1}, {F(max_iterations), 20}, {F(necessity_level), 90.0},
+      {F(max_outliers), 7}, {F(constancy_level), 99.0}, {F(forecasting_enabled), 0}, {F(forecasts), 12},
+      {F(forecast_confidence), 95.0}, {F(simulation), 0}, {F(noise_variance), 1.0}, {F(seed), 0},
+  };
+#undef F
+  for (const auto& v : values) EXPECT_DOUBLE_EQ(v.value, v.expected) << v.field;
 
   // On a page that is switched on, an empty value is still refused with its line's code,
   // and so is an unreadable (not empty) value on a page that is off.

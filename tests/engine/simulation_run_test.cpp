@@ -9,6 +9,7 @@
 #include "engine/model.h"
 #include "engine_test_data.h"
 #include "support/program_folder.h"
+#include "support/text_checks.h"
 
 namespace quorvane {
 namespace {
@@ -17,26 +18,16 @@ using tessaly::testing::ReadFile;
 using tessaly::testing::TempDir;
 using tessaly::testing::WriteFile;
 
-std::string WithValue(std::string text, const std::string& key, const std::string& value) {
-  const size_t at = text.find(key);
-  const size_t bar = text.find('|', at);
-  const size_t end = text.find_first_of("\r\n", bar);
-  return text.substr(0, bar + 1) + value + text.substr(end);
-}
-
 TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   TempDir plain_dir, sim_dir;
-  std::string rules = ReadFile(testdata::RepoPath("resources/program/ENGINE.CND"));
   // No power transform, so that the noise variance is on the passengers' own scale.
-  rules = WithValue(rules, "EVALUATE IN EST", "   1");
-  rules = WithValue(rules, "(4F4.0)", "1.00");
+  std::string rules = testdata::RulesWith(testdata::ShippedRules(), {{"EVALUATE IN EST", "   1"}, {"(4F4.0)", "1.00"}});
   WriteFile(plain_dir / "ENGINE.GO", rules);
   EngineArrays plain = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(plain, plain_dir.path(), &FitAndForecast).error_code, 0);
 
-  rules = WithValue(rules, "SIMULATION ENABLED", "   1");
-  rules = WithValue(rules, "NOISE SERIES", "25.0");
-  rules = WithValue(rules, "SEED VALUE", "  77");
+  rules = testdata::RulesWith(rules,
+                              {{"SIMULATION ENABLED", "   1"}, {"NOISE SERIES", "25.0"}, {"SEED VALUE", "  77"}});
   WriteFile(sim_dir / "ENGINE.GO", rules);
   EngineArrays sim = testdata::MonthlyRequest(testdata::AirlinePassengers(), 12);
   ASSERT_EQ(RunRequest(sim, sim_dir.path(), &FitAndForecast).error_code, 0);
@@ -57,13 +48,10 @@ TEST(SimulationRun, LimitsComeFromTheSimulatedPathsAndTheReportSaysSo) {
   EXPECT_TRUE(moved);
 
   const std::string details = ReadFile(sim_dir / "DETAILS.HTM");
-  EXPECT_NE(details.find("<h2>9. Simulation</h2>"), std::string::npos);
-  EXPECT_NE(details.find("<td>Simulated paths</td><td>1000</td>"), std::string::npos) << details;
-  EXPECT_NE(details.find("<td>Seed used</td><td>77</td>"), std::string::npos);
-  EXPECT_NE(details.find("<td>Noise variance</td><td>25"), std::string::npos);
-  EXPECT_NE(details.find("<th class=\"num\">Sample path</th>"), std::string::npos);
-  EXPECT_NE(details.find("medians of 1000 simulated futures"), std::string::npos);
-  EXPECT_NE(details.find("The simulated limits are those of the model taken as known"), std::string::npos);
+  EXPECT_TRUE(tessaly::testing::HoldsAll(details, {"<h2>9. Simulation</h2>",
+      "<td>Simulated paths</td><td>1000</td>", "<td>Seed used</td><td>77</td>", "<td>Noise variance</td><td>25",
+      "<th class=\"num\">Sample path</th>", "medians of 1000 simulated futures",
+      "The simulated limits are those of the model taken as known"}));
   EXPECT_EQ(ReadFile(plain_dir / "DETAILS.HTM").find("Simulation</h2>"), std::string::npos);
   EXPECT_NE(ReadFile(sim_dir / "OUTCAST.TXT")
                 .find("Forecasts are the medians of 1000 simulated paths (seed 77, noise variance 25"),

@@ -40,34 +40,25 @@ TEST(NumericText, SixteenBitConversionRoundsHalfToEvenAndOverflows) {
 }
 
 TEST(NumericText, ValReadsTheLeadingNumberAndNeverFails) {
-  EXPECT_EQ(Val("1 2"), 12);
-  EXPECT_EQ(Val("  150  "), 150);
-  EXPECT_EQ(Val("12abc"), 12);
-  EXPECT_EQ(Val("abc"), 0);
-  EXPECT_EQ(Val(""), 0);
-  EXPECT_EQ(Val("-3.75xyz"), -3.75);
-  EXPECT_EQ(Val("1e3e"), 1000);
-  EXPECT_EQ(Val("&HFF"), 255);
+  const std::pair<const char*, double> cases[] = {{"1 2", 12},         {"  150  ", 150}, {"12abc", 12}, {"abc", 0},
+                                                   {"", 0},              {"-3.75xyz", -3.75}, {"1e3e", 1000},
+                                                   {"&HFF", 255}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(Val(text), value) << text;
   EXPECT_TRUE(std::isinf(Val("9e999")));
   EXPECT_EQ(Val(std::string(200000, '9')), INFINITY);
 }
 
 TEST(NumberText, DefaultFormKeepsFifteenDigitsAndTheLeadingZero) {
-  EXPECT_EQ(NumberToText(0), "0");
-  EXPECT_EQ(NumberToText(-0.0), "0");
-  EXPECT_EQ(NumberToText(112), "112");
-  EXPECT_EQ(NumberToText(0.5), "0.5");
-  EXPECT_EQ(NumberToText(-0.25), "-0.25");
-  EXPECT_EQ(NumberToText(0.1 + 0.2), "0.3");
-  EXPECT_EQ(NumberToText(1.0 / 3.0), "0.333333333333333");
-  EXPECT_EQ(NumberToText(123456789012345.0), "123456789012345");
-  EXPECT_EQ(NumberToText(1e15), "1E+15");
-  EXPECT_EQ(NumberToText(-2.5e20), "-2.5E+20");
-  EXPECT_EQ(NumberToText(0.0001), "0.0001");
-  EXPECT_EQ(NumberToText(0.00001), "0.00001");
-  EXPECT_EQ(NumberToText(0.0000015), "1.5E-06");
-  EXPECT_EQ(NumberToText(99999999999.0), "99999999999");
-  EXPECT_EQ(NumberToText(1e-300), "1E-300");
+  const struct {
+    double value;
+    const char* text;
+  } cases[] = {
+      {0, "0"}, {-0.0, "0"}, {112, "112"}, {0.5, "0.5"}, {-0.25, "-0.25"}, {0.1 + 0.2, "0.3"},
+      {1.0 / 3.0, "0.333333333333333"}, {123456789012345.0, "123456789012345"}, {1e15, "1E+15"},
+      {-2.5e20, "-2.5E+20"}, {0.0001, "0.0001"}, {0.00001, "0.00001"}, {0.0000015, "1.5E-06"},
+      {99999999999.0, "99999999999"}, {1e-300, "1E-300"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(NumberToText(c.value), c.text) << c.value;
   // What is written is read back to the same 15 digits.
   for (double v : {3.14159265358979, -1234.5678, 6.02214076e23, 1e-7}) {
     EXPECT_EQ(NumberToText(*ToDouble(NumberToText(v))), NumberToText(v));
@@ -75,31 +66,21 @@ TEST(NumberText, DefaultFormKeepsFifteenDigitsAndTheLeadingZero) {
 }
 
 TEST(NumberText, MasksOfTheSystem) {
-  EXPECT_EQ(FormatNumber(3, "###0"), "3");
-  EXPECT_EQ(FormatNumber(0, "###0"), "0");
-  EXPECT_EQ(FormatNumber(12345, "###0"), "12345");
-  EXPECT_EQ(FormatNumber(2.5, "###0"), "3");  // half away from zero
-  EXPECT_EQ(FormatNumber(-7, "###0"), "-7");
-  EXPECT_EQ(FormatNumber(0, "###"), "");
-  EXPECT_EQ(FormatNumber(42.4, "###"), "42");
-  EXPECT_EQ(FormatNumber(95, "##.0"), "95.0");
-  EXPECT_EQ(FormatNumber(0.5, "##.0"), ".5");
-  EXPECT_EQ(FormatNumber(0, "##.0"), ".0");
-  EXPECT_EQ(FormatNumber(0.1, "00.0"), "00.1");
-  EXPECT_EQ(FormatNumber(95, "00.0"), "95.0");
-  EXPECT_EQ(FormatNumber(5.25, "00.0"), "05.3");
-  EXPECT_EQ(FormatNumber(1.005, "0.00;-0.0"), "1.01");  // 15-digit decimal form, not binary
-  EXPECT_EQ(FormatNumber(0.125, "0.00;-0.0"), "0.13");
-  EXPECT_EQ(FormatNumber(-1.25, "0.00;-0.0"), "-1.3");
-  EXPECT_EQ(FormatNumber(0, "0.00;-0.0"), "0.00");
-  EXPECT_EQ(FormatNumber(0.5, "#.00;-#.0"), ".50");
-  EXPECT_EQ(FormatNumber(-0.46, "#.00;-#.0"), "-.5");
-  EXPECT_EQ(FormatNumber(12.345, "#.00;-#.0"), "12.35");
-  EXPECT_EQ(FormatNumber(0.123456789012, "0.0000000000"), "0.1234567890");
-  EXPECT_EQ(FormatNumber(9.99999999999, "0.0000000000"), "10.0000000000");
-  EXPECT_EQ(FormatNumber(-0.001, "0.00"), "0.00");
-  EXPECT_EQ(FormatNumber(1e20, "###0"), "100000000000000000000");
-  EXPECT_EQ(FormatNumber(0.5, ""), "0.5");
+  // Half away from zero; 1.005 rounds up in its 15-digit decimal form, not its binary one.
+  const struct {
+    double value;
+    const char* mask;
+    const char* text;
+  } cases[] = {
+      {3, "###0", "3"}, {0, "###0", "0"}, {12345, "###0", "12345"}, {2.5, "###0", "3"}, {-7, "###0", "-7"},
+      {0, "###", ""}, {42.4, "###", "42"}, {95, "##.0", "95.0"}, {0.5, "##.0", ".5"}, {0, "##.0", ".0"},
+      {0.1, "00.0", "00.1"}, {95, "00.0", "95.0"}, {5.25, "00.0", "05.3"}, {1.005, "0.00;-0.0", "1.01"},
+      {0.125, "0.00;-0.0", "0.13"}, {-1.25, "0.00;-0.0", "-1.3"}, {0, "0.00;-0.0", "0.00"},
+      {0.5, "#.00;-#.0", ".50"}, {-0.46, "#.00;-#.0", "-.5"}, {12.345, "#.00;-#.0", "12.35"},
+      {0.123456789012, "0.0000000000", "0.1234567890"}, {9.99999999999, "0.0000000000", "10.0000000000"},
+      {-0.001, "0.00", "0.00"}, {1e20, "###0", "100000000000000000000"}, {0.5, "", "0.5"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(FormatNumber(c.value, c.mask), c.text) << c.value << " " << c.mask;
 }
 
 TEST(NumberText, TimesOfDay) {

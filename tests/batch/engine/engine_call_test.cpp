@@ -85,22 +85,14 @@ TEST_F(CallFixture, ReturnedArraysTakeTheirPlacesInTheContractsOrder) {
 
   // The others replace the caller's arrays, whole and at full bound.
   ASSERT_EQ(arrays.forecast_values.size(), size_t(quorvane::kForecastValues));
-  EXPECT_EQ(arrays.forecast_values[0], 100);
-  EXPECT_EQ(arrays.forecast_values[11], 111);
-  EXPECT_EQ(arrays.forecast_values[600], 90);
-  EXPECT_EQ(arrays.forecast_values[1211], 121);
-  EXPECT_EQ(arrays.forecast_values[12], 0);
-  EXPECT_DOUBLE_EQ(arrays.doubles10000a[10], sent.series_data[10] - 0.25);
-  EXPECT_DOUBLE_EQ(arrays.doubles10000b[10], 0.25);
-  EXPECT_EQ(arrays.doubles10000c[0], 7);
-  EXPECT_EQ(arrays.integers20[3], 2);
-  EXPECT_EQ(arrays.doubles745[9], 10);
-  EXPECT_EQ(arrays.strings400[0], "S400");
-  EXPECT_EQ(arrays.strings2250[1], "S2250");
-  EXPECT_EQ(arrays.doubles20[8], 123.5);
-  EXPECT_EQ(arrays.series_names[0], "RET_SALES");
-  EXPECT_EQ(arrays.future_data[0], 42);
-  EXPECT_EQ(arrays.retained_data[0], 1);
+  const std::pair<double, double> values[] = {
+      {arrays.forecast_values[0], 100},    {arrays.forecast_values[11], 111}, {arrays.forecast_values[600], 90},
+      {arrays.forecast_values[1211], 121}, {arrays.forecast_values[12], 0},   {arrays.doubles10000b[10], 0.25},
+      {arrays.doubles10000a[10], sent.series_data[10] - 0.25},                {arrays.doubles10000c[0], 7},
+      {arrays.integers20[3], 2},           {arrays.doubles745[9], 10},        {arrays.doubles20[8], 123.5},
+      {arrays.future_data[0], 42},         {arrays.retained_data[0], 1}};
+  for (size_t i = 0; i < std::size(values); ++i) EXPECT_DOUBLE_EQ(values[i].first, values[i].second) << i;
+  EXPECT_EQ(arrays.strings400[0] + arrays.strings2250[1] + arrays.series_names[0], "S400S2250RET_SALES");
 
   // The engine ran in the program's folder; the exchange files are gone; the object dropped.
   EXPECT_EQ(ReadFile(folder / "FAKECALL.TXT"), fs::canonical(folder.path()).string() + "\n0\n");

@@ -32,22 +32,11 @@ struct CausalCase {
   std::map<std::string, double> coefficients;
 };
 
-std::vector<std::string> Split(const std::string& text, char sep) {
-  std::vector<std::string> out;
-  std::stringstream ss(text);
-  std::string cell;
-  while (std::getline(ss, cell, sep)) out.push_back(cell);
-  return out;
-}
+using testdata::Split;
 
 std::vector<CausalCase> LoadCases() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/causal_expected.csv"));
   std::vector<CausalCase> cases;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    const auto f = Split(line, ',');
-    if (f.size() != 9) continue;
+  for (const auto& f : testdata::ReferenceRows("causal_expected.csv", 9)) {
     CausalCase c;
     c.name = f[0];
     c.output = f[1];
@@ -60,10 +49,7 @@ std::vector<CausalCase> LoadCases() {
     c.q = std::stoi(f[5]);
     c.constant = f[6] == "1";
     c.loglik = std::stod(f[7]);
-    for (const auto& pair : Split(f[8], ';')) {
-      const size_t eq = pair.find('=');
-      c.coefficients[pair.substr(0, eq)] = std::stod(pair.substr(eq + 1));
-    }
+    c.coefficients = testdata::NamedValues(f[8]);
     cases.push_back(c);
   }
   return cases;

@@ -20,22 +20,10 @@
 namespace quorvane {
 namespace {
 
-std::vector<std::string> Split(const std::string& line, char sep) {
-  std::vector<std::string> out;
-  std::stringstream in(line);
-  std::string cell;
-  while (std::getline(in, cell, sep)) out.push_back(cell);
-  return out;
-}
+using testdata::Split;
 
-std::vector<std::vector<std::string>> ReadCsv(const std::string& name) {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/" + name));
-  std::vector<std::vector<std::string>> rows;
-  std::string line;
-  std::getline(in, line);  // header
-  while (std::getline(in, line))
-    if (!line.empty()) rows.push_back(Split(line, ','));
-  return rows;
+std::vector<std::vector<std::string>> ReadCsv(const std::string& name, size_t fields) {
+  return testdata::ReferenceRows(name, fields);
 }
 
 TEST(HoltWinters, FilterMatchesStatsmodelsWithTheSameConstantsAndStates) {
@@ -47,7 +35,7 @@ TEST(HoltWinters, FilterMatchesStatsmodelsWithTheSameConstantsAndStates) {
     std::vector<double> fitted;
   };
   std::map<std::string, Case> cases;
-  for (const auto& row : ReadCsv("holt_winters_fixed.csv")) {
+  for (const auto& row : ReadCsv("holt_winters_fixed.csv", 11)) {
     ASSERT_EQ(row.size(), 11u);
     Case& c = cases[row[0]];
     if (c.fitted.empty()) {
@@ -78,7 +66,7 @@ TEST(HoltWinters, FilterMatchesStatsmodelsWithTheSameConstantsAndStates) {
 }
 
 TEST(HoltWinters, EstimatedSseNoWorseThanStatsmodels) {
-  const auto rows = ReadCsv("holt_winters_estimated.csv");
+  const auto rows = ReadCsv("holt_winters_estimated.csv", 7);
   ASSERT_EQ(rows.size(), 5u);
   for (const auto& row : rows) {
     SCOPED_TRACE(row[0]);
@@ -197,12 +185,7 @@ TEST(HoltWinters, ErrorWeightsAndArimaFormHoldOnARealSeries) {
 }
 
 ModelingProblem Preset11(const std::string& series, int m, int begin_year, int horizon) {
-  ModelingProblem p;
-  p.output_name = "Y";
-  p.y = testdata::LoadSeries(series);
-  p.seasonality = m;
-  p.begin_year = begin_year;
-  p.horizon = horizon;
+  ModelingProblem p = testdata::Problem("Y", testdata::LoadSeries(series), m, horizon, begin_year);
   p.objective = 11;
   return p;
 }

@@ -15,22 +15,13 @@ namespace quorvane {
 namespace {
 
 ModelingProblem Problem(std::vector<double> y, int seasonality, int begin_year, int horizon) {
-  ModelingProblem p;
-  p.output_name = "FLOW";
-  p.y = std::move(y);
-  p.seasonality = seasonality;
-  p.begin_year = begin_year;
+  ModelingProblem p = testdata::Problem("FLOW", std::move(y), seasonality, horizon, begin_year);
   p.begin_period = 1;
-  p.horizon = horizon;
   p.rules.sufficiency_ds_level = 90.0;  // as ENGINE.CND ships
   return p;
 }
 
-const Coefficient* Find(const ModelResult& r, const std::string& term) {
-  for (const auto& c : r.coefficients)
-    if (c.term == term) return &c;
-  return nullptr;
-}
+const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }
 
 TEST(FitAndForecastInterventions, NileLevelShiftReportedCleansedAndCarriedIntoTheForecasts) {
   const std::vector<double> nile = testdata::LoadSeries("nile");

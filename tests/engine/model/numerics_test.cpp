@@ -157,36 +157,34 @@ TEST(NumericsEdges, EveryFunctionGivesItsStatedAnswerAtTheEdges) {
 }
 
 TEST(NumericsEdges, ScalarFunctionsAtTheirBounds) {
-  EXPECT_TRUE(std::isnan(BoxCox(-1.0, 0.5)));
-  EXPECT_TRUE(std::isnan(BoxCox(0.0, 0.0)));
-  EXPECT_EQ(BoxCox(-3.0, 1.0), -3.0);
-  EXPECT_EQ(InverseBoxCox(-3.0, 0.5), 0.0);  // 0.5 * -3 + 1 < 0: no inverse
-  EXPECT_DOUBLE_EQ(InverseBoxCox(BoxCox(7.0, 0.5), 0.5), 7.0);
-  EXPECT_DOUBLE_EQ(InverseBoxCox(BoxCox(7.0, 0.0), 0.0), 7.0);
-  EXPECT_DOUBLE_EQ(InverseBoxCox(BoxCox(7.0, -0.5), -0.5), 7.0);
-  EXPECT_FALSE(PowerApplies({1.0, 0.0}, 0.0));
-  EXPECT_TRUE(PowerApplies({1.0, 0.0, -5.0}, 1.0));
-  EXPECT_EQ(ChiSquareUpperTail(0.0, 3), 1.0);
-  EXPECT_EQ(ChiSquareUpperTail(kInf, 3), 0.0);
-  EXPECT_EQ(ChiSquareUpperTail(5.0, 0), 1.0);
-  EXPECT_EQ(TwoSidedTPValue(kNaN, 10), 1.0);
-  EXPECT_EQ(TwoSidedTPValue(kInf, 10), 0.0);
-  EXPECT_NEAR(TwoSidedTPValue(1.959964, 0), 0.05, 1e-6);
-  EXPECT_NEAR(TwoSidedTPValue(2.228139, 10), 0.05, 1e-6);
-  EXPECT_NEAR(CentralNormalQuantile(95.0), 1.959964, 1e-6);
-  EXPECT_NEAR(CentralNormalQuantile(80.0), 1.281552, 1e-6);
+  // Each call with its answer (NaN where none is defined; switches 1 or 0) and tolerance:
+  // no inverse where 0.5 x -3 + 1 < 0; the sunspot AR(2) has its complex roots inside.
+#define V(call, answer, tolerance) {#call, static_cast<double>(call), answer, tolerance}
+  const struct {
+    const char* call;
+    double value, answer, tolerance;
+  } values[] = {
+      V(BoxCox(-1.0, 0.5), kNaN, 0), V(BoxCox(0.0, 0.0), kNaN, 0), V(BoxCox(-3.0, 1.0), -3.0, 0),
+      V(InverseBoxCox(-3.0, 0.5), 0.0, 0), V(InverseBoxCox(BoxCox(7.0, 0.5), 0.5), 7.0, 1e-12),
+      V(InverseBoxCox(BoxCox(7.0, 0.0), 0.0), 7.0, 1e-12), V(InverseBoxCox(BoxCox(7.0, -0.5), -0.5), 7.0, 1e-12),
+      V(PowerApplies({1.0, 0.0}, 0.0), 0, 0), V(PowerApplies({1.0, 0.0, -5.0}, 1.0), 1, 0),
+      V(ChiSquareUpperTail(0.0, 3), 1.0, 0), V(ChiSquareUpperTail(kInf, 3), 0.0, 0),
+      V(ChiSquareUpperTail(5.0, 0), 1.0, 0), V(TwoSidedTPValue(kNaN, 10), 1.0, 0),
+      V(TwoSidedTPValue(kInf, 10), 0.0, 0), V(TwoSidedTPValue(1.959964, 0), 0.05, 1e-6),
+      V(TwoSidedTPValue(2.228139, 10), 0.05, 1e-6), V(CentralNormalQuantile(95.0), 1.959964, 1e-6),
+      V(CentralNormalQuantile(80.0), 1.281552, 1e-6), V(IsStationary({}), 1, 0), V(IsStationary({1.0}), 0, 0),
+      V(IsStationary({kNaN}), 0, 0), V(IsStationary({1.39, -0.69}), 1, 0), V(IsStationary({0.5, 0.6}), 0, 0),
+      V(IsInvertible({-0.9}), 1, 0), V(IsInvertible({-1.0}), 0, 0), V(SmallestRootModulus({}), kInf, 0),
+      V(SmallestRootModulus({0.5}), 2.0, 1e-12),
+  };
+#undef V
+  for (const auto& v : values) {
+    if (std::isnan(v.answer)) EXPECT_TRUE(std::isnan(v.value)) << v.call;
+    else EXPECT_TRUE(v.value == v.answer || std::fabs(v.value - v.answer) <= v.tolerance) << v.call << " = " << v.value;
+  }
   EXPECT_TRUE(std::isfinite(CentralNormalQuantile(100.0)));
   EXPECT_TRUE(std::isfinite(CentralNormalQuantile(-5.0)));
   EXPECT_TRUE(std::isfinite(CentralNormalQuantile(kNaN)));
-  EXPECT_TRUE(IsStationary({}));
-  EXPECT_FALSE(IsStationary({1.0}));
-  EXPECT_FALSE(IsStationary({kNaN}));
-  EXPECT_TRUE(IsStationary({1.39, -0.69}));   // the sunspot AR(2): complex roots inside
-  EXPECT_FALSE(IsStationary({0.5, 0.6}));     // 1 - 0.5z - 0.6z^2 has a root inside the circle
-  EXPECT_TRUE(IsInvertible({-0.9}));
-  EXPECT_FALSE(IsInvertible({-1.0}));
-  EXPECT_EQ(SmallestRootModulus({}), kInf);
-  EXPECT_NEAR(SmallestRootModulus({0.5}), 2.0, 1e-12);
   EXPECT_TRUE(ArmaAutocovariances({1.2}, {}, 3).empty());
   EXPECT_TRUE(PsiWeights({0.5}, {}, 0).empty());
 }
@@ -273,18 +271,8 @@ TEST(ArmaNumerics, KalmanLikelihoodEqualsTheBruteForceGaussianLikelihood) {
 }
 
 std::map<std::string, double> ReferenceStatistics() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/statistics.csv"));
   std::map<std::string, double> m;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    std::stringstream ss(line);
-    std::string stat, series, value;
-    std::getline(ss, stat, ',');
-    std::getline(ss, series, ',');
-    std::getline(ss, value, ',');
-    if (!value.empty()) m[stat + "/" + series] = std::stod(value);
-  }
+  for (const auto& f : testdata::ReferenceRows("statistics.csv", 3)) m[f[0] + "/" + f[1]] = std::stod(f[2]);
   return m;
 }
 

@@ -47,11 +47,7 @@ ModelingProblem PooledProblem(std::vector<double> y, int groups, int objective) 
   return p;
 }
 
-const Coefficient* Find(const ModelResult& r, const std::string& term) {
-  for (const auto& c : r.coefficients)
-    if (c.term == term) return &c;
-  return nullptr;
-}
+const Coefficient* Find(const ModelResult& r, const std::string& term) { return testdata::FindTerm(r, term); }
 
 TEST(PoolLayout, GroupsFromTheCountOrTheListMustFitTheObservations) {
   EngineRules rules;
@@ -102,16 +98,8 @@ struct PooledCase {
 };
 
 std::vector<PooledCase> LoadCases() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/pooled_expected.csv"));
   std::vector<PooledCase> cases;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    std::istringstream ls(line);
-    std::vector<std::string> f;
-    std::string cell;
-    while (std::getline(ls, cell, ',')) f.push_back(cell);
-    if (f.size() != 15) continue;
+  for (const auto& f : testdata::ReferenceRows("pooled_expected.csv", 15)) {
     PooledCase c;
     c.name = f[0];
     c.series = f[1];
@@ -127,8 +115,7 @@ std::vector<PooledCase> LoadCases() {
     c.constant = f[11] == "1";
     c.kind = f[12];
     c.loglik = std::stod(f[13]);
-    std::istringstream ps(f[14]);
-    while (std::getline(ps, cell, ';')) c.params.push_back(std::stod(cell));
+    for (const auto& v : testdata::Split(f[14], ';')) c.params.push_back(std::stod(v));
     cases.push_back(c);
   }
   return cases;
@@ -450,22 +437,12 @@ TEST(PooledFit, PooledSseIsAtLeastTheSumOfTheSeparateOnes) {
   EXPECT_GT(f_test(sosa, sosb, 3, 180, numpar), 10.0);
 }
 
-TEST(PooledFit, GroupsThatDoNotFitTheDataLeaveItOneSeriesAndRetainedValuesComeOffTheLast) {
-  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 7, 2);
-  ModelResult r = FitPooled(p, nullptr);
-  EXPECT_EQ(r.error_code, 0);
-  EXPECT_EQ(r.description.find("pooled"), std::string::npos) << r.description;
-  ASSERT_FALSE(r.warnings.empty());
-  EXPECT_NE(r.warnings[0].find("cannot be divided evenly into 7 groups"), std::string::npos);
-  p.rules.group_sizes = {60, 58, 2};
-  EXPECT_EQ(FitPooled(p, nullptr).error_code, kCodePoolGroups);
-  p.rules.group_sizes.clear();
-
-  // Retained values come off the last group.
-  p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 3, 2);
+// Groups that do not fit the data: the layout's and the pooled run's tests.
+TEST(PooledFit, RetainedValuesComeOffTheLastGroup) {
+  ModelingProblem p = PooledProblem(StackedAr1(3, 40, 0.5, 10.0, 3), 3, 2);
   p.retained.assign(p.y.end() - 4, p.y.end());
   p.y.resize(p.y.size() - 4);
-  r = FitPooled(p, nullptr);
+  const ModelResult r = FitPooled(p, nullptr);
   ASSERT_EQ(r.error_code, 0);
   EXPECT_EQ(r.observations, 116);
   EXPECT_EQ(r.residuals.size(), 116u);

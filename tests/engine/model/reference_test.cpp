@@ -27,29 +27,9 @@ struct ReferenceCase {
   std::map<std::string, double> std_errors;
 };
 
-std::map<std::string, double> ParsePairs(const std::string& text) {
-  std::map<std::string, double> m;
-  std::stringstream cs(text);
-  std::string cell;
-  while (std::getline(cs, cell, ';')) {
-    const size_t eq = cell.find('=');
-    if (eq != std::string::npos) m[cell.substr(0, eq)] = std::stod(cell.substr(eq + 1));
-  }
-  return m;
-}
-
 std::vector<ReferenceCase> LoadCases() {
-  std::ifstream in(tessaly::testing::SourcePath("tests/engine/model/reference/expected.csv"));
   std::vector<ReferenceCase> cases;
-  std::string line;
-  std::getline(in, line);  // header
-  while (std::getline(in, line)) {
-    if (line.empty()) continue;
-    std::vector<std::string> f;
-    std::stringstream ss(line);
-    std::string cell;
-    while (std::getline(ss, cell, ',')) f.push_back(cell);
-    if (f.size() != 14) continue;
+  for (const auto& f : testdata::ReferenceRows("expected.csv", 14)) {
     ReferenceCase c;
     c.name = f[0];
     c.series = f[1];
@@ -63,8 +43,8 @@ std::vector<ReferenceCase> LoadCases() {
     c.orders.period = std::stoi(f[9]);
     c.orders.constant = f[10] == "1";
     c.loglik = std::stod(f[11]);
-    c.coefficients = ParsePairs(f[12]);
-    c.std_errors = ParsePairs(f[13]);
+    c.coefficients = testdata::NamedValues(f[12]);
+    c.std_errors = testdata::NamedValues(f[13]);
     cases.push_back(c);
   }
   return cases;

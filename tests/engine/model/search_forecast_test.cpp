@@ -149,18 +149,29 @@ TEST(ForecastArima, RecurringInterventionsWidenTheTailsByTheirRateAndSize) {
   wn.ok = true;
   wn.sigma2 = 1.0;
   const std::vector<double> z(50, 0.0);
-  // Level shifts of size 5 once in 100 periods: by horizon h, 0.01 h of them on average,
-  // each of variance 25: the error variance is 1 + 0.25 h.
+  // By horizon h the events' variance is rate x size^2 x their reach: a step once in 100
+  // periods reaches every period after it (1 + 0.25 h); a pulse only its own; a seasonal
+  // pulse its own period of every cycle, so at 12 months still once and at 13 twice.
+  const struct {
+    EventShape shape;
+    double rate, mean_square;
+    int period, h;
+    double variance;
+  } cases[] = {{EventShape::Step, 0.01, 25.0, 1, 10, 3.5},
+               {EventShape::Step, 0.01, 25.0, 1, 20, 6.0},
+               {EventShape::SeasonalPulse, 0.01, 25.0, 12, 12, 1.25},
+               {EventShape::SeasonalPulse, 0.01, 25.0, 12, 13, 1.5},
+               {EventShape::SeasonalPulse, 0.01, 25.0, 1, 20, 1.25},
+               {EventShape::Pulse, 0.02, 16.0, 1, 20, 1.32},
+               {EventShape::Pulse, 0.02, 16.0, 1, 1, 1.32}};  // last: its limits are checked below
   LimitAllowances a;
-  a.events.push_back({EventShape::Step, 0.01, 25.0});
-  ArimaForecast fc = ForecastArima(z, wn, 20, 95.0, a);
-  EXPECT_NEAR(fc.se[9], std::sqrt(1.0 + 2.5), 1e-12);
-  EXPECT_NEAR(fc.se[19], std::sqrt(1.0 + 5.0), 1e-12);
-  // A pulse only hits its own period: the same variance at every horizon.
-  a.events = {{EventShape::Pulse, 0.02, 16.0}};
-  fc = ForecastArima(z, wn, 20, 95.0, a);
-  EXPECT_NEAR(fc.se[0], std::sqrt(1.0 + 0.32), 1e-12);
-  EXPECT_NEAR(fc.se[19], std::sqrt(1.0 + 0.32), 1e-12);
+  ArimaForecast fc;
+  for (const auto& c : cases) {
+    a.events = {{c.shape, c.rate, c.mean_square}};
+    a.period = c.period;
+    fc = ForecastArima(z, wn, 20, 95.0, a);
+    EXPECT_NEAR(fc.se[c.h - 1], std::sqrt(c.variance), 1e-12) << static_cast<int>(c.shape) << " h " << c.h;
+  }
   // The limits are the quantiles of the mixture: a 2 % chance of a pulse of size 4 moves the
   // 97.5 % point only a little, far less than a normal of the same total variance would.
   const double half = fc.upper[0] - fc.mean[0];

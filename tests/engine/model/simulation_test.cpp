@@ -93,11 +93,7 @@ TEST(Simulation, TheSameSeedGivesTheSameNumbers) {
 }
 
 ModelingProblem Airline(bool simulate, double variance, int seed) {
-  ModelingProblem p;
-  p.output_name = "PASSENGERS";
-  p.y = testdata::LoadSeries("airline");
-  p.seasonality = 12;
-  p.horizon = 12;
+  ModelingProblem p = testdata::Problem("PASSENGERS", testdata::LoadSeries("airline"), 12, 12);
   p.rules.simulation = simulate;
   p.rules.noise_variance = variance;
   p.rules.seed = seed;

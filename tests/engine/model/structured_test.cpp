@@ -15,12 +15,7 @@ namespace quorvane {
 namespace {
 
 ModelingProblem Airline(int objective) {
-  ModelingProblem p;
-  p.output_name = "PASSENGERS";
-  p.y = testdata::LoadSeries("airline");
-  p.seasonality = 12;
-  p.begin_year = 1949;
-  p.horizon = 12;
+  ModelingProblem p = testdata::Problem("PASSENGERS", testdata::LoadSeries("airline"), 12, 12, 1949);
   p.objective = objective;
   return p;
 }
@@ -53,12 +48,7 @@ TEST(Presets, EachGivesTheModelItsNamePromises) {
     const ModelResult r = FitModel(Airline(e.objective), nullptr);
     ASSERT_EQ(r.error_code, 0);
     EXPECT_EQ(r.description.rfind(PresetName(e.objective) + ":", 0), 0u) << r.description;
-    EXPECT_EQ(r.p, e.p);
-    EXPECT_EQ(r.d, e.d);
-    EXPECT_EQ(r.q, e.q);
-    EXPECT_EQ(r.P, e.P);
-    EXPECT_EQ(r.D, e.D);
-    EXPECT_EQ(r.Q, e.Q);
+    EXPECT_EQ((std::vector<int>{r.p, r.d, r.q, r.P, r.D, r.Q}), (std::vector<int>{e.p, e.d, e.q, e.P, e.D, e.Q}));
     EXPECT_EQ(r.has_constant, e.constant);
     if (e.regressors > 0) EXPECT_EQ(CountKind(r, e.kind), e.regressors);
     EXPECT_EQ(CountKind(r, "trend") + CountKind(r, "fourier") + CountKind(r, "seasonal"), e.regressors);
