@@ -382,17 +382,14 @@ void DesktopSession::mnuBatchRun_Click() {
   run.SetEngineCreate([program](int& number, std::string& description) {
     std::shared_ptr<batch::EngineClient> engine;
     batch::CreateObjectError error;
-    if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) {
-      batch::MyEngine() = engine;
-      return true;
-    }
+    // The object only proves that the engine can be started; each call makes its own.
+    if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) return true;
     number = error.number;
     description = error.description;
     return false;
   });
   run.SetOpenProject([this] { (void)commands_->mnuFileOpen(); });  // the run looks for the project next
-  // Each run asks the wizard again for its first file.
-  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  // Each run asks the wizard again for its first file: a fresh run has no kind yet.
   std::optional<fs::path> save_to;
   if (!session_.project_path.empty()) save_to = session_.project_path;
   bool ran = run.mnuBatchRun(session_.ctrlBatch, save_to);

@@ -162,7 +162,7 @@ void frmProgress::btnCancelClick() {
   btnCancel->setEnabled(false);
   if (state_.finished()) {
     // The engine is done: the run ends as a cancel does, and nothing waits any longer.
-    RunCanceled() = true;
+    if (engine_) engine_->Cancel();
     accept();
     return;
   }

@@ -94,10 +94,10 @@ TEST(RealEngineTest, CancelStopsTheEngineWithCode21) {
   EngineCallHooks hooks;
   hooks.kill_engines = [&] { platform::KillEngineProcesses(program.path()); };
   hooks.cancel_grace = std::chrono::seconds(30);
-  EngineCallResult r = CallEngine(arrays, returned, program.path(), {1, 1, "AIRLINE"}, wait, hooks);
+  EngineCallResult r = CallEngine(arrays, returned, program.path(), flags.Context(1, 1, "AIRLINE"), wait, hooks);
   EXPECT_EQ(r.outcome, EngineCallOutcome::Canceled);
   EXPECT_EQ(r.error_code, quorvane::kUserTerminated) << r.failure_reason;
-  EXPECT_TRUE(RunCanceled());
+  EXPECT_TRUE(flags.session.canceled);
   EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
   EXPECT_TRUE(platform::FindProcessesEndingNoCase("qvxengine", program.path()).empty());
   ASSERT_EQ(flags.dialogs->shown.size(), 1u);
