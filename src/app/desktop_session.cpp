@@ -379,11 +379,14 @@ void DesktopSession::mnuBatchRun_Click() {
   run.SetReports(std::make_shared<batch::ProgramRunReports>(program_));
   run.SetView(std::make_shared<MainFormRunView>(*this));
   fs::path program = program_;
-  run.SetEngineCreate([program](int& number, std::string& description) {
+  run.SetEngineCreate([program, &run](int& number, std::string& description) {
     std::shared_ptr<batch::EngineClient> engine;
     batch::CreateObjectError error;
-    // The object only proves that the engine can be started; each call makes its own.
-    if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) return true;
+    // The run's engine until the first call makes its own.
+    if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) {
+      run.Session().engine.engine = engine;
+      return true;
+    }
     number = error.number;
     description = error.description;
     return false;

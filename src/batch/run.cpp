@@ -173,11 +173,15 @@ BatchRun::BatchRun(RunOptions options, ReportTree& tree)
                                  const EngineCallContext& context) {
     return CallEngine(arrays, returned, folder, context, platform::ProgressWaiter(), hooks);
   };
-  engine_create_ = [engine_folder](int& number, std::string& description) {
+  // The object proves that the engine can be started and is the run's engine until the first
+  // call makes its own. The session lives as long as this run, which owns the function.
+  engine_create_ = [engine_folder, session = session_.get()](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
-    // The object only proves that the engine can be started; each call makes its own.
-    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) return true;
+    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
+      session->engine.engine = engine;
+      return true;
+    }
     number = error.number;
     description = error.description;
     return false;

@@ -125,8 +125,11 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   run.SetEngineCreate([&](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
-    // The object only proves that the engine can be started; each call makes its own.
-    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) return true;
+    // The run's engine until the first call makes its own.
+    if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
+      run.Session().engine.engine = engine;
+      return true;
+    }
     number = error.number;
     description = error.description;
     engine_started = false;
