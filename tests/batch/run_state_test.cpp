@@ -1,12 +1,11 @@
-// Two projects' runs side by side in one program, each in a thread of its own with its own
-// program folder and real engines: each run's state is its own, so both complete, and a
-// cancel stops the run it belongs to and none of the other's engines.
+// Two projects' runs side by side in one program, each in its own thread and program folder
+// with real engines: both complete, and a cancel stops its own run and none of the other's
+// engines, even one running while the cancel kills.
 #include <gtest/gtest.h>
 
 #include <signal.h>
 
 #include <algorithm>
-#include <chrono>
 #include <future>
 #include <mutex>
 #include <thread>
@@ -19,70 +18,57 @@ namespace tessaly::batch {
 namespace {
 
 using namespace std::chrono_literals;
-using tessaly::testing::ProgramFolderCopy;
-using tessaly::testing::TempDir;
 
-// The messages of both runs, answered as an unattended run answers them.
-class SharedHost : public platform::DialogHost {
- public:
-  int16_t Message(const std::string& text, int16_t type, const std::string& title) override {
-    std::lock_guard lock(mutex_);
-    shown.push_back(title + ": " + text);
+// Both runs' messages, answered as an unattended run answers them.
+struct SharedHost : platform::DialogHost {
+  std::mutex mutex;
+  std::vector<std::string> shown;
+  int16_t Message(const std::string& text, int16_t type, const std::string&) override {
+    std::lock_guard lock(mutex);
+    shown.push_back(text);
     return platform::UnattendedAnswer(type);
   }
-  std::optional<std::string> OpenFile(const platform::FileDialogRequest&) override { return std::nullopt; }
-  std::optional<std::string> SaveFile(const platform::FileDialogRequest&) override { return std::nullopt; }
-  std::optional<std::string> ChooseFolder(const std::string&, const std::string&) override { return std::nullopt; }
+  std::optional<std::string> OpenFile(const platform::FileDialogRequest&) override { return {}; }
+  std::optional<std::string> SaveFile(const platform::FileDialogRequest&) override { return {}; }
+  std::optional<std::string> ChooseFolder(const std::string&, const std::string&) override { return {}; }
   bool Unattended() const override { return true; }
-  std::vector<std::string> shown;
-
- private:
-  std::mutex mutex_;
 };
 
-// Polls the engine like the unattended wait; `on_series` is asked once when a series starts.
-class HookedWait : public platform::ProgressWait {
- public:
-  std::function<void(platform::WaitedWork&)> on_series;
+// Polls like the unattended wait; `on_second` is called as the second dataset's engine starts.
+struct HookedWait : platform::ProgressWait {
+  std::function<void(platform::WaitedWork&)> on_second;
   void Wait(platform::WaitedWork& work) override {
-    if (on_series) on_series(work);
-    while (!work.Finished()) {
-      work.Poll();
-      std::this_thread::sleep_for(2ms);
-    }
+    if (on_second && work.SeriesNumber() == 2) on_second(work);
+    for (work.Poll(); !work.Finished(); work.Poll()) std::this_thread::sleep_for(2ms);
   }
 };
 
-// One project's run: three monthly datasets in its own data and program folders.
+// A project of three monthly datasets with its own data and program folders.
 struct ProjectRun {
-  ProgramFolderCopy program;
-  TempDir data;
+  tessaly::testing::ProgramFolderCopy program;
+  tessaly::testing::TempDir data;
   ReportTree tree;
   HookedWait wait;
-  std::unique_ptr<BatchRun> run;
-  std::unique_ptr<cBatchFile> project;
+  BatchRun run{RunOptions{program.path(), true, false}, tree};
+  std::unique_ptr<cBatchFile> project = std::make_unique<cBatchFile>(program.path());
 
-  explicit ProjectRun(const std::string& name) {
-    fs::create_directories(data / "out");
-    project = std::make_unique<cBatchFile>(program.path());
+  ProjectRun() {
     project->SetInDirectory(data.path().string());
-    project->SetOutDirectory((data / "out").string());
-    project->SetBatchName(name);
+    project->SetOutDirectory(data.path().string());
+    project->SetBatchName("monthly.xml");
     for (const char* asc : {"AIRLINE.ASC", "SECOND.ASC", "THIRD.ASC"}) {
       fs::copy_file(program / "examples/AIRLINE.ASC", data / asc);
       project->Add_File(asc, 0, 0, "00/00/00");
     }
-    run = std::make_unique<BatchRun>(RunOptions{program.path(), true, false}, tree);
-    const fs::path folder = program.path();
-    run->SetEngineCall([this, folder](quorvane::EngineArrays& a, EngineReturn& r, const EngineCallContext& c) {
+    run.SetEngineCall([this](quorvane::EngineArrays& a, EngineReturn& r, const EngineCallContext& c) {
       EngineCallHooks hooks;
-      hooks.cancel_grace = 0ms;  // a cancelled engine is killed at once, by its run's record
-      return CallEngine(a, r, folder, c, wait, hooks);
+      hooks.cancel_grace = 0ms;  // a cancelled engine is killed at once, from its run's record
+      return CallEngine(a, r, program.path(), c, wait, hooks);
     });
   }
   std::vector<FileResult> Results() const {
     std::vector<FileResult> results;
-    for (const auto& report : run->FileReports()) results.push_back(report.result);
+    for (const auto& report : run.FileReports()) results.push_back(report.result);
     return results;
   }
 };
@@ -90,47 +76,37 @@ struct ProjectRun {
 TEST(RunState, TwoRunsSideBySideEachCancelOnlyItsOwn) {
   auto host = std::make_shared<SharedHost>();
   platform::SetDialogHost(host);
+  using enum FileResult;
   for (const bool first_cancels : {true, false}) {
     SCOPED_TRACE(first_cancels ? "the first run cancels" : "the second run cancels");
-    ProjectRun first("monthly.xml"), second("quarterly.xml");
-    ProjectRun& canceler = first_cancels ? first : second;
-    ProjectRun& bystander = first_cancels ? second : first;
-    std::promise<void> engine_paused, canceler_done;
-    std::shared_future<void> paused = engine_paused.get_future().share();
-    std::shared_future<void> done = canceler_done.get_future().share();
-    // The bystander's second engine is held still while the canceler cancels, so that a kill
-    // that reached it would find it running.
-    bystander.wait.on_series = [&](platform::WaitedWork& work) {
-      if (work.SeriesNumber() != 2) return;
-      for (pid_t pid : bystander.run->Session().engine.RecordedEngines()) ::kill(pid, SIGSTOP);
-      engine_paused.set_value();
-      (void)done.wait_for(60s);
-      for (pid_t pid : bystander.run->Session().engine.RecordedEngines()) ::kill(pid, SIGCONT);
+    ProjectRun runs[2];
+    ProjectRun& canceler = runs[first_cancels ? 0 : 1];
+    ProjectRun& bystander = runs[first_cancels ? 1 : 0];
+    std::promise<void> paused, canceled;
+    // The bystander's second engine is stopped where it stands until the cancel is over: a
+    // kill that reached it would find it still running.
+    bystander.wait.on_second = [&](platform::WaitedWork&) {
+      for (pid_t pid : bystander.run.Session().engine.RecordedEngines()) ::kill(pid, SIGSTOP);
+      paused.set_value();
+      (void)canceled.get_future().wait_for(60s);
+      for (pid_t pid : bystander.run.Session().engine.RecordedEngines()) ::kill(pid, SIGCONT);
     };
-    canceler.wait.on_series = [&](platform::WaitedWork& work) {
-      if (work.SeriesNumber() != 2) return;
-      (void)paused.wait_for(60s);
+    canceler.wait.on_second = [&](platform::WaitedWork& work) {
+      (void)paused.get_future().wait_for(60s);
       work.Cancel();
     };
-    bool ran[2] = {false, false};
-    std::thread by([&] { ran[1] = bystander.run->mnuBatchRun(bystander.project); });
-    std::thread can([&] {
-      ran[0] = canceler.run->mnuBatchRun(canceler.project);
-      canceler_done.set_value();
-    });
-    can.join();
+    std::thread by([&] { EXPECT_TRUE(bystander.run.mnuBatchRun(bystander.project)); });
+    EXPECT_TRUE(canceler.run.mnuBatchRun(canceler.project));
+    canceled.set_value();
     by.join();
-    EXPECT_TRUE(ran[0] && ran[1]);
-    EXPECT_EQ(canceler.Results(), (std::vector<FileResult>{FileResult::Forecast, FileResult::Canceled}));
-    EXPECT_EQ(bystander.Results(),
-              (std::vector<FileResult>{FileResult::Forecast, FileResult::Forecast, FileResult::Forecast}));
-    EXPECT_EQ(bystander.run->lblStatus(), "Finished processing.");
-    EXPECT_TRUE(canceler.run->Session().engine.canceled);
-    EXPECT_FALSE(bystander.run->Session().engine.canceled);
-    EXPECT_TRUE(canceler.run->Session().engine.RecordedEngines().empty());
-    EXPECT_TRUE(bystander.run->Session().engine.RecordedEngines().empty());
+    EXPECT_EQ(canceler.Results(), (std::vector<FileResult>{Forecast, Canceled}));
+    EXPECT_EQ(bystander.Results(), (std::vector<FileResult>{Forecast, Forecast, Forecast}));
+    EXPECT_EQ(bystander.run.lblStatus(), "Finished processing.");
+    EXPECT_TRUE(canceler.run.Session().engine.canceled);
+    EXPECT_FALSE(bystander.run.Session().engine.canceled);
+    for (const ProjectRun& r : runs) EXPECT_TRUE(r.run.Session().engine.RecordedEngines().empty());
   }
-  EXPECT_EQ(std::count(host->shown.begin(), host->shown.end(), "Tessaly RunEngine Call: Operation Canceled by user"), 2);
+  EXPECT_EQ(std::count(host->shown.begin(), host->shown.end(), "Operation Canceled by user"), 2);
   platform::SetDialogHost(nullptr);
 }
 
