@@ -5,34 +5,16 @@
 
 #include <signal.h>
 
-#include <algorithm>
 #include <future>
-#include <mutex>
 #include <thread>
 
 #include "batch/run.h"
-#include "platform/dialogs.h"
 #include "support/program_folder.h"
 
 namespace tessaly::batch {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Both runs' messages, answered as an unattended run answers them.
-struct SharedHost : platform::DialogHost {
-  std::mutex mutex;
-  std::vector<std::string> shown;
-  int16_t Message(const std::string& text, int16_t type, const std::string&) override {
-    std::lock_guard lock(mutex);
-    shown.push_back(text);
-    return platform::UnattendedAnswer(type);
-  }
-  std::optional<std::string> OpenFile(const platform::FileDialogRequest&) override { return {}; }
-  std::optional<std::string> SaveFile(const platform::FileDialogRequest&) override { return {}; }
-  std::optional<std::string> ChooseFolder(const std::string&, const std::string&) override { return {}; }
-  bool Unattended() const override { return true; }
-};
 
 // Polls like the unattended wait; `on_second` is called as the second dataset's engine starts.
 struct HookedWait : platform::ProgressWait {
@@ -74,8 +56,7 @@ struct ProjectRun {
 };
 
 TEST(RunState, TwoRunsSideBySideEachCancelOnlyItsOwn) {
-  auto host = std::make_shared<SharedHost>();
-  platform::SetDialogHost(host);
+  // The runs' messages go to standard error, as an unattended run's do.
   using enum FileResult;
   for (const bool first_cancels : {true, false}) {
     SCOPED_TRACE(first_cancels ? "the first run cancels" : "the second run cancels");
@@ -106,8 +87,6 @@ TEST(RunState, TwoRunsSideBySideEachCancelOnlyItsOwn) {
     EXPECT_FALSE(bystander.run.Session().engine.canceled);
     for (const ProjectRun& r : runs) EXPECT_TRUE(r.run.Session().engine.RecordedEngines().empty());
   }
-  EXPECT_EQ(std::count(host->shown.begin(), host->shown.end(), "Operation Canceled by user"), 2);
-  platform::SetDialogHost(nullptr);
 }
 
 }  // namespace
