@@ -31,6 +31,7 @@ set(TESSALY_ENGINE_PROCESS_TESTS
   tsly_scale_tests)
 list(APPEND TESSALY_ENGINE_PROCESS_TESTS desktop_overview_tests)
 list(APPEND TESSALY_ENGINE_PROCESS_TESTS desktop_run_tests)
+list(APPEND TESSALY_ENGINE_PROCESS_TESTS run_state_tests)
 
 # tessaly_test(NAME SOURCES... [DEPS ...]) : a GoogleTest executable registered with CTest.
 # Tests find the built program folder through TESSALY_PROGRAM_DIR and the source tree

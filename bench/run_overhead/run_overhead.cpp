@@ -70,7 +70,6 @@ Figures RunOnce(const fs::path& program, const fs::path& data, int count, bool g
   }
   project.Build(data / "bench.xml");
 
-  batch::RunState() = batch::RunFlags{};
   batch::ReportTree tree;
   batch::BatchRun run(batch::RunOptions{program, !graphs, false}, tree);
 #ifdef BENCH_WITH_GRAPHS

@@ -164,7 +164,7 @@ bool AggregationRun::SelectRunOptionsConditions(RunStage stage, const fs::path& 
   seams_.view->ShowReportTree(false);
   output_path_ = platform::EnsureSubfolder(in_directory_, "OUTPUT");
   run_->SetOutputPath(output_path_);
-  forecast_bound_ = batch::TakeRunShapeFrom(asc).DataProp[8];
+  forecast_bound_ = batch::TakeRunShapeFrom(asc, run_->Session().flags).DataProp[8];
   return seams_.rules->Select(stage, s_.qvx_rules, asc, batch::ProjectStem(s_.project->BatchName()));
 }
 
@@ -307,7 +307,7 @@ AggregationRun::Ending AggregationRun::CancelEnding(const std::string& message) 
   SetStatus(status::kIncomplete);
   seams_.view->SetRunMenusEnabled(true, true);
   SetStatus(status::Opened(s_.project->InDirectory(), s_.project->BatchName()));
-  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  if (run_) run_->Session().flags.UnivariateRun = run_->Session().flags.CausalRun = false;
   DeleteParamsRecord(s_.program_folder);
   return Ending::Canceled;
 }
@@ -330,7 +330,7 @@ AggregationRun::Ending AggregationRun::Run() {
   output_path_ = platform::EnsureSubfolder(in_directory_, "OUTPUT");
   run_->SetOutputPath(output_path_);
   seams_.view->SetRunMenusEnabled(false, false);
-  batch::RunCanceled() = false;
+  run_->Session().engine.canceled = false;
   if (!run_->StartEngine()) return CancelEnding(kCanceledByUser);
 
   histories_ = LoadChildren(in_directory_, s_.selection.chosen);
@@ -377,7 +377,7 @@ AggregationRun::Ending AggregationRun::Run() {
   const ReconcileInput input = ReconcileSetup();
   ReconcileForecasts(input);
   if (seams_.reports) seams_.reports->WriteLinkTree(*s_.project, output_path_);
-  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  run_->Session().flags.UnivariateRun = run_->Session().flags.CausalRun = false;
   seams_.view->SetRunMenusEnabled(true, true);
   ShowClosingMessages(input, last_series_stem_);
   SetStatus(last_run_good_ ? status::kFinished : status::kIncomplete);

@@ -379,11 +379,12 @@ void DesktopSession::mnuBatchRun_Click() {
   run.SetReports(std::make_shared<batch::ProgramRunReports>(program_));
   run.SetView(std::make_shared<MainFormRunView>(*this));
   fs::path program = program_;
-  run.SetEngineCreate([program](int& number, std::string& description) {
+  run.SetEngineCreate([program, &run](int& number, std::string& description) {
     std::shared_ptr<batch::EngineClient> engine;
     batch::CreateObjectError error;
+    // The run's engine until the first call makes its own.
     if (batch::fCreateObject(batch::kEngineProgID, engine, program, {}, &error)) {
-      batch::MyEngine() = engine;
+      run.Session().engine.engine = engine;
       return true;
     }
     number = error.number;
@@ -391,8 +392,7 @@ void DesktopSession::mnuBatchRun_Click() {
     return false;
   });
   run.SetOpenProject([this] { (void)commands_->mnuFileOpen(); });  // the run looks for the project next
-  // Each run asks the wizard again for its first file.
-  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  // Each run asks the wizard again for its first file: a fresh run has no kind yet.
   std::optional<fs::path> save_to;
   if (!session_.project_path.empty()) save_to = session_.project_path;
   bool ran = run.mnuBatchRun(session_.ctrlBatch, save_to);

@@ -129,15 +129,9 @@ void FillRequest(const dataset::AscDataset& d, quorvane::EngineArrays& a) {
   a.error_code = 0;
 }
 
-RunFlags& RunState() {
-  static RunFlags flags;
-  return flags;
-}
-
-dataset::AscHeader TakeRunShapeFrom(const fs::path& asc) {
+dataset::AscHeader TakeRunShapeFrom(const fs::path& asc, RunFlags& flags) {
   dataset::AscHeader header;
   dataset::ReadAscHeader(asc, header);
-  RunFlags& flags = RunState();
   flags.SeriesProperties = dataset::PropertiesFromHeader(header);
   flags.UnivariateRun = header.DataProp[1] == 1;
   flags.CausalRun = !flags.UnivariateRun;
@@ -179,11 +173,13 @@ BatchRun::BatchRun(RunOptions options, ReportTree& tree)
                                  const EngineCallContext& context) {
     return CallEngine(arrays, returned, folder, context, platform::ProgressWaiter(), hooks);
   };
-  engine_create_ = [engine_folder](int& number, std::string& description) {
+  // The object proves that the engine can be started and is the run's engine until the first
+  // call makes its own. The session lives as long as this run, which owns the function.
+  engine_create_ = [engine_folder, session = session_.get()](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
     if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
-      MyEngine() = engine;
+      session->engine.engine = engine;
       return true;
     }
     number = error.number;
@@ -238,7 +234,7 @@ void BatchRun::PrepareOutputPath(const cBatchFile& project) {
 }
 
 bool BatchRun::PrepareRunKind(const cBatchFile& project) {
-  RunFlags& run = RunState();
+  RunFlags& run = session_->flags;
   if (run.UnivariateRun || run.CausalRun) return true;
   dataset::AscHeader header;
   // The first entry that is a readable dataset sets the run's kind: a folder, a broken link
@@ -263,7 +259,7 @@ bool BatchRun::PrepareRunKind(const cBatchFile& project) {
 }
 
 bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::optional<fs::path>& save_to) {
-  RunFlags& run = RunState();
+  RunFlags& run = session_->flags;
   // Without an open project the Open command is offered; still none, nothing runs.
   if (!project && open_project_) open_project_();
   if (!project) return false;
@@ -296,7 +292,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
   }
   // No cancel of an earlier run counts, and the menus that would change the project or the
   // program's folder stay off until the run ends.
-  RunCanceled() = false;
+  session_->engine.canceled = false;
   view_->SetRunMenusEnabled(false, false);
   // The engine must start before anything is prepared for it.
   int number = 0;
@@ -321,7 +317,7 @@ bool BatchRun::mnuBatchRun(std::unique_ptr<cBatchFile>& project, const std::opti
 }
 
 void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
-  RunFlags& run = RunState();
+  RunFlags& run = session_->flags;
   // A project over the limit of files is refused whole, before anything changes.
   if (project.Count() > static_cast<size_t>(dataset::MaxAscFilesInProject)) {
     Dialogs().Message(project.BatchName() + texts::kLimit1 + std::to_string(project.Count()) +
@@ -335,7 +331,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   run.ErrorCount = 0;
   save_failed_ = false;
   write_failures_ = 0;
-  RunCanceled() = false;
+  session_->engine.canceled = false;
   if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
   if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
   tree_.Clear();
@@ -424,7 +420,7 @@ void BatchRun::RunEngine(cBatchFile& project, const fs::path& xml_file) {
   // A dataset whose results could not be written, or a project that could not be saved,
   // makes the run incomplete.
   Status(any_report && !save_failed_ && write_failures_ == 0 ? texts::kFinished : texts::kIncomplete);
-  MyEngine().reset();
+  session_->engine.engine.reset();
   view_->SetRunMenusEnabled(true, true);
   // The reasons the checks logged for the files they rejected, shown once at the end.
   if (auto text = platform::ReadWholeFile(ProcessErrorsFile())) {
@@ -459,7 +455,7 @@ FileReport BatchRun::DescribeFile(const cBatchFile& project, int i, bool cancele
   while (!logged.empty() && (logged.back() == '\n' || logged.back() == '\r')) logged.pop_back();
   if (canceled) {
     report.result = FileResult::Canceled;
-  } else if (RunState().ErrorCount != errors_before) {
+  } else if (session_->flags.ErrorCount != errors_before) {
     report.result = FileResult::Rejected;
     report.reason = logged;
   } else if (project.Completed(i) == 1) {
@@ -485,10 +481,10 @@ bool BatchRun::StartEngine() {
 }
 
 void BatchRun::BeginFlowRun() {
-  RunState().ErrorCount = 0;
+  session_->flags.ErrorCount = 0;
   save_failed_ = false;
   write_failures_ = 0;
-  RunCanceled() = false;
+  session_->engine.canceled = false;
   if (!dataset_) dataset_ = std::make_unique<dataset::AscDataset>();
   if (!arrays_) arrays_ = std::make_unique<quorvane::EngineArrays>();
   tree_.Clear();
@@ -513,7 +509,7 @@ BatchRun::SeriesOutcome BatchRun::RunFlowSeries(cBatchFile& project, const Serie
 
 BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass& pass,
                                            const fs::path& xml_file, bool& any_report, bool* clean) {
-  RunFlags& run = RunState();
+  RunFlags& run = session_->flags;
   const fs::path& program = options_.program_folder;
   const int i = pass.project_index;
   const bool listed = i >= 0;
@@ -557,6 +553,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   quorvane::EngineArrays& a = *arrays_;
   FillRequest(d, a);
   EngineCallContext context{pass.number, pass.count, name};
+  context.session = &session_->engine;
   const long values = static_cast<long>(d.DataProp(1)) * d.DataProp(5);
   if (options_.series_timeout.count() == 0 && options_.large_dataset_timeout.count() > 0 &&
       values > kLargeDatasetValues) {
@@ -568,7 +565,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
                       mb::OKOnly, texts::kFyi);
   }
   EngineCallResult result = engine_call_(a, returned_, context);
-  if (result.outcome == EngineCallOutcome::Canceled || RunCanceled()) {
+  if (result.outcome == EngineCallOutcome::Canceled || session_->engine.canceled) {
     run.UnivariateRun = run.CausalRun = false;
     return FileOutcome::Canceled;
   }
@@ -602,7 +599,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   for (auto part : {CopyRunWideFiles(program, output_path_, ProjectStem(project.BatchName())),
                     FileForecasts(program, output_path_, stem, project.BatchName())})
     unwritten.insert(unwritten.end(), part.begin(), part.end());
-  MyEngine().reset();
+  session_->engine.engine.reset();
   // Results that could not be written make a failed dataset: logged with the files it
   // lost, its status an error, never counted as done.
   if (!unwritten.empty()) {
@@ -635,7 +632,7 @@ BatchRun::FileOutcome BatchRun::RunOneFile(cBatchFile& project, const SeriesPass
   if (listed && !xml_file.empty()) SaveProject(project, xml_file);
   if (clean) *clean = true;
   // The engine released; the tree shows once the first file of the list has its reports.
-  MyEngine().reset();
+  session_->engine.engine.reset();
   if (pass.number == 1) view_->ShowReportTree(true);
   finish();
   return FileOutcome::Next;

@@ -19,6 +19,7 @@
 
 #include "batch/batch_file.h"
 #include "batch/engine/engine_call.h"
+#include "batch/engine/engine_client.h"
 #include "batch/report_tree.h"
 #include "dataset/asc_dataset.h"
 #include "engine/exchange.h"
@@ -27,7 +28,8 @@ namespace tessaly::batch {
 
 namespace fs = std::filesystem;
 
-// Run flags shared with the other flows (aggregation, pooling) that repeat the run's steps.
+// One run's flags, shared with the other flows (aggregation, pooling) that repeat the run's
+// steps through the same BatchRun.
 struct RunFlags {
   bool UnivariateRun = false;
   bool CausalRun = false;
@@ -37,10 +39,17 @@ struct RunFlags {
   // SeriesProperties: the shape of the first file of a run.
   dataset::clSeriesProperties SeriesProperties;
 };
-RunFlags& RunState();
+// One run's state: its flags and its engine. Each BatchRun has its own, made with it, and
+// hands it to what needs it (the engine calls, their waits and the cancel); two runs in one
+// program never share one, so neither's cancel or end touches the other.
+struct RunSession {
+  RunFlags flags;
+  EngineSession engine;
+};
+
 // A flow's run is measured by the file it runs first: its shape and kind (one series or
 // causal) become the run's. Returns that file's header.
-dataset::AscHeader TakeRunShapeFrom(const fs::path& asc);
+dataset::AscHeader TakeRunShapeFrom(const fs::path& asc, RunFlags& flags);
 
 // What a good dataset left, for the graphs and the intervention page.
 struct SeriesResult {
@@ -165,6 +174,9 @@ class BatchRun {
   void SetEngineCreate(EngineCreateFunction create) { engine_create_ = std::move(create); }
   // Asked first when Run Project finds no project open: the Open command.
   void SetOpenProject(std::function<void()> open) { open_project_ = std::move(open); }
+  // This run's state: its kind and shape, its rejections, its engine and its cancel.
+  RunSession& Session() { return *session_; }
+  const RunSession& Session() const { return *session_; }
 
   // Run Project. `project` may be null (none open); the open command may fill it.
   // The project is saved to its OutDirectory under its BatchName, or to `save_to` when
@@ -222,6 +234,8 @@ class BatchRun {
 
   RunOptions options_;
   ReportTree& tree_;
+  // Held by pointer so that the engine calls' context may point at it whatever the run does.
+  std::unique_ptr<RunSession> session_ = std::make_unique<RunSession>();
   std::shared_ptr<RunRulesWizard> wizard_;
   std::shared_ptr<RunReports> reports_;
   std::shared_ptr<RunView> view_;

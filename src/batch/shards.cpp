@@ -263,9 +263,8 @@ int RunShard(const fs::path& project_path, const ShardSpec& shard, const ShardRu
     run.whole_count = files;
     bool ended = false;
     run.ended = &ended;
-    RunCanceled() = false;
     status = RunProjectUnattended(part_file, run);
-    done = ended && !RunCanceled();
+    done = ended;
     if (auto log = platform::FindNoCase(work, dataset::kProcessErrorsFileName))
       // A log that cannot be kept leaves the part's rejections to its project's statuses.
       (void)platform::CopyFileOver(*log, folder / dataset::kProcessErrorsFileName);

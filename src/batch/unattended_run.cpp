@@ -125,8 +125,9 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
   run.SetEngineCreate([&](int& number, std::string& description) {
     std::shared_ptr<EngineClient> engine;
     CreateObjectError error;
+    // The run's engine until the first call makes its own.
     if (fCreateObject(kEngineProgID, engine, engine_folder, {}, &error)) {
-      MyEngine() = engine;
+      run.Session().engine.engine = engine;
       return true;
     }
     number = error.number;
@@ -134,7 +135,6 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
     engine_started = false;
     return false;
   });
-  RunState().UnivariateRun = RunState().CausalRun = false;
   if (!options.run_kind_from.empty()) {
     cBatchFile whole(program);
     if (!whole.Load(options.run_kind_from)) return 1;
@@ -148,7 +148,7 @@ int RunProjectUnattended(const fs::path& project_path, const UnattendedRunOption
         << std::endl;
     return kRunNothing;
   }
-  if (options.ended) *options.ended = true;
+  if (options.ended) *options.ended = !run.Session().engine.canceled;
   // A shard's tally is its part's, and says so; the reports of a parallel run's job are
   // merged away from its folder, so the parent's merge names where they are.
   const bool part = options.whole_count > 0;

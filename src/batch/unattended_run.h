@@ -48,7 +48,7 @@ struct UnattendedRunOptions {
   // Where the line of each dataset and the closing tally go; standard output when null.
   std::ostream* out = nullptr;
   // Set true when the run went through its list to the tally (whatever became of each
-  // dataset): a shard that did is finished.
+  // dataset) and was not cancelled: a shard that did is finished.
   bool* ended = nullptr;
 };
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "formats/rules_file.h"
 #include "platform/numfmt.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -39,20 +40,6 @@ std::optional<int> ParseWhole(std::string_view field) {
   // A whole number beyond an int (such as 1e300) is no count the rules know.
   if (!v || *v != std::floor(*v) || *v < -2147483648.0 || *v > 2147483647.0) return std::nullopt;
   return static_cast<int>(*v);
-}
-
-std::vector<std::string> SplitLines(std::string_view text) {
-  std::vector<std::string> lines;
-  size_t pos = 0;
-  while (pos < text.size()) {
-    size_t nl = text.find('\n', pos);
-    std::string_view line = text.substr(pos, nl == std::string_view::npos ? nl : nl - pos);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    lines.emplace_back(line);
-    if (nl == std::string_view::npos) break;
-    pos = nl + 1;
-  }
-  return lines;
 }
 
 // Stores one value read from a line into the rules. False when the value is not
@@ -167,24 +154,10 @@ bool Blank(std::string_view s) {
 
 // The value (after the bar) of line `index` of the built-in rules, which follow the same order.
 std::string_view BuiltinValue(size_t index) {
-  static const std::vector<std::string> lines = SplitLines(BuiltinRulesText());
+  static const tessaly::formats::RulesFile builtin{std::string(BuiltinRulesText())};
+  static const std::vector<tessaly::formats::RulesLine> lines = builtin.Lines();
   if (index >= lines.size()) return {};
-  std::string_view line = lines[index];
-  size_t bar = line.find('|');
-  return bar == std::string_view::npos ? std::string_view{} : line.substr(bar + 1);
-}
-
-// The value of the first line that holds `key` before its bar; nullopt when none does.
-std::optional<std::string> FindKeyed(const std::vector<std::string>& lines,
-                                     std::string_view key) {
-  for (const auto& line : lines) {
-    size_t at = line.find(key);
-    if (at == std::string::npos) continue;
-    size_t bar = line.find('|', at);
-    if (bar == std::string::npos) return std::nullopt;
-    return line.substr(bar + 1);
-  }
-  return std::nullopt;
+  return lines[index].Value();
 }
 
 }  // namespace
@@ -253,11 +226,15 @@ std::string RulesErrorText(int code) {
   return {};
 }
 
-RulesReadResult ParseRulesText(std::string_view text) {
+namespace {
+
+// The rules as the shared reader has read the file, checked line by line in the engine's
+// reading order against the engine's own ranges.
+RulesReadResult ParseRules(const tessaly::formats::RulesFile& file) {
   RulesReadResult result;
   EngineRules& r = result.rules;
   r.display_options.clear();
-  std::vector<std::string> lines = SplitLines(text);
+  const std::vector<tessaly::formats::RulesLine> lines = file.Lines();
   int lambda_count = 1;
   size_t index = 0;
   std::vector<int> pages_off;  // codes of the page flags read as 0
@@ -266,13 +243,12 @@ RulesReadResult ParseRulesText(std::string_view text) {
       result.error_code = static_cast<int16_t>(line_rule.code);
       return result;
     }
-    const std::string& line = lines[index++];
+    const tessaly::formats::RulesLine& line = lines[index++];
     if (line_rule.kind == RV::Spacer) continue;
-    size_t bar = line.find('|');
-    bool ok = bar != std::string::npos;
-    if (ok && line_rule.key[0] != '\0') ok = line.substr(0, bar).find(line_rule.key) != std::string::npos;
+    bool ok = line.HasBar();
+    if (ok && line_rule.key[0] != '\0') ok = line.Label().find(line_rule.key) != std::string_view::npos;
     if (ok) {
-      std::string_view value = std::string_view(line).substr(bar + 1);
+      std::string_view value = line.Value();
       int page = PageFlagOf(line_rule.code);
       bool page_off = page != 0 && std::find(pages_off.begin(), pages_off.end(), page) != pages_off.end();
       // A value left empty on a page that is switched off takes the built-in rules' value.
@@ -290,14 +266,20 @@ RulesReadResult ParseRulesText(std::string_view text) {
   }
 
   // The lines without a code of their own: a missing or unreadable one leaves its default.
-  if (auto v = FindKeyed(lines, "INTERMITTENT")) {
+  if (auto v = file.KeyedValue("INTERMITTENT")) {
     if (auto n = ParseWhole(*v); n && (*n == 0 || *n == 1)) r.intermittent = *n == 1;
   }
-  if (auto v = FindKeyed(lines, "# OF GROUPS")) {
+  if (auto v = file.KeyedValue("# OF GROUPS")) {
     if (auto n = ParseWhole(*v); n && *n >= 0) r.groups = *n == 0 ? 1 : *n;
   }
-  if (auto v = FindKeyed(lines, "INITIAL MODEL")) r.initial_model = Trim(*v);
+  if (auto v = file.KeyedValue("INITIAL MODEL")) r.initial_model = Trim(*v);
   return result;
+}
+
+}  // namespace
+
+RulesReadResult ParseRulesText(std::string_view text) {
+  return ParseRules(tessaly::formats::RulesFile{std::string(text)});
 }
 
 std::string_view BuiltinRulesText() {
@@ -306,8 +288,8 @@ std::string_view BuiltinRulesText() {
 
 RulesReadResult LoadRules(const std::filesystem::path& work_folder) {
   if (auto go = tessaly::platform::FindNoCase(work_folder, "ENGINE.GO")) {
-    if (auto text = tessaly::platform::ReadWholeFile(*go)) {
-      RulesReadResult result = ParseRulesText(*text);
+    if (tessaly::formats::RulesFile file; file.ReadFrom(*go)) {
+      RulesReadResult result = ParseRules(file);
       result.source = "ENGINE.GO";
       return result;
     }

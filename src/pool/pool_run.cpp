@@ -119,7 +119,7 @@ PoolOutcome PoolRun::Run(batch::cBatchFile& project, const std::vector<std::stri
     view_->SetRunMenusEnabled(true, true);
     Status(std::string(texts::kOpened1) + platform::WithTrailingSlash(project.InDirectory()) +
            project.BatchName() + texts::kOpened2);
-    batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+    run_.Session().flags.UnivariateRun = run_.Session().flags.CausalRun = false;
     outcome.end = PoolEnd::Cancelled;
     return outcome;
   }
@@ -128,7 +128,7 @@ PoolOutcome PoolRun::Run(batch::cBatchFile& project, const std::vector<std::stri
   Remove(options_.program_folder, texts::kPoolMarker);
   // The stack's groups must not pool the datasets of a later run.
   Remove(options_.program_folder, texts::kGroupList);
-  batch::RunState().UnivariateRun = batch::RunState().CausalRun = false;
+  run_.Session().flags.UnivariateRun = run_.Session().flags.CausalRun = false;
   Status(outcome.end == PoolEnd::Finished ? texts::kFinished : texts::kIncomplete);
   if (auto errors = platform::ReadWholeFile(options_.program_folder / "Process Errors.Err"))
     Dialogs().Message(std::string(batch::texts::kReasons1) + "\r\n\r\n" + *errors + "\r\n" +
@@ -142,13 +142,14 @@ bool PoolRun::SelectRunOptionsConditions(batch::cBatchFile& project, const fs::p
   Remove(options_.program_folder, "Process Errors.Err");
   view_->ShowReportTree(false);
   // The stack is the measure of the run: its seasonality and kind.
-  batch::TakeRunShapeFrom(stack);
+  batch::TakeRunShapeFrom(stack, run_.Session().flags);
   Remove(options_.program_folder, texts::kParamsFile);
   // Not reported yet: without the marker the engine works as if it were not there.
   (void)platform::WriteAllLines(options_.program_folder / texts::kParamsFile, {"1"});
   Status(texts::kSelectRules);
-  batch::WizardRequest request{batch::ProjectStem(project.BatchName()), stack, batch::RunState().SeriesProperties,
-                               batch::RunState().UnivariateRun};
+  const batch::RunFlags& flags = run_.Session().flags;
+  batch::WizardRequest request{batch::ProjectStem(project.BatchName()), stack, flags.SeriesProperties,
+                               flags.UnivariateRun};
   return wizard_->Show(request);
 }
 
@@ -183,7 +184,7 @@ PoolEnd PoolRun::RunParentChild(batch::cBatchFile& project, const std::vector<st
     batch::BatchRun::SeriesPass pass{name, -1, i + 1, k + 1, texts::kProcessing};
     auto result = run_.RunFlowSeries(project, pass);
     if (result == batch::BatchRun::SeriesOutcome::Canceled) {
-      batch::MyEngine().reset();
+      run_.Session().engine.engine.reset();
       view_->SetRunMenusEnabled(true, true);
       return PoolEnd::Cancelled;
     }
@@ -203,7 +204,7 @@ PoolEnd PoolRun::RunParentChild(batch::cBatchFile& project, const std::vector<st
   if (auto coefficients = platform::FindNoCase(program, "POOLCOEF.CSV"))
     Dialogs().Message(std::string(texts::kReviewCoefficients) + coefficients->string() + "\r\n\r\n", mb::OKOnly,
                       texts::kFyi);
-  batch::MyEngine().reset();
+  run_.Session().engine.engine.reset();
   view_->SetRunMenusEnabled(true, true);
   return all_clean ? PoolEnd::Finished : PoolEnd::Incomplete;
 }

@@ -47,7 +47,8 @@ LoadStatus LoadRules(const fs::path& folder, std::string_view choice, RulesText&
     // A vanished archive leaves the restored present rules to read.
     if (!platform::ExistsNoCase(folder, name)) name = std::string(text::kEngineUsr);
   }
-  rules.ReadFrom(platform::ResolveNoCase(folder, name));
+  // A file that cannot be read leaves the rules as they were; the pages' checks judge them.
+  (void)rules.ReadFrom(platform::ResolveNoCase(folder, name));
   return status;
 }
 

@@ -238,8 +238,9 @@ RunnerResult XLSEngine(const fs::path& file, const std::string& worksheet, const
       batch::FillRequest(d, a);
       a.run_mode = quorvane::kRunModeSpreadsheet;
       batch::EngineCallContext context{row - 1, result.rows, name};
+      context.session = host.session.get();
       batch::EngineCallResult call = host.engine_call(a, returned, context);
-      if (call.outcome == batch::EngineCallOutcome::Canceled || batch::RunCanceled()) {
+      if (call.outcome == batch::EngineCallOutcome::Canceled || host.session->canceled) {
         result.canceled = true;
         log(texts::kUserCancel);
         log(texts::kOutahere);

@@ -63,6 +63,8 @@ struct RunnerHost {
   batch::EngineCallFunction engine_call;
   // The graphs; none drawn when null.
   std::shared_ptr<batch::RunReports> reports;
+  // The run's engine state, which its cancel button sets; the caller keeps it for the run.
+  std::shared_ptr<batch::EngineSession> session = std::make_shared<batch::EngineSession>();
 };
 
 struct [[nodiscard]] RunnerResult {

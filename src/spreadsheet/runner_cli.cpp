@@ -38,7 +38,6 @@ int RunWorkbookFromCommandLine(const fs::path& file, const std::string& workshee
     return 2;
   }
   engine.reset();
-  batch::RunCanceled() = false;
   RunnerResult result = XLSEngine(file, worksheet, settings, host);
   // Without a window the person reads only this line: it names the workbook.
   if (!result.error.empty())

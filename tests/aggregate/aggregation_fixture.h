@@ -42,7 +42,6 @@ inline std::string ChildAsc(const std::string& name, double share, int k, int n 
 
 class AggregationTest : public ::testing::Test {
  protected:
-  void SetUp() override { batch::RunState() = batch::RunFlags{}; }
   // Writes the children and a project listing them (and `extra` names, written or not).
   void MakeProject(const std::vector<std::string>& names) {
     batch::cBatchFile p(program.path());

@@ -208,7 +208,6 @@ class EstimatingWork : public platform::WaitedWork {
 
 TEST(ProgressWindow, ShowsTheDatasetsStageAndCancelsUntilItCloses) {
   OffscreenApp();
-  batch::RunCanceled() = false;
   EstimatingWork work;
   batch::frmProgress form;
   form.SetTimings(20, 3000, 5);
@@ -230,8 +229,7 @@ TEST(ProgressWindow, ShowsTheDatasetsStageAndCancelsUntilItCloses) {
   form.exec();
   EXPECT_TRUE(cancel_after_engine);
   EXPECT_LT(clock.elapsed(), 2500);  // closed by the cancel, not after the pause
-  EXPECT_TRUE(batch::RunCanceled());
-  batch::RunCanceled() = false;
+  EXPECT_TRUE(work.CancelRequested());
   EXPECT_EQ(form.ProjectBar->text().toStdString(), "Project: 2 of 4 datasets done");
   ASSERT_GE(stages.size(), 2u);
   EXPECT_EQ(stages[stages.size() - 2], "ELNINO.ASC: Model Estimation (stage 3 of 5)");

@@ -44,7 +44,6 @@ std::string AnnualAsc(const std::string& name, int seed) {
 
 struct InjectedFaults : ::testing::Test {
   void SetUp() override {
-    RunState() = RunFlags{};
     fs::rename(program / "qvxengine", program / "qvxengine.real");
     WriteFile(program / "qvxengine", kStandIn);
     fs::permissions(program / "qvxengine", fs::perms::owner_all, fs::perm_options::add);
@@ -139,7 +138,6 @@ TEST_F(InjectedFaults, WritesThatFailMakeFailedDatasetsAndAFailedRun) {
   ASSERT_TRUE(p.Build(disk / "full.xml"));
   const std::string before = ReadFile(disk / "full.xml");
   WriteFile(disk / "filler", std::string(8 * 1024 - before.size() - 200, 'f'));
-  RunState() = RunFlags{};
   host->shown.clear();
   EXPECT_EQ(Run(disk / "full.xml"), 1);
   EXPECT_EQ(ReadFile(disk / "full.xml"), before);

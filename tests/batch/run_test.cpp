@@ -43,7 +43,7 @@ struct FakeEngine {
     names.push_back(c.series_name);
     EngineCallResult result;
     if (calls == cancel_on_call) {
-      RunCanceled() = true;
+      c.session->canceled = true;
       result.outcome = EngineCallOutcome::Canceled;
       return result;
     }
@@ -78,7 +78,6 @@ struct RecordingView : RunView {
 class RunTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    RunState() = RunFlags{};
     engine.folder = program.path();
     fs::create_directories(data / "out");
   }
@@ -148,7 +147,7 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
       "sales.asc\r\nsample.xml You cannot process univariate and causal series in the same xml. Since the "
       "initial series is a univariate and sales.asc is a causal, it will not be processed.\r\n";
   EXPECT_EQ(ReadFile(program / "Process Errors.Err"), errors);
-  EXPECT_EQ(RunState().ErrorCount, 4);
+  EXPECT_EQ(run->Session().flags.ErrorCount, 4);
 
   // The saved project: the good files finished, the rejected ones untouched.
   cBatchFile saved(program.path());
@@ -182,7 +181,7 @@ TEST_F(RunTest, MixedProjectFilesOutputsStatusesAndReasons) {
   EXPECT_EQ(view->menus_disabled, 1);
   EXPECT_EQ(view->menus_enabled, 1);
   EXPECT_FALSE(fs::exists(program / "NOTREND.QVX"));
-  EXPECT_FALSE(RunState().UnivariateRun);
+  EXPECT_FALSE(run->Session().flags.UnivariateRun);
 }
 
 // A first entry that is no dataset (a folder, a broken link) is rejected on its own turn;
@@ -215,7 +214,6 @@ TEST_F(RunTest, AllRejectedEndsIncompleteAndEngineFailureLeavesFileStarted) {
   EXPECT_EQ(ReadFile(program / "NOTREND.QVX"), "1\r\n");  // put back as it was at start
 
   host->shown.clear();
-  RunState() = RunFlags{};
   WriteFile(data / "x.asc", Asc("X", 4, 40));
   WriteFile(data / "y.asc", Asc("Y", 4, 40));
   WriteFile(data / "z.asc", Asc("Z", 4, 40));
@@ -264,7 +262,7 @@ TEST_F(RunTest, CancelDuringTheThirdFile) {
   EXPECT_EQ(run->lblStatus(), "Finished processing.");
   // No "All" nodes after a cancel, and the run flags are cleared.
   EXPECT_FALSE(tree.Contains("AllRpts"));
-  EXPECT_FALSE(RunState().UnivariateRun);
+  EXPECT_FALSE(run->Session().flags.UnivariateRun);
   EXPECT_NE(host.Starting("The forecasts"), nullptr);
 }
 
@@ -278,7 +276,7 @@ TEST_F(RunTest, ProjectLimitOf2500Files) {
   run->PrepareOutputPath(*project);
   run->RunEngine(*project, data / "p2500.xml");
   EXPECT_EQ(engine.calls, 1);
-  EXPECT_EQ(RunState().ErrorCount, 2499);
+  EXPECT_EQ(run->Session().flags.ErrorCount, 2499);
   EXPECT_EQ(project->Completed(0), 1);
   EXPECT_TRUE(fs::exists(data / "p2500.xml"));
 
@@ -320,7 +318,7 @@ TEST_F(RunTest, WizardCancelAndAnsweringNoStopBeforeAnything) {
   EXPECT_TRUE(wizard->was_univariate);
   EXPECT_EQ(wizard->first, data / "a.asc");
   EXPECT_EQ(wizard->stem, "sample");
-  EXPECT_FALSE(RunState().UnivariateRun);
+  EXPECT_FALSE(run->Session().flags.UnivariateRun);
   EXPECT_EQ(engine.calls, 0);
 
   project->SetChanged(true);

@@ -25,7 +25,6 @@ using tessaly::testing::TempDir;
 class UnattendedRunTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    RunState() = RunFlags{};
     fs::copy(program / "examples", work.path(), fs::copy_options::recursive);
   }
   int Run(const std::string& project, int series_timeout = 0, int large_dataset_timeout = 900) {
@@ -58,7 +57,6 @@ TEST_F(UnattendedRunTest, TwoProjectsRunOneAfterTheOtherKeepBothProjectsReports)
                          "quarterly.xml: 2 forecast, 0 rejected, 0 failed (2 datasets)\n"
                          "Reports: " + (work / "quarterly/OUTPUT/").string() + "\n");
   EXPECT_FALSE(fs::exists(program / "Process Errors.Err"));
-  RunState() = RunFlags{};
   ASSERT_EQ(Run("annual.xml"), kRunAllForecast);
   EXPECT_NE(lines.str().find("annual.xml: 1 forecast, 0 rejected, 0 failed (1 dataset)\n"), std::string::npos);
   for (const char* file : {"quarterly/OUTPUT/REALGDP.PRO", "quarterly/OUTPUT/REALCONS.PRO",
@@ -77,20 +75,17 @@ TEST_F(UnattendedRunTest, ARunAsksBeforeDeletingAnotherProjectsReports) {
   const std::string question = "The folder " + (work / "annual/OUTPUT").string() +
                                " holds the reports of the project \"" + (work / "annual.xml").string() +
                                "\".\r\nRunning \"gdp.xml\" will delete them.\r\n\r\nRun it all the same?";
-  RunState() = RunFlags{};
   host->answers.push_back(platform::mb::No);
   EXPECT_EQ(Run("gdp.xml"), kRunNothing);
   ASSERT_NE(host.Starting("The folder "), nullptr);
   EXPECT_EQ(host.Starting("The folder ")->text, question);
   EXPECT_TRUE(fs::exists(work / "annual/OUTPUT/NILE.PRO"));
   // Yes: the run takes the folder, and the next run of the same project asks nothing.
-  RunState() = RunFlags{};
   host->shown.clear();
   host->answers.push_back(platform::mb::Yes);
   EXPECT_EQ(Run("gdp.xml"), kRunAllForecast);
   EXPECT_FALSE(fs::exists(work / "annual/OUTPUT/NILE.PRO"));
   EXPECT_TRUE(fs::exists(work / "annual/OUTPUT/REALGDP.PRO"));
-  RunState() = RunFlags{};
   host->shown.clear();
   EXPECT_EQ(Run("gdp.xml"), kRunAllForecast);
   EXPECT_EQ(host.Starting("The folder "), nullptr);
@@ -165,7 +160,6 @@ TEST_F(UnattendedRunTest, CancelDuringTheThirdSeriesKeepsWhatWasDone) {
   ASSERT_NE(canceled, nullptr);
   EXPECT_EQ(canceled->title, "Tessaly RunEngine Call");
   EXPECT_FALSE(fs::exists(program / "KILLQUOR.QVX"));
-  EXPECT_FALSE(RunState().UnivariateRun);
 }
 
 // The program itself, as a person runs it: `tessaly PROJECT.xml` with no window. The sample
@@ -266,7 +260,6 @@ TEST_F(UnattendedRunTest, ALargeDatasetGetsATimeLimitWhenNoneIsGiven) {
                       "stopped after 2 seconds (--series-timeout SECONDS sets another limit).", "limit of 2 seconds."},
                {3, 2, "", "limit of 3 seconds."}};
   for (const auto& c : cases) {
-    RunState() = RunFlags{};
     host->shown.clear();
     EXPECT_EQ(Run("big.xml", c.given, c.large), kRunNothing);
     const auto* said = host.Starting("BIG.ASC holds");

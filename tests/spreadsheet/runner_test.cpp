@@ -66,7 +66,6 @@ class RunnerTest : public ::testing::Test {
     host.log = [this](const std::string& line) { log.push_back(line); };
     host.engine_call = [this](auto& a, auto& r, const auto& c) { return engine(a, r, c); };
     host.reports = reports;
-    batch::RunCanceled() = false;
   }
   // Row 1: the name heading and 24 months from 2001Jan; then the series rows.
   static std::vector<CellSpec> Header(const std::string& first = "2001Jan", int periods = 24) {

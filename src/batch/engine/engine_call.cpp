@@ -49,21 +49,26 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
                             const fs::path& program_folder, const EngineCallContext& context,
                             platform::ProgressWait& wait, const EngineCallHooks& hooks) {
   const bool private_folder = !hooks.engine_folder.empty() && hooks.engine_folder != program_folder;
+  // The run's engine state; a call made outside any run keeps its own for its length.
+  EngineSession own_session;
+  EngineCallContext call_context = context;
+  if (!call_context.session) call_context.session = &own_session;
+  EngineSession& session = *call_context.session;
   std::function<void()> kill_engines = hooks.kill_engines;
   if (!kill_engines) {
-    kill_engines = [private_folder, program_folder] {
-      KillRunEngines(private_folder ? std::optional<fs::path>(program_folder) : std::nullopt);
+    kill_engines = [&session, private_folder, program_folder] {
+      session.KillRunEngines(private_folder ? std::optional<fs::path>(program_folder) : std::nullopt);
     };
   }
 
   KeepControlFiles(program_folder);
 
-  // A fresh engine object for each call, in MyEngine so a cancel can reach it, and held
-  // here too so it outlives a cancel's reset of MyEngine.
-  MyEngine() = std::make_shared<EngineClient>(hooks.engine_folder.empty() ? program_folder
-                                                                           : hooks.engine_folder);
-  std::shared_ptr<EngineClient> engine = MyEngine();
-  engine->SetEngineReadyHandler([] { EngineFinished() = true; });
+  // A fresh engine object for each call, in the run's session so a cancel can reach it, and
+  // held here too so it outlives a cancel's reset of the session's.
+  session.engine = std::make_shared<EngineClient>(
+      hooks.engine_folder.empty() ? program_folder : hooks.engine_folder, &session);
+  std::shared_ptr<EngineClient> engine = session.engine;
+  engine->SetEngineReadyHandler([&session] { session.finished = true; });
   if (hooks.observer) engine->SetOperationObserver(hooks.observer);
 
   // The arrays in the contract's order.
@@ -88,10 +93,10 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   engine->SetArrayInput(true);
 
   // Start and wait.
-  EngineFinished() = false;
+  session.finished = false;
   if (hooks.ensure_ftable_links) hooks.ensure_ftable_links();
   engine->Start();
-  EngineWait work(*engine, engine->WorkingFolder(), context, kill_engines, hooks.cancel_grace);
+  EngineWait work(*engine, engine->WorkingFolder(), call_context, kill_engines, hooks.cancel_grace);
   work.SetTimeLimit(context.series_timeout.count() > 0 ? context.series_timeout : hooks.series_timeout);
   wait.Wait(work);
 
@@ -101,12 +106,12 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
 
   EngineCallResult result;
   // A cancel: no engine may outlive it, nor its stop request the next call.
-  if (RunCanceled()) {
+  if (session.canceled) {
     kill_engines();
     engine->Kill();
     engine->Poll();
     platform::RemoveNoCase(engine->WorkingFolder(), kKillFile);
-    MyEngine().reset();
+    session.engine.reset();
     platform::Dialogs().Message(kCanceledMessage, platform::mb::OKOnly, kCanceledTitle);
     result.outcome = EngineCallOutcome::Canceled;
     result.error_code = engine->ErrorCode();
@@ -134,7 +139,7 @@ EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& return
   result.error_code = engine->ErrorCode();
   arrays.error_code = result.error_code;
   result.failure_reason = engine->FailureReason();
-  MyEngine().reset();
+  session.engine.reset();
   return result;
 }
 

@@ -33,8 +33,8 @@ struct EngineReturn {
 struct EngineCallHooks {
   // Makes sure that the two F-table link files exist (the shell's part).
   std::function<void()> ensure_ftable_links;
-  // Stops every engine process on a cancel; empty: the engines this program started (see
-  // KillRunEngines), narrowed to the working folder when it is a private one.
+  // Stops every engine process on a cancel; empty: the engines this run started (see
+  // EngineSession::KillRunEngines), narrowed to the working folder when it is a private one.
   std::function<void()> kill_engines;
   // Where the qvxengine executable lies; empty: in the working folder given to the call.
   // A private working folder (parallel jobs, shards) names the program's folder here.
@@ -68,9 +68,8 @@ void RestoreControlFiles(const fs::path& folder);
 // One engine call. `arrays` holds the dataset's arrays on the way in (RunMode 4, or 6 from
 // the spreadsheet runner); on the way back every returned array replaces its own, except
 // property_values and series_data, which stay and come back in `returned`. The engine object
-// lives in MyEngine() during the call and is dropped at its end. The flags EngineFinished()
-// and RunCanceled() are the process-wide ones; after a cancel RunCanceled() stays set for
-// the caller, which ends its loop.
+// lives in the session of `context` during the call and is dropped at its end; after a cancel
+// the session's `canceled` stays set for the caller, which ends its loop.
 EngineCallResult CallEngine(quorvane::EngineArrays& arrays, EngineReturn& returned,
                             const fs::path& program_folder, const EngineCallContext& context,
                             platform::ProgressWait& wait, const EngineCallHooks& hooks = {});

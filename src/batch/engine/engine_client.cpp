@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -35,62 +36,54 @@ std::string LastLine(const fs::path& path) {
   return last.size() > kMost ? last.substr(0, kMost) : last;
 }
 
-std::vector<pid_t>& Record() {
-  static std::vector<pid_t> pids;
-  return pids;
-}
-
 // Whether this program has started an engine at all: until it has, an engine still running
-// can only be one left by a program that crashed.
-bool& EverRecorded() {
-  static bool ever = false;
-  return ever;
-}
-
-void Unrecord(pid_t pid) {
-  auto& pids = Record();
-  pids.erase(std::remove(pids.begin(), pids.end(), pid), pids.end());
-}
+// can only be one left by a program that crashed. A fact of the program, not of one run.
+std::atomic<bool> ever_recorded{false};
 
 }  // namespace
 
-std::vector<pid_t> RecordedEngines() { return Record(); }
+EngineSession::~EngineSession() {
+  // The client unrecords its process from this session as it goes.
+  engine.reset();
+}
 
-int KillRecordedEngines() {
+void EngineSession::Record(pid_t pid) {
+  std::lock_guard lock(record_mutex_);
+  pids_.push_back(pid);
+  ever_recorded = true;
+}
+
+void EngineSession::Unrecord(pid_t pid) {
+  std::lock_guard lock(record_mutex_);
+  pids_.erase(std::remove(pids_.begin(), pids_.end(), pid), pids_.end());
+}
+
+std::vector<pid_t> EngineSession::RecordedEngines() const {
+  std::lock_guard lock(record_mutex_);
+  return pids_;
+}
+
+int EngineSession::KillRecordedEngines() {
   int killed = 0;
-  for (pid_t pid : Record()) {
+  for (pid_t pid : RecordedEngines()) {
     if (::kill(pid, SIGKILL) == 0) ++killed;
   }
   // Each client reaps its own process; the record empties as they notice the end.
   return killed;
 }
 
-void KillRunEngines(const std::optional<fs::path>& only_in_folder) {
-  if (KillRecordedEngines() == 0 && (!EverRecorded() || only_in_folder))
+void EngineSession::KillRunEngines(const std::optional<fs::path>& only_in_folder) {
+  if (KillRecordedEngines() == 0 && (!ever_recorded || only_in_folder))
     platform::KillEngineProcesses(only_in_folder);
 }
 
-bool& EngineFinished() {
-  static bool flag = false;
-  return flag;
-}
-
-bool& RunCanceled() {
-  static bool flag = false;
-  return flag;
-}
-
-std::shared_ptr<EngineClient>& MyEngine() {
-  static std::shared_ptr<EngineClient> engine;
-  return engine;
-}
-
-EngineClient::EngineClient(fs::path program_folder) : program_folder_(std::move(program_folder)) {}
+EngineClient::EngineClient(fs::path program_folder, EngineSession* session)
+    : program_folder_(std::move(program_folder)), session_(session) {}
 
 EngineClient::~EngineClient() {
   pid_t pid = process_.Pid();
   process_.Kill();
-  Unrecord(pid);
+  if (session_) session_->Unrecord(pid);
   DropStderrFile();
 }
 
@@ -206,8 +199,8 @@ void EngineClient::Start() {
     ended_ = true;
     return;
   }
-  Record().push_back(process_.Pid());
-  EverRecorded() = true;
+  if (session_) session_->Record(process_.Pid());
+  else ever_recorded = true;
 }
 
 bool EngineClient::Running() const { return started_ && !ended_; }
@@ -215,7 +208,7 @@ bool EngineClient::Running() const { return started_ && !ended_; }
 void EngineClient::Kill() {
   pid_t pid = process_.Pid();
   process_.Kill();
-  Unrecord(pid);
+  if (session_) session_->Unrecord(pid);
 }
 
 void EngineClient::KillForTimeLimit(int seconds) {
@@ -271,7 +264,7 @@ bool EngineClient::Poll() {
   if (!started_) return false;
   if (!ended_) {
     if (!process_.Poll()) return false;
-    Unrecord(process_.Pid());
+    if (session_) session_->Unrecord(process_.Pid());
     FinishWork();
   }
   if (!ready_raised_) {

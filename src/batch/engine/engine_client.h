@@ -1,14 +1,16 @@
 #pragma once
-// The engine object as the front-end holds it (`MyEngine`). Each setter keeps a copy of the
-// caller's array at the contract's bound; each getter replaces the caller's array. `Start`
-// writes the request into the working folder, starts the qvxengine process there and returns
-// at once; `Poll` notices the end of the process, takes the response in, and raises
+// The engine object as the front-end holds it (a run's `EngineSession::engine`). Each setter
+// keeps a copy of the caller's array at the contract's bound; each getter replaces the caller's
+// array. `Start` writes the request into the working folder, starts the qvxengine process there
+// and returns at once; `Poll` notices the end of the process, takes the response in, and raises
 // `EngineReady` on the caller's thread. An engine that crashes, is killed or leaves no valid
 // response is a failure of this one dataset (kEngineFailedCode), never of the front-end.
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,14 +34,50 @@ inline constexpr const char* kEngineExecutable = "qvxengine";
 // error to QVX." is the engine's own word for an abnormal stop, and tells the user what to do.
 constexpr int16_t kEngineFailedCode = 1;
 
-// The flags the run shares with the engine's event and the cancel buttons (one thread).
-bool& EngineFinished();
-bool& RunCanceled();
+class EngineClient;
+
+// One run's engine: what the run shares with its engine calls, their waits and its cancel
+// button. Whoever starts a run owns one and hands it on (in each call's EngineCallContext);
+// two runs in one program have two, and a cancel of one stops its own engines only.
+class EngineSession {
+ public:
+  EngineSession() = default;
+  ~EngineSession();
+  EngineSession(const EngineSession&) = delete;
+  EngineSession& operator=(const EngineSession&) = delete;
+
+  // Raised by the engine's EngineReady for the call under way.
+  bool finished = false;
+  // The run was cancelled (the cancel button, Ctrl-C, KILLQUOR.QVX). It stays set after the
+  // engine call so that the run's loop ends; the run clears it when it starts.
+  std::atomic<bool> canceled{false};
+  // The engine object of the series in hand, or none.
+  std::shared_ptr<EngineClient> engine;
+
+  // The engine processes this run's clients have started and that have not yet ended.
+  std::vector<pid_t> RecordedEngines() const;
+  // Kills every engine in the record; returns how many were killed. Each client reaps its own.
+  int KillRecordedEngines();
+  // The cancel's kill: the engines in the record. With `only_in_folder` (a private working
+  // folder) also any engine still working there. Without, and only while this program has
+  // never started an engine (so one still running was left by a program that crashed), every
+  // engine of the user's by name.
+  void KillRunEngines(const std::optional<fs::path>& only_in_folder = std::nullopt);
+
+ private:
+  friend class EngineClient;
+  void Record(pid_t pid);
+  void Unrecord(pid_t pid);
+
+  mutable std::mutex record_mutex_;
+  std::vector<pid_t> pids_;
+};
 
 class EngineClient {
  public:
-  // `program_folder` holds the qvxengine executable.
-  explicit EngineClient(fs::path program_folder);
+  // `program_folder` holds the qvxengine executable; the processes this client starts are
+  // recorded in `session` (none: in no run's record).
+  explicit EngineClient(fs::path program_folder, EngineSession* session = nullptr);
   ~EngineClient();
   EngineClient(const EngineClient&) = delete;
   EngineClient& operator=(const EngineClient&) = delete;
@@ -127,6 +165,7 @@ class EngineClient {
   void DropStderrFile();
 
   fs::path program_folder_;
+  EngineSession* session_ = nullptr;
   EngineArrays arrays_;
   platform::ChildProcess process_;
   bool started_ = false;
@@ -138,20 +177,6 @@ class EngineClient {
   std::function<void()> ready_handler_;
   std::function<void(std::string_view)> observer_;
 };
-
-// The record of the engine processes this program has started and that have not yet ended:
-// a cancel ends these and no one else's. Empty when none runs.
-std::vector<pid_t> RecordedEngines();
-// Kills every engine in the record and waits for each; returns how many were killed.
-int KillRecordedEngines();
-// The cancel's kill: the engines in the record. With `only_in_folder` (a private working
-// folder) also any engine still working there. Without, and only while this program has
-// never started an engine (so one still running was left by a program that crashed), every
-// engine of the user's by name.
-void KillRunEngines(const std::optional<fs::path>& only_in_folder = std::nullopt);
-
-// The engine variable of the main form: the object of the series in hand, or none.
-std::shared_ptr<EngineClient>& MyEngine();
 
 // Creates an engine object by its ProgID: proves that the engine can be started (its
 // executable lies in the program's folder and may be run). With `log` given, writes the ProgID

@@ -36,13 +36,14 @@ void EngineWait::Poll() {
   }
 }
 
-bool EngineWait::Finished() const { return EngineFinished(); }
+bool EngineWait::Finished() const { return context_.session ? context_.session->finished : !client_.Running(); }
 
 void EngineWait::Cancel() {
   if (cancel_requested_) return;
-  // An engine that never sees the request is killed when the grace period is over.
-  (void)WriteKillRequest(work_folder_);
-  RunCanceled() = true;
+  // An engine that has already answered has nothing to stop: the run ends as a cancel does.
+  // One that never sees the request is killed when the grace period is over.
+  if (!Finished()) (void)WriteKillRequest(work_folder_);
+  if (context_.session) context_.session->canceled = true;
   cancel_requested_ = true;
   cancel_time_ = Clock::now();
 }

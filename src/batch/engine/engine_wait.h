@@ -1,7 +1,7 @@
 #pragma once
 // The engine run that a progress wait watches: polling the client (whose EngineReady sets
-// EngineFinished), the stage label, and the cancel: KILLQUOR.QVX with " Outahere" and
-// RunCanceled, then, when the engine has not ended within a short grace period, its kill.
+// the run's `finished`), the stage label, and the cancel: KILLQUOR.QVX with " Outahere" and
+// the run's `canceled`, then, when the engine has not ended within a short grace period, its kill.
 // Without that kill an engine that never looks for the file would hold the wait forever.
 #include <chrono>
 #include <filesystem>
@@ -14,6 +14,7 @@ namespace tessaly::batch {
 
 namespace fs = std::filesystem;
 class EngineClient;
+class EngineSession;
 
 inline constexpr const char* kKillFile = "KILLQUOR.QVX";
 inline constexpr const char* kKillFileLine = " Outahere";
@@ -29,6 +30,9 @@ struct EngineCallContext {
   std::string series_name;
   // A time limit of this call that replaces the run's (a large dataset's own); zero: the run's.
   std::chrono::seconds series_timeout{0};
+  // The run the call belongs to: its engine, its flags, its record of engines. None: the call
+  // keeps its own for its length.
+  EngineSession* session = nullptr;
 };
 
 class EngineWait : public platform::WaitedWork {

@@ -175,7 +175,7 @@ void frmProgress::btnCancelClick() {
   }
   if (state_.finished()) {
     // The engine is done: the run ends as a cancel does, and nothing waits any longer.
-    RunCanceled() = true;
+    if (engine_) engine_->Cancel();
     accept();
     return;
   }

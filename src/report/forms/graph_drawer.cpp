@@ -344,8 +344,9 @@ bool DrawGraphFile(const GraphPlan& plan, const std::filesystem::path& file, Gra
     if (line.values.size() != plan.labels.size()) return false;
   if (!EnsureGuiApplication()) return false;
   // One canvas serves every picture of that size: a fresh 2 MB image per picture costs
-  // more in page faults than the painting itself.
-  static QImage image;
+  // more in page faults than the painting itself. One per thread, as two runs in one program
+  // may draw at once.
+  static thread_local QImage image;
   if (image.width() != size.width || image.height() != size.height)
     image = QImage(size.width, size.height, QImage::Format_RGB32);
   if (image.isNull()) return false;

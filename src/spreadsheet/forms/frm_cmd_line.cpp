@@ -229,7 +229,8 @@ void frmCmdLine::cmdRun_Click() {
   current_row_ = nullptr;
   Log(texts::kRunStarted + platform::dates::FormatTime(platform::dates::Now()));
   running_ = true;
-  batch::RunCanceled() = false;
+  session_->canceled = false;
+  host.session = session_;
   cmdRun->setEnabled(false);
   last_ = XLSEngine(file_, cboWorksheet->currentText().toStdString(), settings, host);
   running_ = false;
@@ -241,7 +242,7 @@ void frmCmdLine::cmdRun_Click() {
 
 void frmCmdLine::cmdCancel_Click() {
   if (running_) {
-    batch::RunCanceled() = true;
+    session_->canceled = true;
     return;
   }
   reject();

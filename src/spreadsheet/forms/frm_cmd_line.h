@@ -57,6 +57,8 @@ class frmCmdLine : public QDialog {
   std::filesystem::path file_;
   std::shared_ptr<batch::RunReports> reports_;
   batch::EngineCallFunction engine_call_;
+  // The running sheet's engine state: Cancel sets it while the sheet runs.
+  std::shared_ptr<batch::EngineSession> session_ = std::make_shared<batch::EngineSession>();
   RunnerResult last_;
   bool running_ = false;
   QTreeWidgetItem* current_row_ = nullptr;

@@ -43,7 +43,7 @@ struct CallFixture : ::testing::Test {
   EngineCallResult Call(FakeEngineFolder& folder) {
     hooks.kill_engines = folder.Killer();
     hooks.ensure_ftable_links = [this] { ++ftable_checks; };
-    return CallEngine(arrays, returned, folder.path(), {2, 5, "SALES"}, wait, hooks);
+    return CallEngine(arrays, returned, folder.path(), flags.Context(2, 5, "SALES"), wait, hooks);
   }
 };
 
@@ -98,9 +98,9 @@ TEST_F(CallFixture, ReturnedArraysTakeTheirPlacesInTheContractsOrder) {
   EXPECT_EQ(ReadFile(folder / "FAKECALL.TXT"), fs::canonical(folder.path()).string() + "\n0\n");
   EXPECT_FALSE(fs::exists(folder / quorvane::kRequestFile));
   EXPECT_FALSE(fs::exists(folder / quorvane::kResponseFile));
-  EXPECT_EQ(MyEngine(), nullptr);
-  EXPECT_TRUE(EngineFinished());
-  EXPECT_FALSE(RunCanceled());
+  EXPECT_EQ(flags.session.engine, nullptr);
+  EXPECT_TRUE(flags.session.finished);
+  EXPECT_FALSE(flags.session.canceled);
   EXPECT_TRUE(flags.dialogs->shown.empty());
   EXPECT_FALSE(folder.EngineLeft());
 }
@@ -166,7 +166,7 @@ TEST_F(CallFixture, MissingEngineFailsTheDatasetWithoutHanging) {
   EngineCallResult r = Call(folder);
   EXPECT_EQ(r.error_code, kEngineFailedCode);
   EXPECT_NE(r.failure_reason.find("could not be started"), std::string::npos);
-  EXPECT_TRUE(EngineFinished());
+  EXPECT_TRUE(flags.session.finished);
 }
 
 TEST_F(CallFixture, StaleAnswerIsNeverTakenForANewOne) {
@@ -191,7 +191,7 @@ TEST_F(CallFixture, CancelHonouredByTheEngineEndsWithCode21) {
   EngineCallResult r = Call(folder);
   EXPECT_EQ(r.outcome, EngineCallOutcome::Canceled);
   EXPECT_EQ(r.error_code, quorvane::kUserTerminated);
-  EXPECT_TRUE(RunCanceled());
+  EXPECT_TRUE(flags.session.canceled);
   EXPECT_EQ(ReadFile(folder / "KILLSEEN.TXT"), " Outahere\r\n");
   EXPECT_LT(wait.waited, std::chrono::seconds(10));
   ASSERT_EQ(flags.dialogs->shown.size(), 1u);
@@ -199,7 +199,7 @@ TEST_F(CallFixture, CancelHonouredByTheEngineEndsWithCode21) {
   EXPECT_EQ(flags.dialogs->shown[0].title, "Tessaly RunEngine Call");
   EXPECT_FALSE(folder.EngineLeft());
   EXPECT_FALSE(fs::exists(folder / "STAGE2.123"));
-  EXPECT_EQ(MyEngine(), nullptr);
+  EXPECT_EQ(flags.session.engine, nullptr);
   // A cancelled call reads nothing back.
   EXPECT_EQ(arrays.series_names[0], "SALES");
   EXPECT_TRUE(returned.returned_data_prop.empty());
@@ -226,7 +226,7 @@ TEST_F(CallFixture, CancelOfAHungEngineKillsItAfterTheGracePeriod) {
   ASSERT_EQ(flags.dialogs->shown.size(), 1u);
   EXPECT_EQ(flags.dialogs->shown[0].text, "Operation Canceled by user");
 
-  RunCanceled() = false;
+  flags.session.canceled = false;
   wait.cancel_when = nullptr;
   folder.SetMode("answer");
   r = Call(folder);
@@ -239,7 +239,7 @@ TEST_F(CallFixture, CancelAfterEngineReadyStillEndsAsCancelled) {
   wait.cancel_after_finish = true;
   EngineCallResult r = Call(folder);
   EXPECT_EQ(r.outcome, EngineCallOutcome::Canceled);
-  EXPECT_TRUE(RunCanceled());
+  EXPECT_TRUE(flags.session.canceled);
   EXPECT_FALSE(folder.EngineLeft());
   ASSERT_EQ(flags.dialogs->shown.size(), 1u);
   EXPECT_EQ(flags.dialogs->shown[0].title, "Tessaly RunEngine Call");

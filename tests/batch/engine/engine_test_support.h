@@ -74,15 +74,15 @@ class ScriptedWait : public platform::ProgressWait {
   void LetEventsRun() override { ++events_let_run; }
 };
 
-// Records the messages and clears the run flags for one test.
+// Records the messages and holds the engine state of the test's run.
 struct RunFlagsReset {
   tessaly::testing::RecordedMessages dialogs;
-  RunFlagsReset() {
-    EngineFinished() = false;
-    RunCanceled() = false;
-    MyEngine().reset();
+  EngineSession session;
+  EngineCallContext Context(int number, int count, std::string name) {
+    EngineCallContext context{number, count, std::move(name)};
+    context.session = &session;
+    return context;
   }
-  ~RunFlagsReset() { RunCanceled() = false; }
 };
 
 }  // namespace tessaly::batch::test
