@@ -235,6 +235,7 @@ void frmProgress::RestorePointer() {
 
 void frmProgress::BeginRun(int dataset_count) {
   in_run_ = true;
+  engine_canceled_ = false;
   loaded_ = true;
   const double now = TimeOfDayNow();
   run_.BeginRun(dataset_count, now);
@@ -294,6 +295,7 @@ void frmProgress::WaitForEngine(platform::WaitedWork& work) {
     engine_loop_ = nullptr;
   }
   poll_timer_->stop();
+  if (work.CancelRequested()) engine_canceled_ = true;
   run_.EngineStage(work.StageText());
   engine_ = nullptr;
   ShowRun();
@@ -303,7 +305,7 @@ void frmProgress::EndRun() {
   Timer1->stop();
   poll_timer_->stop();
   run_.EndRun(TimeOfDayNow());
-  const bool canceled = RunCanceled() || run_.stop_requested();
+  const bool canceled = engine_canceled_ || run_.stop_requested();
   btnCancel->setVisible(false);
   lblProgress->setVisible(false);
   ProgressBar1->setVisible(false);

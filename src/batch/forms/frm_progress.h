@@ -87,6 +87,7 @@ class frmProgress : public QDialog {
   int close_ms_ = kProgressCloseMs;
   RunProgressState run_;
   bool in_run_ = false;
+  bool engine_canceled_ = false;  // an engine of this run was asked to stop
   QEventLoop* engine_loop_ = nullptr;
 };
 
