@@ -204,8 +204,8 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
     }
   }
   const int K = static_cast<int>(Q.cols());
-  const Eigen::MatrixXd Qt = Q.transpose();  // one observation's row per column, contiguous
   Eigen::VectorXd proj(K);
+  const Eigen::Map<const Eigen::VectorXd> ev(e.data(), m);
 
   for (int type : EnabledTypes(opt)) {
     const auto [lo, hi] = CandidateRange(type, n, orders, opt);
@@ -234,14 +234,14 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       // pass linear in the length; by then a pulse's trace has died away and a step or a
       // trend is measured over plenty.
       const int span = std::min(n - T, kMaxSpan);
-      double num = 0.0;
-      const double* et = e.data() + (T - burn);
-      for (int j = 0; j < span; ++j) num += et[j] * c[j];
+      // Dot products over the span, one per column: the place's cost is a few vector
+      // passes, which the candidates of every pass of the detection add up to.
+      const Eigen::Map<const Eigen::VectorXd> cs(c.data(), span);
+      const double num = ev.segment(T - burn, span).dot(cs);
       const double own = cum[span - 1];
       double den = own;
       if (K > 0) {
-        proj.setZero();
-        for (int j = 0; j < span; ++j) proj += c[j] * Qt.col(T - burn + j);
+        for (int k = 0; k < K; ++k) proj(k) = Q.col(k).segment(T - burn, span).dot(cs);
         den -= proj.squaredNorm();
       }
       if (ramps) {

@@ -81,15 +81,36 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   const int k = static_cast<int>(X.size());
   const int cols = k + (orders.constant ? 1 : 0);
   if (k == 0 || m <= cols + 1) return false;
-  // The coefficients stay fixed here, so each place's whitened column is made once.
+  // The coefficients stay fixed here, so each place's whitened column is made once. The
+  // filter starts from zeros and every place lies where the differencing has begun, so a
+  // place's column is the column of the first place shifted: one filter pass per type.
+  const int burn = BurnIn(orders);
+  std::unordered_map<int, Eigen::VectorXd> first_column;
+  auto whitened = [&](int type, int T, Eigen::VectorXd& c) {
+    if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
+      c.resize(0);
+  };
   std::unordered_map<long long, Eigen::VectorXd> cache;
   auto column = [&](int type, int T) -> const Eigen::VectorXd* {
     const long long key = static_cast<long long>(type) * (n + 1) + T;
     auto it = cache.find(key);
     if (it == cache.end()) {
       Eigen::VectorXd c;
-      if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
-        c.resize(0);
+      const int shift = T - burn;
+      if (shift < 0 || shift >= m) {
+        whitened(type, T, c);
+      } else {
+        auto b = first_column.find(type);
+        if (b == first_column.end()) {
+          Eigen::VectorXd f;
+          whitened(type, burn, f);
+          b = first_column.emplace(type, std::move(f)).first;
+        }
+        if (b->second.size() == m) {
+          c = Eigen::VectorXd::Zero(m);
+          c.tail(m - shift) = b->second.head(m - shift);
+        }
+      }
       it = cache.emplace(key, std::move(c)).first;
     }
     return it->second.size() == m ? &it->second : nullptr;
@@ -117,19 +138,41 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     const Eigen::VectorXd b = ldlt.solve(bw);
     return std::max(ww - b.dot(bw), 0.0);
   };
+  // A column's products with the design as it stands and with the series, made once for
+  // each design: the trials of a round try the same columns many times over.
+  struct Products {
+    int design = -1;
+    Eigen::VectorXd cross;
+    double own = 0.0, with_series = 0.0;
+  };
+  int design = 0;
+  std::unordered_map<const Eigen::VectorXd*, Products> products;
+  auto products_of = [&](const Eigen::VectorXd& c) -> const Products& {
+    Products& p = products[&c];
+    if (p.design < 0) {
+      p.own = c.squaredNorm();
+      p.with_series = c.dot(ws);
+    }
+    if (p.design != design) {
+      p.cross = A.transpose() * c;
+      p.design = design;
+    }
+    return p;
+  };
   // Column j of the design taken to be c (A's other columns as they stand, or column i
   // replaced by ci when given).
   auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c, int i = -1,
                      const Eigen::VectorXd* ci = nullptr) {
-    Eigen::VectorXd cross = A.transpose() * c;
-    if (ci) cross(i) = ci->dot(c);
-    cross(j) = c.squaredNorm();
-    Gm.col(j) = cross;
-    Gm.row(j) = cross.transpose();
-    bw(j) = c.dot(ws);
+    const Products& p = products_of(c);
+    Gm.col(j) = p.cross;
+    if (ci) Gm(i, j) = ci->dot(c);
+    Gm(j, j) = p.own;
+    Gm.row(j) = Gm.col(j).transpose();
+    bw(j) = p.with_series;
   };
   auto commit = [&](int j, const Eigen::VectorXd& c) {
     A.col(j) = c;
+    ++design;
     swap_in(G, Aw, j, c);
   };
   double now = ssr(G, Aw);
