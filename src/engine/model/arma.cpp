@@ -178,10 +178,11 @@ class ChandrasekharFilter {
     TW_ = W_;
     Advance(TW_);
     const double fn = f + M_ * w0 * w0;
+    const double mw = M_ * w0, inv = 1.0 / fn;
     for (int i = 0; i < r_; ++i) {
       const double g = G[i];
-      G[i] = g + TW_[i] * M_ * w0;
-      W_[i] = (TW_[i] * f - g * w0) / fn;
+      G[i] = g + TW_[i] * mw;
+      W_[i] = (TW_[i] * f - g * w0) * inv;
     }
     M_ = M_ * fn / f;
     f = fn;
@@ -226,15 +227,17 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
     kf.Advance(aw);
+    const double s1 = v1 / f;
     if (with_mean) {
       kf.Advance(ax);
+      const double s2 = v2 / f;
       for (int i = 0; i < r; ++i) {
-        aw[i] += G[i] * v1 / f;
-        ax[i] += G[i] * v2 / f;
+        aw[i] += G[i] * s1;
+        ax[i] += G[i] * s2;
       }
     } else {
       // Without a mean the unit series' filter is not needed: its errors stay unused.
-      for (int i = 0; i < r; ++i) aw[i] += G[i] * v1 / f;
+      for (int i = 0; i < r; ++i) aw[i] += G[i] * s1;
     }
     kf.NextGain();
   }
@@ -310,7 +313,8 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
       const double e = (*series[j])[t] - aj[0];
       v[j][t] = e;
       kf.Advance(aj);
-      for (int i = 0; i < r; ++i) aj[i] += G[i] * e / f;
+      const double se = e / f;
+      for (int i = 0; i < r; ++i) aj[i] += G[i] * se;
     }
     kf.NextGain();
   }
