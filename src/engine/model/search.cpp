@@ -8,12 +8,21 @@
 
 namespace quorvane {
 
+// Every root of 1 - sum a_k z^k at modulus 1.01 or more is every root of 1 - sum a_k
+// (1.01 w)^k outside the unit circle: the step-down test of that polynomial, in the square of
+// its order, in place of the eigenvalues of a companion matrix of two seasonal cycles.
 bool RootsClearOfUnitCircle(const ArimaFit& fit) {
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
-  std::vector<double> ma(theta.size());
-  for (size_t i = 0; i < theta.size(); ++i) ma[i] = -theta[i];
-  return SmallestRootModulus(phi) >= 1.01 && SmallestRootModulus(ma) >= 1.01;
+  auto clear = [](std::vector<double> a, double sign) {
+    double scale = 1.0;
+    for (double& v : a) {
+      scale *= 1.01;
+      v *= sign * scale;
+    }
+    return IsStationary(a);
+  };
+  return clear(phi, 1.0) && clear(theta, -1.0);
 }
 
 ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, const CandidateFit& fit,
