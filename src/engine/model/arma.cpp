@@ -148,7 +148,7 @@ namespace {
 class ChandrasekharFilter {
  public:
   ChandrasekharFilter(const std::vector<double>& phi, const std::vector<double>& gamma, int r)
-      : G(r), r_(r), W_(r), TW_(r) {
+      : G(r), r_(r), W_(r) {
     // The nonzero AR lags only: seasonal models have few among many.
     for (int k = 1; k <= static_cast<int>(phi.size()); ++k)
       if (phi[k - 1] != 0.0) {
@@ -175,14 +175,17 @@ class ChandrasekharFilter {
   void NextGain() {
     if (steady_) return;
     const double w0 = W_[0];
-    TW_ = W_;
-    Advance(TW_);
     const double fn = f + M_ * w0 * w0;
     const double mw = M_ * w0, inv = 1.0 / fn;
+    // T W is W shifted up with the AR row last: W is updated in place, each element read
+    // (as the one before's shifted value) before it is written.
+    double last = 0.0;
+    for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * W_[r_ - lag_[m]];
     for (int i = 0; i < r_; ++i) {
+      const double tw = i + 1 < r_ ? W_[i + 1] : last;
       const double g = G[i];
-      G[i] = g + TW_[i] * mw;
-      W_[i] = (TW_[i] * f - g * w0) * inv;
+      G[i] = g + tw * mw;
+      W_[i] = (tw * f - g * w0) * inv;
     }
     M_ = M_ * fn / f;
     f = fn;
@@ -195,7 +198,7 @@ class ChandrasekharFilter {
  private:
   int r_;
   std::vector<int> lag_;
-  std::vector<double> coef_, W_, TW_;
+  std::vector<double> coef_, W_;
   double M_ = 0.0;
   bool steady_ = false;
 };
