@@ -203,6 +203,22 @@ class ChandrasekharFilter {
   bool steady_ = false;
 };
 
+// The sum of the logarithms of the prediction variances, taken as the logarithms of their
+// products over runs of values: a logarithm per run instead of one per observation. The
+// variances lie between the innovation variance (1) and the series' variance, so a run's
+// product stays far from overflow when cut off at 1e150.
+double SumOfLogs(const std::vector<double>& F) {
+  double sum = 0.0, product = 1.0;
+  for (double f : F) {
+    if (product > 1e150 || product < 1e-150) {
+      sum += std::log(product);
+      product = 1.0;
+    }
+    product *= f;
+  }
+  return sum + std::log(product);
+}
+
 }  // namespace
 
 ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi,
@@ -249,8 +265,8 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   for (int t = 0; t < n; ++t) {
     sxx += vx[t] * vx[t] / F[t];
     sxw += vx[t] * vw[t] / F[t];
-    sumlogf += std::log(F[t]);
   }
+  sumlogf = SumOfLogs(F);
   double beta = 0.0;
   if (with_mean) {
     if (!(sxx > 0.0)) return out;
@@ -321,8 +337,7 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
     }
     kf.NextGain();
   }
-  double sumlogf = 0.0;
-  for (int t = 0; t < n; ++t) sumlogf += std::log(F[t]);
+  const double sumlogf = SumOfLogs(F);
   const double g = std::exp(sumlogf / (2.0 * n));
   for (int j = 0; j < k; ++j) {
     double ssq = 0.0;
