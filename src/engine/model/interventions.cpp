@@ -175,6 +175,84 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     ++design;
     swap_in(G, Aw, j, c);
   };
+  // A trial replaces one or two columns: the regression on the columns kept is solved once
+  // for all the trials of those columns, and each trial's sum of squares is what the new
+  // columns take off it (their Schur complement), the products of two or three small
+  // vectors instead of a factorisation of the whole design.
+  struct Kept {
+    std::vector<int> index;
+    Eigen::LDLT<Eigen::MatrixXd> ldlt;
+    Eigen::VectorXd u;  // the kept columns' coefficients on the series
+    double base = 0.0;  // their residual sum of squares
+    double top = 0.0;   // their largest own product, the scale of the singularity test
+    bool ok = false;
+  };
+  auto keep_all_but = [&](int a, int b) {
+    Kept kept;
+    for (int i = 0; i < cols; ++i)
+      if (i != a && i != b) kept.index.push_back(i);
+    const int r = static_cast<int>(kept.index.size());
+    Eigen::MatrixXd Gk(r, r);
+    Eigen::VectorXd bk(r);
+    for (int x = 0; x < r; ++x) {
+      bk(x) = Aw(kept.index[x]);
+      for (int y = 0; y < r; ++y) Gk(x, y) = G(kept.index[x], kept.index[y]);
+    }
+    kept.base = ww;
+    kept.ok = true;
+    if (r > 0) {
+      kept.top = Gk.diagonal().maxCoeff();
+      kept.ldlt.compute(Gk);
+      kept.ok = kept.ldlt.info() == Eigen::Success && kept.ldlt.vectorD().minCoeff() > 1e-10 * kept.top;
+      if (kept.ok) {
+        kept.u = kept.ldlt.solve(bk);
+        kept.base = ww - bk.dot(kept.u);
+      }
+    }
+    return kept;
+  };
+  // The sum of squares with the kept columns and c1 (and c2); infinite when the columns are
+  // (nearly) collinear.
+  auto trial = [&](const Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
+    const double inf = std::numeric_limits<double>::infinity();
+    if (!kept.ok) return inf;
+    const int r = static_cast<int>(kept.index.size());
+    const int t = c2 ? 2 : 1;
+    const Products* p[2] = {&products_of(c1), c2 ? &products_of(*c2) : nullptr};
+    Eigen::MatrixXd Xk(r, t);
+    for (int x = 0; x < r; ++x)
+      for (int y = 0; y < t; ++y) Xk(x, y) = p[y]->cross(kept.index[x]);
+    Eigen::Matrix2d S;
+    Eigen::Vector2d g;
+    S(0, 0) = p[0]->own;
+    g(0) = p[0]->with_series;
+    if (c2) {
+      S(1, 1) = p[1]->own;
+      S(0, 1) = S(1, 0) = c1.dot(*c2);
+      g(1) = p[1]->with_series;
+    }
+    double top = kept.top;
+    for (int y = 0; y < t; ++y) top = std::max(top, S(y, y));
+    if (r > 0) {
+      const Eigen::MatrixXd Y = kept.ldlt.solve(Xk);
+      const Eigen::MatrixXd XY = Xk.transpose() * Y;
+      const Eigen::VectorXd Xu = Xk.transpose() * kept.u;
+      for (int x = 0; x < t; ++x) {
+        g(x) -= Xu(x);
+        for (int y = 0; y < t; ++y) S(x, y) -= XY(x, y);
+      }
+    }
+    const double tol = 1e-10 * top;
+    if (!(S(0, 0) > tol)) return inf;
+    double fall = g(0) * g(0) / S(0, 0);
+    if (c2) {
+      const double s11 = S(1, 1) - S(0, 1) * S(0, 1) / S(0, 0);
+      if (!(s11 > tol)) return inf;
+      const double g1 = g(1) - S(0, 1) / S(0, 0) * g(0);
+      fall += g1 * g1 / s11;
+    }
+    return std::max(kept.base - fall, 0.0);
+  };
   double now = ssr(G, Aw);
   if (!std::isfinite(now)) return false;
   bool any = false;
@@ -185,6 +263,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       DetectedIntervention best = found[j];
       const Eigen::VectorXd* best_col = nullptr;
       double best_ssr = now;
+      const Kept kept = keep_all_but(j, -1);
       for (int type : EnabledTypes(opt)) {
         const auto [lo, hi] = CandidateRange(type, n, orders, opt);
         for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
@@ -194,10 +273,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
           if (clash) continue;
           const Eigen::VectorXd* c = column(type, T);
           if (!c) continue;
-          Eigen::MatrixXd Gt = G;
-          Eigen::VectorXd bt = Aw;
-          swap_in(Gt, bt, j, *c);
-          const double v = ssr(Gt, bt);
+          const double v = trial(kept, *c);
           if (v < best_ssr * (1.0 - 1e-9)) {
             best_ssr = v;
             best.type = type;
@@ -225,21 +301,16 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
         const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
         int bi = found[i].index, bj = found[j].index;
         double best_ssr = now;
+        const Kept kept = keep_all_but(i, j);
         for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
           if (Ti == found[i].index) continue;
           const Eigen::VectorXd* ci = column(found[i].type, Ti);
           if (!ci) continue;
-          Eigen::MatrixXd Gi = G;
-          Eigen::VectorXd bi_w = Aw;
-          swap_in(Gi, bi_w, i, *ci);
           for (int Tj = std::max(loj, found[j].index - 2); Tj <= std::min(hij, found[j].index + 2); ++Tj) {
             if (Tj == found[j].index) continue;
             const Eigen::VectorXd* cj = column(found[j].type, Tj);
             if (!cj) continue;
-            Eigen::MatrixXd Gt = Gi;
-            Eigen::VectorXd bt = bi_w;
-            swap_in(Gt, bt, j, *cj, i, ci);
-            const double v = ssr(Gt, bt);
+            const double v = trial(kept, *ci, cj);
             if (v < best_ssr * (1.0 - 1e-9)) {
               best_ssr = v;
               bi = Ti;
