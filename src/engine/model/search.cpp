@@ -1,5 +1,7 @@
 #include "engine/model/search.h"
 
+#include "engine/model/series_stats.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -98,6 +100,36 @@ ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, con
   return best;
 }
 
+namespace {
+
+// On a short nonseasonal series the stepwise walk can stop at a poor local choice (a
+// cycle of a few years read as a random walk's drift), and every order within the limits
+// costs little there: all are fitted, and one with a lower AICc than the walk's choice
+// replaces it.
+constexpr int kWideSearchLength = 120;
+void WideSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
+                ArimaFit& best, std::vector<SearchStep>* trail) {
+  if (period > 1 || D > 0 || static_cast<int>(z.size()) > kWideSearchLength) return;
+  ConvergenceCriteria quick = o.criteria;
+  quick.polish = false;
+  for (int p = 0; p <= o.max_p; ++p)
+    for (int q = 0; q <= o.max_q && p + q <= o.max_order; ++q)
+      for (int c = 0; c < 2; ++c) {
+        ArimaOrders s;
+        s.d = d; s.p = p; s.q = q;
+        s.constant = c == 1;
+        if (s.constant && !(o.allow_constant && d <= 1)) continue;
+        ArimaFit f = FitArima(z, s, quick, false);
+        const bool usable = f.ok && std::isfinite(f.aicc) && RootsClearOfUnitCircle(f);
+        if (usable && (!best.ok || f.aicc < best.aicc - 1e-9)) {
+          if (trail) trail->push_back({s.Name(), f.aicc, usable});
+          best = std::move(f);
+        }
+      }
+}
+
+}  // namespace
+
 ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
                         std::vector<SearchStep>* trail) {
   // Seasonal orders need the cycles to estimate them: at least three per order after
@@ -109,7 +141,7 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
     limits.max_P = std::min(o.max_P, cap);
     limits.max_Q = std::min(o.max_Q, cap);
   }
-  return StepwiseWalk(
+  ArimaFit best = StepwiseWalk(
       d, D, period, limits,
       [&](const ArimaOrders& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
         return FitArima(z, s, quick, false, start);
@@ -117,6 +149,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
       [&](const ArimaOrders& s, const ArimaFit& f, bool usable) {
         if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
       });
+  WideSearch(z, d, D, period, o, best, trail);
+  return best;
 }
 
 }  // namespace quorvane
