@@ -159,13 +159,10 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     }
     return p;
   };
-  // Column j of the design taken to be c (A's other columns as they stand, or column i
-  // replaced by ci when given).
-  auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c, int i = -1,
-                     const Eigen::VectorXd* ci = nullptr) {
+  // Column j of the design taken to be c, A's other columns as they stand.
+  auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c) {
     const Products& p = products_of(c);
     Gm.col(j) = p.cross;
-    if (ci) Gm(i, j) = ci->dot(c);
     Gm(j, j) = p.own;
     Gm.row(j) = Gm.col(j).transpose();
     bw(j) = p.with_series;
