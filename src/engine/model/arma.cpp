@@ -85,41 +85,53 @@ std::vector<double> PsiWeights(const std::vector<double>& phi, const std::vector
   return psi;
 }
 
+// The ARMA w = theta(B) x with x = a / phi(B): the autocovariances of x come from the
+// partial autocorrelations of phi (the step-down recursion and back), in the square of the
+// AR order rather than the cube of a linear system, which matters for seasonal models whose
+// AR polynomial spans several cycles; those of w are sums of x's over the lags of theta.
 std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const std::vector<double>& theta,
                                         int max_lag) {
-  const int p = static_cast<int>(phi.size());
-  const int q = static_cast<int>(theta.size());
   if (!IsStationary(phi)) return {};
+  std::vector<double> ar = phi;
+  while (!ar.empty() && ar.back() == 0.0) ar.pop_back();
+  const int p = static_cast<int>(ar.size());
+  const int q = static_cast<int>(theta.size());
   const int m = std::max(max_lag, 0);
-  std::vector<double> psi = PsiWeights(phi, theta, q + 1);
-  // c(k) = sum_{j=k}^{q} theta_j psi_{j-k}, theta_0 = 1: covariance of w(t) with a(t-k) terms.
-  auto c = [&](int k) {
-    double s = 0.0;
-    for (int j = k; j <= q; ++j) s += (j == 0 ? 1.0 : theta[j - 1]) * psi[j - k];
-    return s;
-  };
-  std::vector<double> g(std::max(m, p) + 1, 0.0);
-  if (p == 0) {
-    for (int k = 0; k <= m && k <= q; ++k) g[k] = c(k);
-    g.resize(m + 1);
-    return g;
+  // The predictor coefficients of every order from p down to 1; kappa is the last of each.
+  std::vector<std::vector<double>> by_order(p + 1);
+  by_order[p] = ar;
+  double variance = 1.0;
+  for (int k = p; k >= 1; --k) {
+    const std::vector<double>& a = by_order[k];
+    const double kappa = a[k - 1];
+    const double den = 1.0 - kappa * kappa;
+    variance /= den;
+    std::vector<double>& next = by_order[k - 1];
+    next.resize(k - 1);
+    for (int j = 1; j < k; ++j) next[j - 1] = (a[j - 1] + kappa * a[k - j - 1]) / den;
   }
-  // gamma(k) - sum_j phi_j gamma(|k-j|) = c(k), k = 0..p: a (p+1) x (p+1) linear system.
-  Eigen::MatrixXd A = Eigen::MatrixXd::Zero(p + 1, p + 1);
-  Eigen::VectorXd rhs(p + 1);
-  for (int k = 0; k <= p; ++k) {
-    A(k, k) += 1.0;
-    for (int j = 1; j <= p; ++j) A(k, std::abs(k - j)) -= phi[j - 1];
-    rhs(k) = c(k);
+  std::vector<double> gx(m + q + 1);
+  gx[0] = variance;
+  for (int k = 1; k <= m + q; ++k) {
+    const std::vector<double>& a = by_order[std::min(k, p)];
+    double v = 0.0;
+    for (int j = 1; j <= static_cast<int>(a.size()) && j <= k; ++j) v += a[j - 1] * gx[k - j];
+    gx[k] = v;
   }
-  Eigen::VectorXd sol = A.partialPivLu().solve(rhs);
-  for (int k = 0; k <= p; ++k) g[k] = sol(k);
-  for (int k = p + 1; k <= m; ++k) {
-    double v = c(k);
-    for (int j = 1; j <= p; ++j) v += phi[j - 1] * g[k - j];
+  // Products of theta with itself at each shift d (theta_0 = 1), over its nonzero lags.
+  std::vector<std::pair<int, double>> th{{0, 1.0}};
+  for (int i = 1; i <= q; ++i)
+    if (theta[i - 1] != 0.0) th.emplace_back(i, theta[i - 1]);
+  std::vector<double> shift(q + 1, 0.0);
+  for (size_t a = 0; a < th.size(); ++a)
+    for (size_t b = a; b < th.size(); ++b) shift[th[b].first - th[a].first] += th[a].second * th[b].second;
+  std::vector<double> g(m + 1, 0.0);
+  for (int k = 0; k <= m; ++k) {
+    double v = shift[0] * gx[k];
+    for (int d = 1; d <= q; ++d)
+      if (shift[d] != 0.0) v += shift[d] * (gx[k + d] + gx[std::abs(k - d)]);
     g[k] = v;
   }
-  g.resize(m + 1);
   if (!std::isfinite(g[0]) || !(g[0] > 0.0)) return {};
   return g;
 }
@@ -136,7 +148,7 @@ namespace {
 class ChandrasekharFilter {
  public:
   ChandrasekharFilter(const std::vector<double>& phi, const std::vector<double>& gamma, int r)
-      : G(r), r_(r), W_(r), TW_(r) {
+      : G(r), r_(r), W_(r) {
     // The nonzero AR lags only: seasonal models have few among many.
     for (int k = 1; k <= static_cast<int>(phi.size()); ++k)
       if (phi[k - 1] != 0.0) {
@@ -163,13 +175,17 @@ class ChandrasekharFilter {
   void NextGain() {
     if (steady_) return;
     const double w0 = W_[0];
-    TW_ = W_;
-    Advance(TW_);
     const double fn = f + M_ * w0 * w0;
+    const double mw = M_ * w0, inv = 1.0 / fn;
+    // T W is W shifted up with the AR row last: W is updated in place, each element read
+    // (as the one before's shifted value) before it is written.
+    double last = 0.0;
+    for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * W_[r_ - lag_[m]];
     for (int i = 0; i < r_; ++i) {
+      const double tw = i + 1 < r_ ? W_[i + 1] : last;
       const double g = G[i];
-      G[i] = g + TW_[i] * M_ * w0;
-      W_[i] = (TW_[i] * f - g * w0) / fn;
+      G[i] = g + tw * mw;
+      W_[i] = (tw * f - g * w0) * inv;
     }
     M_ = M_ * fn / f;
     f = fn;
@@ -182,10 +198,26 @@ class ChandrasekharFilter {
  private:
   int r_;
   std::vector<int> lag_;
-  std::vector<double> coef_, W_, TW_;
+  std::vector<double> coef_, W_;
   double M_ = 0.0;
   bool steady_ = false;
 };
+
+// The sum of the logarithms of the prediction variances, taken as the logarithms of their
+// products over runs of values: a logarithm per run instead of one per observation. The
+// variances lie between the innovation variance (1) and the series' variance, so a run's
+// product stays far from overflow when cut off at 1e150.
+double SumOfLogs(const std::vector<double>& F) {
+  double sum = 0.0, product = 1.0;
+  for (double f : F) {
+    if (product > 1e150 || product < 1e-150) {
+      sum += std::log(product);
+      product = 1.0;
+    }
+    product *= f;
+  }
+  return sum + std::log(product);
+}
 
 }  // namespace
 
@@ -214,15 +246,17 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
     kf.Advance(aw);
+    const double s1 = v1 / f;
     if (with_mean) {
       kf.Advance(ax);
+      const double s2 = v2 / f;
       for (int i = 0; i < r; ++i) {
-        aw[i] += G[i] * v1 / f;
-        ax[i] += G[i] * v2 / f;
+        aw[i] += G[i] * s1;
+        ax[i] += G[i] * s2;
       }
     } else {
       // Without a mean the unit series' filter is not needed: its errors stay unused.
-      for (int i = 0; i < r; ++i) aw[i] += G[i] * v1 / f;
+      for (int i = 0; i < r; ++i) aw[i] += G[i] * s1;
     }
     kf.NextGain();
   }
@@ -231,8 +265,8 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   for (int t = 0; t < n; ++t) {
     sxx += vx[t] * vx[t] / F[t];
     sxw += vx[t] * vw[t] / F[t];
-    sumlogf += std::log(F[t]);
   }
+  sumlogf = SumOfLogs(F);
   double beta = 0.0;
   if (with_mean) {
     if (!(sxx > 0.0)) return out;
@@ -298,12 +332,12 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
       const double e = (*series[j])[t] - aj[0];
       v[j][t] = e;
       kf.Advance(aj);
-      for (int i = 0; i < r; ++i) aj[i] += G[i] * e / f;
+      const double se = e / f;
+      for (int i = 0; i < r; ++i) aj[i] += G[i] * se;
     }
     kf.NextGain();
   }
-  double sumlogf = 0.0;
-  for (int t = 0; t < n; ++t) sumlogf += std::log(F[t]);
+  const double sumlogf = SumOfLogs(F);
   const double g = std::exp(sumlogf / (2.0 * n));
   for (int j = 0; j < k; ++j) {
     double ssq = 0.0;

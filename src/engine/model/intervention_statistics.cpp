@@ -204,8 +204,12 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
     }
   }
   const int K = static_cast<int>(Q.cols());
-  const Eigen::MatrixXd Qt = Q.transpose();  // one observation's row per column, contiguous
-  Eigen::VectorXd proj(K);
+  // The residuals beside the partialled-out terms: a place's numerator and projection are
+  // one product of a block of these rows with the effect's pattern.
+  Eigen::MatrixXd EQ(m, K + 1);
+  EQ.col(0) = Eigen::Map<const Eigen::VectorXd>(e.data(), m);
+  if (K > 0) EQ.rightCols(K) = Q;
+  Eigen::VectorXd both(K + 1);
 
   for (int type : EnabledTypes(opt)) {
     const auto [lo, hi] = CandidateRange(type, n, orders, opt);
@@ -234,16 +238,14 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       // pass linear in the length; by then a pulse's trace has died away and a step or a
       // trend is measured over plenty.
       const int span = std::min(n - T, kMaxSpan);
-      double num = 0.0;
-      const double* et = e.data() + (T - burn);
-      for (int j = 0; j < span; ++j) num += et[j] * c[j];
+      // One pass over the span for the numerator and every projection together.
+      const Eigen::Map<const Eigen::VectorXd> cs(c.data(), span);
+      both.noalias() = EQ.middleRows(T - burn, span).transpose() * cs;
+      const double num = both(0);
+      const auto proj = both.tail(K);
       const double own = cum[span - 1];
       double den = own;
-      if (K > 0) {
-        proj.setZero();
-        for (int j = 0; j < span; ++j) proj += c[j] * Qt.col(T - burn + j);
-        den -= proj.squaredNorm();
-      }
+      if (K > 0) den -= proj.squaredNorm();
       if (ramps) {
         nums[T - lo] = num;
         dens[T - lo] = own;

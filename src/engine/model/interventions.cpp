@@ -81,15 +81,36 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   const int k = static_cast<int>(X.size());
   const int cols = k + (orders.constant ? 1 : 0);
   if (k == 0 || m <= cols + 1) return false;
-  // The coefficients stay fixed here, so each place's whitened column is made once.
+  // The coefficients stay fixed here, so each place's whitened column is made once. The
+  // filter starts from zeros and every place lies where the differencing has begun, so a
+  // place's column is the column of the first place shifted: one filter pass per type.
+  const int burn = BurnIn(orders);
+  std::unordered_map<int, Eigen::VectorXd> first_column;
+  auto whitened = [&](int type, int T, Eigen::VectorXd& c) {
+    if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
+      c.resize(0);
+  };
   std::unordered_map<long long, Eigen::VectorXd> cache;
   auto column = [&](int type, int T) -> const Eigen::VectorXd* {
     const long long key = static_cast<long long>(type) * (n + 1) + T;
     auto it = cache.find(key);
     if (it == cache.end()) {
       Eigen::VectorXd c;
-      if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
-        c.resize(0);
+      const int shift = T - burn;
+      if (shift < 0 || shift >= m) {
+        whitened(type, T, c);
+      } else {
+        auto b = first_column.find(type);
+        if (b == first_column.end()) {
+          Eigen::VectorXd f;
+          whitened(type, burn, f);
+          b = first_column.emplace(type, std::move(f)).first;
+        }
+        if (b->second.size() == m) {
+          c = Eigen::VectorXd::Zero(m);
+          c.tail(m - shift) = b->second.head(m - shift);
+        }
+      }
       it = cache.emplace(key, std::move(c)).first;
     }
     return it->second.size() == m ? &it->second : nullptr;
@@ -117,20 +138,117 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     const Eigen::VectorXd b = ldlt.solve(bw);
     return std::max(ww - b.dot(bw), 0.0);
   };
-  // Column j of the design taken to be c (A's other columns as they stand, or column i
-  // replaced by ci when given).
-  auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c, int i = -1,
-                     const Eigen::VectorXd* ci = nullptr) {
-    Eigen::VectorXd cross = A.transpose() * c;
-    if (ci) cross(i) = ci->dot(c);
-    cross(j) = c.squaredNorm();
-    Gm.col(j) = cross;
-    Gm.row(j) = cross.transpose();
-    bw(j) = c.dot(ws);
+  // A column's products with the design as it stands and with the series, made once for
+  // each design: the trials of a round try the same columns many times over.
+  struct Products {
+    int design = -1;
+    Eigen::VectorXd cross;
+    double own = 0.0, with_series = 0.0;
+  };
+  int design = 0;
+  std::unordered_map<const Eigen::VectorXd*, Products> products;
+  auto products_of = [&](const Eigen::VectorXd& c) -> const Products& {
+    Products& p = products[&c];
+    if (p.design < 0) {
+      p.own = c.squaredNorm();
+      p.with_series = c.dot(ws);
+    }
+    if (p.design != design) {
+      p.cross = A.transpose() * c;
+      p.design = design;
+    }
+    return p;
+  };
+  // Column j of the design taken to be c, A's other columns as they stand.
+  auto swap_in = [&](Eigen::MatrixXd& Gm, Eigen::VectorXd& bw, int j, const Eigen::VectorXd& c) {
+    const Products& p = products_of(c);
+    Gm.col(j) = p.cross;
+    Gm(j, j) = p.own;
+    Gm.row(j) = Gm.col(j).transpose();
+    bw(j) = p.with_series;
   };
   auto commit = [&](int j, const Eigen::VectorXd& c) {
     A.col(j) = c;
+    ++design;
     swap_in(G, Aw, j, c);
+  };
+  // A trial replaces one or two columns: the regression on the columns kept is solved once
+  // for all the trials of those columns, and each trial's sum of squares is what the new
+  // columns take off it (their Schur complement), the products of two or three small
+  // vectors instead of a factorisation of the whole design.
+  struct Kept {
+    std::vector<int> index;
+    Eigen::LDLT<Eigen::MatrixXd> ldlt;
+    Eigen::VectorXd u;  // the kept columns' coefficients on the series
+    double base = 0.0;  // their residual sum of squares
+    double top = 0.0;   // their largest own product, the scale of the singularity test
+    bool ok = false;
+  };
+  auto keep_all_but = [&](int a, int b) {
+    Kept kept;
+    for (int i = 0; i < cols; ++i)
+      if (i != a && i != b) kept.index.push_back(i);
+    const int r = static_cast<int>(kept.index.size());
+    Eigen::MatrixXd Gk(r, r);
+    Eigen::VectorXd bk(r);
+    for (int x = 0; x < r; ++x) {
+      bk(x) = Aw(kept.index[x]);
+      for (int y = 0; y < r; ++y) Gk(x, y) = G(kept.index[x], kept.index[y]);
+    }
+    kept.base = ww;
+    kept.ok = true;
+    if (r > 0) {
+      kept.top = Gk.diagonal().maxCoeff();
+      kept.ldlt.compute(Gk);
+      kept.ok = kept.ldlt.info() == Eigen::Success && kept.ldlt.vectorD().minCoeff() > 1e-10 * kept.top;
+      if (kept.ok) {
+        kept.u = kept.ldlt.solve(bk);
+        kept.base = ww - bk.dot(kept.u);
+      }
+    }
+    return kept;
+  };
+  // The sum of squares with the kept columns and c1 (and c2); infinite when the columns are
+  // (nearly) collinear.
+  auto trial = [&](const Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
+    const double inf = std::numeric_limits<double>::infinity();
+    if (!kept.ok) return inf;
+    const int r = static_cast<int>(kept.index.size());
+    const int t = c2 ? 2 : 1;
+    const Products* p[2] = {&products_of(c1), c2 ? &products_of(*c2) : nullptr};
+    Eigen::MatrixXd Xk(r, t);
+    for (int x = 0; x < r; ++x)
+      for (int y = 0; y < t; ++y) Xk(x, y) = p[y]->cross(kept.index[x]);
+    Eigen::Matrix2d S;
+    Eigen::Vector2d g;
+    S(0, 0) = p[0]->own;
+    g(0) = p[0]->with_series;
+    if (c2) {
+      S(1, 1) = p[1]->own;
+      S(0, 1) = S(1, 0) = c1.dot(*c2);
+      g(1) = p[1]->with_series;
+    }
+    double top = kept.top;
+    for (int y = 0; y < t; ++y) top = std::max(top, S(y, y));
+    if (r > 0) {
+      const Eigen::MatrixXd Y = kept.ldlt.solve(Xk);
+      const Eigen::MatrixXd XY = Xk.transpose() * Y;
+      const Eigen::VectorXd Xu = Xk.transpose() * kept.u;
+      for (int x = 0; x < t; ++x) {
+        g(x) -= Xu(x);
+        for (int y = 0; y < t; ++y) S(x, y) -= XY(x, y);
+      }
+    }
+    const double tol = 1e-10 * top;
+    if (!(S(0, 0) > tol)) return inf;
+    double fall = g(0) * g(0) / S(0, 0);
+    if (c2) {
+      const double s11 = S(1, 1) - S(0, 1) * S(0, 1) / S(0, 0);
+      if (!(s11 > tol)) return inf;
+      const double g1 = g(1) - S(0, 1) / S(0, 0) * g(0);
+      fall += g1 * g1 / s11;
+    }
+    return std::max(kept.base - fall, 0.0);
   };
   double now = ssr(G, Aw);
   if (!std::isfinite(now)) return false;
@@ -142,6 +260,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       DetectedIntervention best = found[j];
       const Eigen::VectorXd* best_col = nullptr;
       double best_ssr = now;
+      const Kept kept = keep_all_but(j, -1);
       for (int type : EnabledTypes(opt)) {
         const auto [lo, hi] = CandidateRange(type, n, orders, opt);
         for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
@@ -151,10 +270,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
           if (clash) continue;
           const Eigen::VectorXd* c = column(type, T);
           if (!c) continue;
-          Eigen::MatrixXd Gt = G;
-          Eigen::VectorXd bt = Aw;
-          swap_in(Gt, bt, j, *c);
-          const double v = ssr(Gt, bt);
+          const double v = trial(kept, *c);
           if (v < best_ssr * (1.0 - 1e-9)) {
             best_ssr = v;
             best.type = type;
@@ -182,21 +298,16 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
         const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
         int bi = found[i].index, bj = found[j].index;
         double best_ssr = now;
+        const Kept kept = keep_all_but(i, j);
         for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
           if (Ti == found[i].index) continue;
           const Eigen::VectorXd* ci = column(found[i].type, Ti);
           if (!ci) continue;
-          Eigen::MatrixXd Gi = G;
-          Eigen::VectorXd bi_w = Aw;
-          swap_in(Gi, bi_w, i, *ci);
           for (int Tj = std::max(loj, found[j].index - 2); Tj <= std::min(hij, found[j].index + 2); ++Tj) {
             if (Tj == found[j].index) continue;
             const Eigen::VectorXd* cj = column(found[j].type, Tj);
             if (!cj) continue;
-            Eigen::MatrixXd Gt = Gi;
-            Eigen::VectorXd bt = bi_w;
-            swap_in(Gt, bt, j, *cj, i, ci);
-            const double v = ssr(Gt, bt);
+            const double v = trial(kept, *ci, cj);
             if (v < best_ssr * (1.0 - 1e-9)) {
               best_ssr = v;
               bi = Ti;

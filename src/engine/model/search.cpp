@@ -1,5 +1,7 @@
 #include "engine/model/search.h"
 
+#include "engine/model/series_stats.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -8,12 +10,21 @@
 
 namespace quorvane {
 
+// Every root of 1 - sum a_k z^k at modulus 1.01 or more is every root of 1 - sum a_k
+// (1.01 w)^k outside the unit circle: the step-down test of that polynomial, in the square of
+// its order, in place of the eigenvalues of a companion matrix of two seasonal cycles.
 bool RootsClearOfUnitCircle(const ArimaFit& fit) {
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
-  std::vector<double> ma(theta.size());
-  for (size_t i = 0; i < theta.size(); ++i) ma[i] = -theta[i];
-  return SmallestRootModulus(phi) >= 1.01 && SmallestRootModulus(ma) >= 1.01;
+  auto clear = [](std::vector<double> a, double sign) {
+    double scale = 1.0;
+    for (double& v : a) {
+      scale *= 1.01;
+      v *= sign * scale;
+    }
+    return IsStationary(a);
+  };
+  return clear(phi, 1.0) && clear(theta, -1.0);
 }
 
 ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, const CandidateFit& fit,
@@ -89,6 +100,36 @@ ArimaFit StepwiseWalk(int d, int D, int period, const SearchOptions& limits, con
   return best;
 }
 
+namespace {
+
+// On a short nonseasonal series the stepwise walk can stop at a poor local choice (a
+// cycle of a few years read as a random walk's drift), and every order within the limits
+// costs little there: all are fitted, and one with a lower AICc than the walk's choice
+// replaces it.
+constexpr int kWideSearchLength = 120;
+void WideSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
+                ArimaFit& best, std::vector<SearchStep>* trail) {
+  if (period > 1 || D > 0 || static_cast<int>(z.size()) > kWideSearchLength) return;
+  ConvergenceCriteria quick = o.criteria;
+  quick.polish = false;
+  for (int p = 0; p <= o.max_p; ++p)
+    for (int q = 0; q <= o.max_q && p + q <= o.max_order; ++q)
+      for (int c = 0; c < 2; ++c) {
+        ArimaOrders s;
+        s.d = d; s.p = p; s.q = q;
+        s.constant = c == 1;
+        if (s.constant && !(o.allow_constant && d <= 1)) continue;
+        ArimaFit f = FitArima(z, s, quick, false);
+        const bool usable = f.ok && std::isfinite(f.aicc) && RootsClearOfUnitCircle(f);
+        if (usable && (!best.ok || f.aicc < best.aicc - 1e-9)) {
+          if (trail) trail->push_back({s.Name(), f.aicc, usable});
+          best = std::move(f);
+        }
+      }
+}
+
+}  // namespace
+
 ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, const SearchOptions& o,
                         std::vector<SearchStep>* trail) {
   // Seasonal orders need the cycles to estimate them: at least three per order after
@@ -100,7 +141,7 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
     limits.max_P = std::min(o.max_P, cap);
     limits.max_Q = std::min(o.max_Q, cap);
   }
-  return StepwiseWalk(
+  ArimaFit best = StepwiseWalk(
       d, D, period, limits,
       [&](const ArimaOrders& s, const ConvergenceCriteria& quick, const ArmaCoefficients* start) {
         return FitArima(z, s, quick, false, start);
@@ -108,6 +149,8 @@ ArimaFit StepwiseSearch(const std::vector<double>& z, int d, int D, int period, 
       [&](const ArimaOrders& s, const ArimaFit& f, bool usable) {
         if (trail) trail->push_back({s.Name(), f.ok ? f.aicc : std::numeric_limits<double>::quiet_NaN(), usable});
       });
+  WideSearch(z, d, D, period, o, best, trail);
+  return best;
 }
 
 }  // namespace quorvane
