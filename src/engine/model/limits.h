@@ -17,19 +17,21 @@ namespace quorvane {
 using KnownEffects = std::function<std::vector<double>(int origin)>;
 
 struct HoldoutCheck {
-  double factor = 1.0;  // on the half-widths, from 1 to 2
-  std::string note;     // what the check found; empty when the series could not spare periods
+  double factor = 1.0;  // on the half-widths, from the allowance for the choice of the model to 2
+  std::string note;     // what the check found, or that the series could not spare the periods
 };
 
 // The orders are estimated again on the series up to an origin a horizon (at most a fifth of
 // the series) before its end, and again every half horizon earlier (six origins at most, as
 // far as the series can spare them), and their forecasts are set against the values that
-// followed. The mean of the squared errors over the variances the limits rest on is 1 when
-// the limits are right; they are not when the coefficients, the choice of the model, the
-// events the model explains the past by or the recent behaviour of the series make the
-// forecasts err more than the innovations alone. That mean, shrunk towards 1 by a horizon's
-// worth of weight, gives the factor. `z` is the series on the model's scale with every
-// effect still in it; `known` may be empty (no effects).
+// followed. The limits are right when those errors fall inside them as often as promised;
+// they are not when the coefficients, the events the model explains the past by or the
+// recent behaviour of the series make the forecasts err more than the innovations alone.
+// The least factor that covers the errors so, blended with the model's own errors by half a
+// horizon's worth of weight, widens the limits; never by less than an allowance for the
+// choice of the model, which the check (the orders chosen with the held-back periods in
+// view) cannot show. `z` is the series on the model's scale with every effect still in it;
+// `known` may be empty (no effects).
 HoldoutCheck CheckLimitsOnHoldout(const std::vector<double>& z, const KnownEffects& known, const ArimaFit& fit,
                                   int horizon, double coverage, const LimitAllowances& allow);
 
