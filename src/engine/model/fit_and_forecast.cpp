@@ -12,6 +12,7 @@
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
 #include "engine/model/intermittent.h"
+#include "engine/model/limits.h"
 #include "engine/model/model_parts.h"
 #include "engine/model/constancy.h"
 #include "engine/model/variance_change.h"
@@ -33,8 +34,6 @@ constexpr int16_t kCodeCuriousValue = 2189;
 // Half the 95 % point of a chi-square with one degree of freedom.
 constexpr double kTransformGain = 1.92;
 constexpr int kMinForTransform = 30;
-// Origins of the check of the limits on the series' own last periods.
-constexpr int kHoldoutOrigins = 6;
 
 std::string FormatInt(const char* fmt, int v) {
   char buf[256];
@@ -168,61 +167,11 @@ std::string Sufficiency(const std::vector<double>& z, ArimaFit& fit, const Conve
   return text.empty() ? "No residual autocorrelation stands out at " + Format("%.1f", level) + " %." : text;
 }
 
-// How much wider the limits must be than the model says, judged on the model's own last
-// periods: the orders are estimated again on the series up to an origin a horizon (at most a
-// fifth of the series) before its end, and again every half horizon earlier (six origins at
-// most, as far as the series can spare them), and their forecasts are set against the values
-// that followed. The mean of the squared errors over the variances the
-// limits rest on is 1 when the limits are right; they are not when the coefficients, the
-// choice of the model or the recent behaviour of the series make the forecasts err more than
-// the innovations alone. That mean, shrunk towards 1 by a horizon's worth of weight, gives the
-// factor (from 1 to 2) on the half-widths. `u` is the series the noise model runs on (less the
-// effects of interventions). 1 when the series is too short to spare the periods. Not after
-// a change of variance, whose limits rest on the latest segment's variance already.
-double HoldoutFactor(const std::vector<double>& u, const ArimaFit& fit, int horizon, double coverage,
-                     const LimitAllowances& allow, std::string* note) {
-  const int n = static_cast<int>(u.size());
-  const int H = std::min(horizon, std::max(1, n / 5));
-  const int burn = fit.orders.d + fit.orders.D * fit.orders.period;
-  ConvergenceCriteria quick;
-  quick.polish = false;
-  quick.max_iterations = 10;
-  double ratio = 0.0;
-  int count = 0;
-  const int step = std::max(1, H / 2);
-  for (int k = 0; k < kHoldoutOrigins; ++k) {
-    const int o = n - H - k * step;
-    if (o - burn < std::max(20, 3 * fit.orders.FreeCount() + 10)) continue;
-    if (fit.orders.D > 0 && o < 3 * fit.orders.period) continue;
-    const std::vector<double> head(u.begin(), u.begin() + o);
-    const ArimaFit re = FitArima(head, fit.orders, quick, false, &fit.coef);
-    if (!re.ok) continue;
-    // The variance the limits rest on (the whole fit's, or the last segment's after a change
-    // of variance): the question is whether the limits as given hold.
-    LimitAllowances a = allow;
-    if (a.sigma2 < 0.0) a.sigma2 = fit.sigma2;
-    a.coefficient_delta = false;
-    const ArimaForecast fc = ForecastArima(head, re, std::min(H, n - o), coverage, a);
-    for (int h = 0; h < static_cast<int>(fc.mean.size()) && o + h < n; ++h) {
-      if (!(fc.se[h] > 0.0)) continue;
-      const double e = u[o + h] - fc.mean[h];
-      ratio += e * e / (fc.se[h] * fc.se[h]);
-      ++count;
-    }
-  }
-  if (count == 0) return 1.0;
-  const double factor = std::clamp(std::sqrt((0.5 * H + ratio) / (0.5 * H + count)), 1.0, 2.0);
-  if (note)
-    *note = "Forecasts from " + std::to_string(count) + " held-back period(s) erred " +
-            Format("%.2f", std::sqrt(ratio / count)) + " times the standard error of the limits; the limits are " +
-            (factor > 1.0 ? "widened by a factor " + Format("%.3f", factor) + "." : std::string("kept."));
-  return factor;
-}
-
 // Fills the in-sample vectors, forecasts and statistics of a result whose model is fixed.
 void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<double>& z, const ArimaFit& fit,
             double lambda, double scale, int horizon, double coverage, const std::vector<double>& effects = {},
-            int effect_count = 0, const LimitAllowances& allow = {}, bool holdout = false) {
+            int effect_count = 0, const LimitAllowances& allow = {}, bool holdout = false,
+            const KnownEffects& known = {}) {
   const int n = static_cast<int>(y.size());
   // With interventions the noise model runs on the series less their effects (n values,
   // then the forecast periods), which are added back to its predictions.
@@ -252,13 +201,14 @@ void Finish(ModelResult& r, const std::vector<double>& y, const std::vector<doub
   if (horizon > 0) {
     ArimaForecast fc = ForecastArima(u, fit, horizon, coverage, allow);
     if (holdout) {
-      std::string note;
-      const double f = HoldoutFactor(u, fit, horizon, coverage, allow, &note);
+      // Not after a change of variance, whose limits rest on the latest segment's already.
+      const HoldoutCheck check = CheckLimitsOnHoldout(known ? z : u, known, fit, horizon, coverage, allow);
+      const double f = check.factor;
       for (int h = 0; h < horizon; ++h) {
         fc.lower[h] = fc.mean[h] - f * (fc.mean[h] - fc.lower[h]);
         fc.upper[h] = fc.mean[h] + f * (fc.upper[h] - fc.mean[h]);
       }
-      if (!note.empty()) r.notes.push_back({texts::kHeadModel, note});
+      if (!check.note.empty()) r.notes.push_back({texts::kHeadModel, check.note});
     }
     for (int h = 0; h < horizon && n + h < static_cast<int>(effects.size()); ++h) {
       fc.mean[h] += effects[n + h];
@@ -780,9 +730,19 @@ void DiagnoseAndForecast(ModelResult& r, const AutomaticWork& w) {
   const int n = w.n;
   const double scale = w.scale;
   const int dummy_count = static_cast<int>(w.fixup.dummies.size());
+  // What a forecast from an earlier origin knew: the interventions that began before it and
+  // the seasonal dummies; the later ones are surprises the limits must allow for.
+  const KnownEffects known = [&w](int origin) {
+    std::vector<DetectedIntervention> before;
+    for (const DetectedIntervention& d : w.found)
+      if (d.index < origin) before.push_back(d);
+    std::vector<double> e = InterventionEffects(before, w.period, w.n, 0, false, false);
+    for (int t = 0; t < w.n && t < static_cast<int>(w.fixup.effects.size()); ++t) e[t] += w.fixup.effects[t];
+    return e;
+  };
   Finish(r, w.y, w.z, fit, w.lambda, scale, w.horizon, w.coverage, w.effects,
          static_cast<int>(w.found.size()) + dummy_count, ForecastAllowances(fit, fit.sigma2, w.found),
-         r.variance_changes.empty());
+         r.variance_changes.empty(), known);
   std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
                      Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
                      ", AIC " + Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + ".";

@@ -65,15 +65,16 @@ TEST(FitAndForecast, AirlineSeriesGetsTheAirlineModelOnLogs) {
   // quantiles, symmetric on the log scale: lower * upper = forecast^2. Against the model
   // taken as known (R's forecast of this model: 450.42 [418.89, 484.33] one month ahead,
   // 477.24 [406.17, 560.75] twelve ahead), the log half-widths are wider by the allowance for
-  // estimation: degrees of freedom, t quantiles, the estimated coefficients (2 to 4 %).
+  // estimation: degrees of freedom, t quantiles, the estimated coefficients (2 to 4 %), and
+  // by the allowance for the choice of the model (15 %).
   EXPECT_NEAR(r.forecasts[0], 450.42, 0.5);
   EXPECT_NEAR(r.forecasts[11], 477.24, 0.8);
   for (int h : {0, 11}) {
     EXPECT_NEAR(r.lower[h] * r.upper[h] / (r.forecasts[h] * r.forecasts[h]), 1.0, 1e-9);
     const double known = h == 0 ? std::log(484.3289388 / 450.4223703) : std::log(560.7481540 / 477.2425644);
     const double ours = std::log(r.upper[h] / r.forecasts[h]);
-    EXPECT_GT(ours / known, 1.015) << h;
-    EXPECT_LT(ours / known, 1.045) << h;
+    EXPECT_GT(ours / known, 1.015 * 1.15) << h;
+    EXPECT_LT(ours / known, 1.045 * 1.15) << h;
   }
   // July 1961 above January 1961, like every year of the data.
   EXPECT_GT(r.forecasts[6], r.forecasts[0]);
@@ -121,8 +122,8 @@ TEST(FitAndForecast, StationaryNoiseGetsAMeanAndFlatForecasts) {
   EXPECT_EQ(r.d, 0);
   EXPECT_TRUE(r.has_constant);
   EXPECT_NEAR(r.forecasts[9], 50.0, 0.5);
-  // 95 % limits of unit noise are about +-1.96.
-  EXPECT_NEAR(r.upper[9] - r.forecasts[9], 1.96, 0.4);
+  // 95 % limits of unit noise are about +-1.96, widened for the choice of the model.
+  EXPECT_NEAR(r.upper[9] - r.forecasts[9], 1.96 * 1.15, 0.4);
 }
 
 TEST(FitAndForecast, RandomWalkIsDifferencedOnce) {
@@ -294,7 +295,7 @@ TEST(FitAndForecast, LimitsAllowForLevelShiftsLikeTheOneFoundHappeningAgain) {
   ASSERT_TRUE(shift);
   EXPECT_EQ(r.d, 0);
   const double near = r.upper[0] - r.lower[0], far = r.upper[11] - r.lower[11];
-  EXPECT_LT(near, 2.0 * 1.96 * 1.2);
+  EXPECT_LT(near, 2.0 * 1.96 * 1.2 * 1.15);
   EXPECT_GT(far / near, 1.4);
 }
 
