@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include <Eigen/Dense>
 
@@ -147,6 +148,15 @@ namespace {
 // update, which matters for seasonal models, whose state spans a whole cycle or more.
 class ChandrasekharFilter {
  public:
+  // The filter of an ARMA model with unit innovation variance, its state of size
+  // max(p, q + 1); nullopt when the model has no stationary autocovariances.
+  static std::optional<ChandrasekharFilter> Start(const std::vector<double>& phi, const std::vector<double>& theta) {
+    const int r = std::max(static_cast<int>(phi.size()), static_cast<int>(theta.size()) + 1);
+    const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
+    if (gamma.empty()) return std::nullopt;
+    return ChandrasekharFilter(phi, gamma, r);
+  }
+
   ChandrasekharFilter(const std::vector<double>& phi, const std::vector<double>& gamma, int r)
       : G(r), r_(r), W_(r) {
     // The nonzero AR lags only: seasonal models have few among many.
@@ -192,6 +202,8 @@ class ChandrasekharFilter {
     if (std::fabs(f - 1.0) < 1e-9) steady_ = true;
   }
 
+  int size() const { return r_; }
+
   double f = 0.0;         // the present step's prediction variance
   std::vector<double> G;  // and its gain
 
@@ -226,13 +238,10 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   ArmaLikelihood out;
   const int n = static_cast<int>(w.size());
   if (n < 1) return out;
-  const int p = static_cast<int>(phi.size());
-  const int q = static_cast<int>(theta.size());
-  const int r = std::max(p, q + 1);
-  const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
-  if (gamma.empty()) return out;
-
-  ChandrasekharFilter kf(phi, gamma, r);
+  auto started = ChandrasekharFilter::Start(phi, theta);
+  if (!started) return out;
+  ChandrasekharFilter& kf = *started;
+  const int r = kf.size();
   const std::vector<double>& G = kf.G;
   std::vector<double> aw(r, 0.0), ax(r, 0.0);
   std::vector<double> vw(n), vx(n), F(n);
@@ -313,13 +322,11 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
   for (const auto* x : series)
     if (static_cast<int>(x->size()) != n) return out;
   if (n < 1) return out;
-  const int p = static_cast<int>(phi.size());
-  const int q = static_cast<int>(theta.size());
-  const int r = std::max(p, q + 1);
-  const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
-  if (gamma.empty()) return out;
   // The filter of ArmaExactLikelihood, step for step, with one state per series.
-  ChandrasekharFilter kf(phi, gamma, r);
+  auto started = ChandrasekharFilter::Start(phi, theta);
+  if (!started) return out;
+  ChandrasekharFilter& kf = *started;
+  const int r = kf.size();
   const std::vector<double>& G = kf.G;
   std::vector<std::vector<double>> a(k, std::vector<double>(r, 0.0)), v(k, std::vector<double>(n));
   std::vector<double> F(n);
