@@ -11,17 +11,15 @@ namespace tessaly::report {
 namespace {
 
 const std::array<GraphInfo, 9> kGraphs = {{
-    {GraphKind::ActFit, "actfit.jpg", "Actuals/Fit", "G1", "All Actuals/Fit", "AG1"},
-    {GraphKind::ActFore, "actfore.jpg", "Actuals/Forecasts", "G2", "All Actuals/Forecasts", "AG2"},
-    {GraphKind::FitFore, "fitfore.jpg", "Fitted/Forecasts", "G3", "All Fitted/Forecasts", "AG3"},
-    {GraphKind::ActFitFore, "actfitfore.jpg", "Actuals/Fitted/Forecasts", "G4",
-     "All Actuals/Fitted/Forecasts", "AG4"},
-    {GraphKind::ActCleanse, "actcleanse.jpg", "Actuals/Cleansed", "G5", "All Actuals/Cleansed",
-     "AG5"},
-    {GraphKind::Res, "res.jpg", "Residuals", "G6", "All Residuals", "AG6"},
-    {GraphKind::ActRes, "actres.jpg", "Actuals/Residuals", "G7", "All Actuals/Residuals", "AG7"},
-    {GraphKind::Fore, "fore.jpg", "Forecasts", "G8", "All Forecasts", "AG8"},
-    {GraphKind::Act, "act.jpg", "Actuals", "G9", "All Actuals", "AG9"},
+    {GraphKind::ActFit, "actfit.jpg"},
+    {GraphKind::ActFore, "actfore.jpg"},
+    {GraphKind::FitFore, "fitfore.jpg"},
+    {GraphKind::ActFitFore, "actfitfore.jpg"},
+    {GraphKind::ActCleanse, "actcleanse.jpg"},
+    {GraphKind::Res, "res.jpg"},
+    {GraphKind::ActRes, "actres.jpg"},
+    {GraphKind::Fore, "fore.jpg"},
+    {GraphKind::Act, "act.jpg"},
 }};
 
 // The text between the series name and the date, with and without limits.

@@ -37,13 +37,11 @@ constexpr std::array<GraphKind, 9> kDrawingOrder = {
     GraphKind::ActFore, GraphKind::FitFore,    GraphKind::ActFitFore,
     GraphKind::ActCleanse, GraphKind::Res,     GraphKind::ActRes};
 
+// A graph's picture file. Its labels in the report tree and the site are the run's
+// (batch/report_tree.h) and the site's own.
 struct GraphInfo {
   GraphKind kind;
-  const char* file_suffix;   // "actfit.jpg": the picture is <series><suffix>
-  const char* tree_label;    // "Actuals/Fit"
-  const char* key_id;        // "G1"
-  const char* all_label;     // "All Actuals/Fit" (the "All Graphs By Type" row)
-  const char* all_key_id;    // "AG1"
+  const char* file_suffix;  // "actfit.jpg": the picture is <series><suffix>
 };
 
 // G1 to G9 in tree order.

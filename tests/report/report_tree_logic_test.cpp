@@ -57,7 +57,7 @@ class ReportTreeLogic : public ::testing::Test {
  protected:
   void SetUp() override {
     Touch(out.path(), {"NORTH.htm", "NORTHADJUSTED.TXT", "NORTHSTAT.HTM", "NORTHINTRVENT.HTM",
-                       "NORTHact.jpg", "NORTHactfit.jpg", "NORTHactfore.jpg", "NORTHres.jpg",
+                       "NORTHact.jpg", "NORTHactfit.jpg", "NORTHactfore.jpg", "NORTHres.jpg", "NORTHactres.jpg",
                        "SOUTHerr.html", "east.htm", "eastact.jpg", "eastactfore.jpg",
                        "RegionsMAPE.TXT", "RegionsPARAMETER.TXT", "display.html"});
     context.output_path = out.path();
@@ -77,7 +77,8 @@ TEST_F(ReportTreeLogic, PopulateTreeShowsWhatTheFolderHolds) {
   EXPECT_EQ(ChildTexts(tree, "NORTH.ascRpts"),
             (std::vector<std::string>{"DETAILS.HTM", "Adjusted.txt", "Intrvent.htm", "Stat.htm"}));
   EXPECT_EQ(ChildTexts(tree, "NORTH.ascGphs"),
-            (std::vector<std::string>{"Actuals/Fit", "Actuals/Forecasts", "Residuals", "Actuals"}));
+            (std::vector<std::string>{"Actuals/Fit", "Actuals/Forecasts", "Residuals", "Actuals/Residuals",
+                                      "Actuals"}));
   // A failed series still gets its node, with only the headings.
   EXPECT_EQ(ChildTexts(tree, "SOUTH.ASC"), (std::vector<std::string>{"Reports", "Graphs"}));
   EXPECT_TRUE(ChildTexts(tree, "SOUTH.ASCRpts").empty());
@@ -86,7 +87,7 @@ TEST_F(ReportTreeLogic, PopulateTreeShowsWhatTheFolderHolds) {
   // The "All" rows follow the rows some series filled; summaries the files that exist.
   EXPECT_EQ(ChildTexts(tree, batch::kAllGraphsKey),
             (std::vector<std::string>{"All Actuals/Fit", "All Actuals/Forecasts", "All Residuals",
-                                      "All Actuals"}));
+                                      "All Actuals/Residuals", "All Actuals"}));
   EXPECT_EQ(ChildTexts(tree, batch::kAllReportsKey),
             (std::vector<std::string>{"All Details", "All Adjusted", "All Stat"}));
   EXPECT_EQ(ChildTexts(tree, batch::kSummaryKey),

@@ -224,7 +224,7 @@ TEST_F(RunnerTest, SwitchesChooseTheGraphs) {
     EXPECT_EQ(p.no_limits, !c.limits) << label;
     for (const auto& info : report::AllGraphs()) {
       bool expected = c.wanted && (c.all || std::find(c.kinds.begin(), c.kinds.end(), info.kind) != c.kinds.end());
-      EXPECT_EQ(report::WantsGraph(p, info.kind), expected) << label << " " << info.tree_label;
+      EXPECT_EQ(report::WantsGraph(p, info.kind), expected) << label << " " << info.file_suffix;
     }
   }
   EXPECT_TRUE(RunnerSwitches::Parse({"/S"}).status);
