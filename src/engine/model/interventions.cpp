@@ -816,6 +816,9 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       const int needed = RegularDifferences(Difference(u, base.period, base.D), base.d, nullptr);
       story.push_back("the cleansed series asks for " + std::to_string(needed) + " regular difference(s)");
       if (needed <= d) best = std::move(c);
+      // The best effects with one difference fewer leave every difference needed: they do not
+      // stand in for persistence, and fewer differences still would not be accepted either.
+      else if (needed >= base.d) break;
     }
   }
   if (best.result.found.empty() && best.result.fit.arima.std_errors.empty()) {
