@@ -716,12 +716,37 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
   const ArimaOrders base = identified.orders;
   const int from = BurnIn(base);
 
+  // The orders searched again from one start are often another start's, or the other way
+  // round, and their estimates on the same series then agree: detection from a model it has
+  // already started from (same orders, coefficients and mean alike) is not made again.
+  // Estimates that reached another optimum are searched afresh.
+  auto close = [](const std::vector<double>& a, const std::vector<double>& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+      if (!(std::fabs(a[i] - b[i]) <= 1e-4)) return false;
+    return true;
+  };
+  std::vector<std::pair<ArimaFit, DetectionResult>> searched;
+  auto detect = [&](const ArimaFit& start) {
+    const ArimaOrders& o = start.orders;
+    for (const auto& [f, r] : searched) {
+      const ArimaOrders& k = f.orders;
+      if (k.p == o.p && k.d == o.d && k.q == o.q && k.P == o.P && k.D == o.D && k.Q == o.Q &&
+          k.period == o.period && k.constant == o.constant && close(f.coef.ar, start.coef.ar) &&
+          close(f.coef.ma, start.coef.ma) && close(f.coef.sar, start.coef.sar) &&
+          close(f.coef.sma, start.coef.sma) && close({f.mean}, {start.mean}))
+        return r;
+    }
+    searched.emplace_back(start, DetectInterventions(z, start, opt));
+    return searched.back().second;
+  };
+
   // Detection with a model, then the orders searched again on the cleansed series; when they
   // change, detection starts over from the new orders.
   // The search is the costly part; it is made again only where the model began as the
   // simplest one of its differencing and effects that move the level were found.
   auto run = [&](const ArimaFit& start, std::vector<std::string>& story, bool search_again) {
-    DetectionResult r = DetectInterventions(z, start, opt);
+    DetectionResult r = detect(start);
     if (r.found.empty() || !search_again) return r;
     bool moves_level = false;
     for (const auto& f : r.found) moves_level = moves_level || f.type == kLevelShift || f.type == kLocalTrend;
@@ -735,7 +760,7 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       return r;
     const ArimaFit refit = FitArima(z, s, opt.criteria, false, &again.coef);
     if (!refit.ok) return r;
-    DetectionResult r2 = DetectInterventions(z, refit, opt);
+    DetectionResult r2 = detect(refit);
     const double s1 = Score(z, r, opt.period, from), s2 = Score(z, r2, opt.period, from);
     story.push_back("orders searched again on the cleansed series: " + s.Name() +
                     (s2 < s1 ? ", detection repeated with it" : ", not better than before"));
@@ -791,6 +816,9 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
       const int needed = RegularDifferences(Difference(u, base.period, base.D), base.d, nullptr);
       story.push_back("the cleansed series asks for " + std::to_string(needed) + " regular difference(s)");
       if (needed <= d) best = std::move(c);
+      // The best effects with one difference fewer leave every difference needed: they do not
+      // stand in for persistence, and fewer differences still would not be accepted either.
+      else if (needed >= base.d) break;
     }
   }
   if (best.result.found.empty() && best.result.fit.arima.std_errors.empty()) {
