@@ -565,7 +565,9 @@ void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, c
       default: s.constant = false; break;
     }
     TrimOrders(s);
-    const ArimaFit next = FitArima(z, s, crit, true);
+    // From the model's own estimates (the dropped term's simply left out): the optimum
+    // nearest the model that was judged, not whichever one a fresh start finds.
+    const ArimaFit next = FitArima(z, s, crit, true, &fit.coef);
     if (!next.ok) break;
     text += cs[worst].term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
     fit = next;
