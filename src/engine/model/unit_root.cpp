@@ -148,9 +148,12 @@ int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<Kpss
     // the evidence against stationarity is weak, and KPSS with few lags has little power
     // against a unit root hidden in a persistent autoregression; the Dickey-Fuller test,
     // whose null is the unit root, then decides: unless it rejects the unit root at 5 %,
-    // the two tests do not agree on stationarity and the difference is taken.
+    // the two tests do not agree on stationarity and the difference is taken. Only for the
+    // first difference: a second rests on KPSS alone, since a once-differenced series that
+    // keeps a seasonal unit root (a season left to seasonal ARMA terms) holds the
+    // Dickey-Fuller test at its null and would be differenced twice for nothing.
     bool unit = r.statistic > 0.463;
-    if (r.statistic > 0.347 && r.statistic <= 0.463) {
+    if (d == 0 && r.statistic > 0.347 && r.statistic <= 0.463) {
       const AdfResult adf = Adf(cur);
       if (adf.computed) unit = !(adf.statistic < adf.critical_5);
     }
