@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+
+#include <Eigen/Dense>
 
 #include "engine/model/series_stats.h"
 
@@ -63,6 +66,77 @@ KpssResult Kpss(const std::vector<double>& x) {
   return out;
 }
 
+namespace {
+
+// The Dickey-Fuller regression with k lagged changes over the changes from index `first`
+// on (first >= k): each change on a constant, the level before it and the k changes
+// before that. False when it cannot be made (ten degrees of freedom at least).
+struct DfRegression {
+  bool ok = false;
+  int rows = 0;
+  double t = 0.0, ssr = 0.0;
+};
+
+DfRegression Regress(const std::vector<double>& x, const std::vector<double>& dx, int k, int first) {
+  DfRegression out;
+  const int rows = static_cast<int>(dx.size()) - first, cols = 2 + k;
+  if (rows < cols + 10) return out;
+  Eigen::MatrixXd X(rows, cols);
+  Eigen::VectorXd change(rows);
+  for (int r = 0; r < rows; ++r) {
+    const int t = r + first;
+    change(r) = dx[t];
+    X(r, 0) = 1.0;
+    X(r, 1) = x[t];
+    for (int i = 1; i <= k; ++i) X(r, 1 + i) = dx[t - i];
+  }
+  const Eigen::LDLT<Eigen::MatrixXd> ldlt(X.transpose() * X);
+  if (ldlt.info() != Eigen::Success) return out;
+  const Eigen::VectorXd b = ldlt.solve(X.transpose() * change);
+  out.ssr = (change - X * b).squaredNorm();
+  const double se = std::sqrt(out.ssr / (rows - cols) * ldlt.solve(Eigen::VectorXd::Unit(cols, 1))(1));
+  if (!(se > 0.0) || !std::isfinite(b(1) / se)) return out;
+  out.ok = true;
+  out.rows = rows;
+  out.t = b(1) / se;
+  return out;
+}
+
+}  // namespace
+
+AdfResult Adf(const std::vector<double>& x) {
+  AdfResult out;
+  const int n = static_cast<int>(x.size());
+  if (n < 2) return out;
+  const std::vector<double> dx = Difference(x, 1);
+  // The number of lagged changes by the AIC over 0..max_k, every candidate fitted to the
+  // same changes (those the longest regression can use).
+  const int max_k = std::min(n / 2 - 2, static_cast<int>(std::ceil(12.0 * std::pow(n / 100.0, 0.25))));
+  if (max_k < 0) return out;
+  double best = std::numeric_limits<double>::infinity();
+  int k = -1;
+  for (int j = 0; j <= max_k; ++j) {
+    const DfRegression r = Regress(x, dx, j, max_k);
+    if (!r.ok) continue;
+    const double aic = r.rows * std::log(r.ssr / r.rows) + 2.0 * (2 + j);
+    if (aic < best) {
+      best = aic;
+      k = j;
+    }
+  }
+  if (k < 0) return out;
+  out.lags = k;
+  const DfRegression r = Regress(x, dx, k, k);
+  if (!r.ok) return out;
+  out.computed = true;
+  out.statistic = r.t;
+  // MacKinnon's (2010) response surface for the 5 % point with a constant, in the number
+  // of observations of the regression.
+  const double inv = 1.0 / r.rows;
+  out.critical_5 = -2.86154 + inv * (-2.8903 + inv * (-4.234 + inv * -40.040));
+  return out;
+}
+
 int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<KpssResult>* steps) {
   std::vector<double> cur = x;
   int d = 0;
@@ -70,7 +144,20 @@ int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<Kpss
     if (IsConstant(cur) || cur.size() < 4) break;
     const KpssResult r = Kpss(cur);
     if (steps) steps->push_back(r);
-    if (!(r.statistic > 0.463)) break;
+    // Above the 5 % point the difference is taken. Between the 10 % and the 5 % points
+    // the evidence against stationarity is weak, and KPSS with few lags has little power
+    // against a unit root hidden in a persistent autoregression; the Dickey-Fuller test,
+    // whose null is the unit root, then decides: unless it rejects the unit root at 5 %,
+    // the two tests do not agree on stationarity and the difference is taken. Only for the
+    // first difference: a second rests on KPSS alone, since a once-differenced series that
+    // keeps a seasonal unit root (a season left to seasonal ARMA terms) holds the
+    // Dickey-Fuller test at its null and would be differenced twice for nothing.
+    bool unit = r.statistic > 0.463;
+    if (d == 0 && r.statistic > 0.347 && r.statistic <= 0.463) {
+      const AdfResult adf = Adf(cur);
+      if (adf.computed) unit = !(adf.statistic < adf.critical_5);
+    }
+    if (!unit) break;
     cur = Difference(cur, 1);
     ++d;
   }

@@ -14,8 +14,21 @@ struct KpssResult {
 // or a constant series: statistic 0, p-value 0.10 (nothing to difference).
 KpssResult Kpss(const std::vector<double>& x);
 
-// Number of regular differences (0..max_d) that the KPSS test asks for at the 5 % level,
-// testing again after each difference. Stops when the differenced series is constant.
+struct AdfResult {
+  bool computed = false;   // too few values for the regression, or a singular one: false
+  double statistic = 0.0;  // t statistic of the level's coefficient
+  double critical_5 = 0.0; // the 5 % point for this length (below it: no unit root)
+  int lags = 0;            // lagged changes in the regression
+};
+
+// Augmented Dickey-Fuller test of a unit root against a stationary series around a
+// constant, the number of lagged changes chosen by the AIC up to ceil(12 (n/100)^(1/4)).
+AdfResult Adf(const std::vector<double>& x);
+
+// Number of regular differences (0..max_d) that the unit-root tests ask for, testing again
+// after each difference: one when the KPSS test rejects stationarity at the 5 % level, or
+// at the 10 % level when the augmented Dickey-Fuller test does not reject the unit root at
+// 5 %. Stops when the differenced series is constant.
 int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<KpssResult>* steps);
 
 // Strength of seasonality in [0, 1]: 1 - var(remainder) / var(seasonal + remainder) after a

@@ -117,10 +117,11 @@ def best_fit(model, w):
 
 def write_statistics():
     """Test statistics on the same series: KPSS (level, lags trunc(3 sqrt(n) / 13)),
+    augmented Dickey-Fuller (constant, lags by the AIC) with its 5 % point,
     Ljung-Box over 10 lags, Jarque-Bera. One line: statistic, series, value."""
     from statsmodels.stats.diagnostic import acorr_ljungbox
     from statsmodels.stats.stattools import jarque_bera
-    from statsmodels.tsa.stattools import kpss
+    from statsmodels.tsa.stattools import adfuller, kpss
     rows = []
     for series in ("nile", "sunspots", "macro_infl", "macro_unemp"):
         y = read_series(series)
@@ -129,6 +130,9 @@ def write_statistics():
             warnings.simplefilter("ignore")
             stat = kpss(y, regression="c", nlags=lags)[0]
         rows.append(["kpss", series, "%.8f" % stat])
+        adf = adfuller(y, regression="c", autolag="AIC")
+        rows.append(["adf", series, "%.8f" % adf[0]])
+        rows.append(["adf_5pct", series, "%.8f" % adf[4]["5%"]])
         lb = acorr_ljungbox(y - y.mean(), lags=[10])
         rows.append(["ljungbox10", series, "%.8f" % float(np.asarray(lb["lb_stat"])[0])])
         rows.append(["ljungbox10_p", series, "%.10g" % float(np.asarray(lb["lb_pvalue"])[0])])
