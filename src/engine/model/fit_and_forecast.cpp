@@ -454,14 +454,23 @@ bool IdentifyOrders(ModelResult& r, AutomaticWork& w, ArimaFit& best) {
                                                      " (threshold 0.64): " + std::to_string(D) +
                                                      " seasonal difference(s) of period " + std::to_string(period) + "."});
   }
-  std::vector<KpssResult> kpss;
+  std::vector<DifferencingStep> steps;
   const int max_d = n - period * D > 10 ? 2 : 1;
-  const int d = RegularDifferences(Difference(z, period, D), max_d, &kpss);
+  const int d = RegularDifferences(Difference(z, period, D), max_d, &steps);
   {
     std::string text;
-    for (size_t i = 0; i < kpss.size(); ++i)
-      text += "KPSS after " + std::to_string(i) + " difference(s): statistic " + Format("%.4f", kpss[i].statistic) +
-              ", p-value " + Format("%.3f", kpss[i].p_value) + ", lags " + std::to_string(kpss[i].lags) + ". ";
+    for (size_t i = 0; i < steps.size(); ++i) {
+      const KpssResult& k = steps[i].kpss;
+      text += "KPSS after " + std::to_string(i) + " difference(s): statistic " + Format("%.4f", k.statistic) +
+              ", p-value " + Format("%.3f", k.p_value) + ", lags " + std::to_string(k.lags) + ". ";
+      // Where KPSS was in doubt the Dickey-Fuller test decided: say so, or the note would
+      // show a p-value above 5 % beside a difference taken.
+      const AdfResult& a = steps[i].adf;
+      if (a.computed)
+        text += "Augmented Dickey-Fuller: statistic " + Format("%.4f", a.statistic) + ", 5 % point " +
+                Format("%.4f", a.critical_5) + ", lags " + std::to_string(a.lags) + ", unit root " +
+                (a.statistic < a.critical_5 ? "rejected" : "not rejected") + ". ";
+    }
     r.notes.push_back({texts::kHeadDifferencing, text + std::to_string(d) + " regular difference(s)."});
   }
 

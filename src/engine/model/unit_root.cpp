@@ -137,13 +137,13 @@ AdfResult Adf(const std::vector<double>& x) {
   return out;
 }
 
-int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<KpssResult>* steps) {
+int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<DifferencingStep>* steps) {
   std::vector<double> cur = x;
   int d = 0;
   while (d < max_d) {
     if (IsConstant(cur) || cur.size() < 4) break;
     const KpssResult r = Kpss(cur);
-    if (steps) steps->push_back(r);
+    DifferencingStep step{r, {}};
     // Above the 5 % point the difference is taken. Between the 10 % and the 5 % points
     // the evidence against stationarity is weak, and KPSS with few lags has little power
     // against a unit root hidden in a persistent autoregression; the Dickey-Fuller test,
@@ -154,9 +154,10 @@ int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<Kpss
     // Dickey-Fuller test at its null and would be differenced twice for nothing.
     bool unit = r.statistic > 0.463;
     if (d == 0 && r.statistic > 0.347 && r.statistic <= 0.463) {
-      const AdfResult adf = Adf(cur);
-      if (adf.computed) unit = !(adf.statistic < adf.critical_5);
+      step.adf = Adf(cur);
+      if (step.adf.computed) unit = !(step.adf.statistic < step.adf.critical_5);
     }
+    if (steps) steps->push_back(step);
     if (!unit) break;
     cur = Difference(cur, 1);
     ++d;

@@ -25,11 +25,18 @@ struct AdfResult {
 // constant, the number of lagged changes chosen by the AIC up to ceil(12 (n/100)^(1/4)).
 AdfResult Adf(const std::vector<double>& x);
 
+// One test of the regular differencing: the KPSS test, and the Dickey-Fuller test where it
+// was asked to decide (otherwise `adf.computed` is false).
+struct DifferencingStep {
+  KpssResult kpss;
+  AdfResult adf;
+};
+
 // Number of regular differences (0..max_d) that the unit-root tests ask for, testing again
 // after each difference: one when the KPSS test rejects stationarity at the 5 % level, or
 // at the 10 % level when the augmented Dickey-Fuller test does not reject the unit root at
 // 5 %. Stops when the differenced series is constant.
-int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<KpssResult>* steps);
+int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<DifferencingStep>* steps);
 
 // Strength of seasonality in [0, 1]: 1 - var(remainder) / var(seasonal + remainder) after a
 // decomposition with a centred moving-average trend and a seasonal component smoothed

@@ -33,7 +33,9 @@ TEST(UnitRoot, DickeyFullerDecidesWhereKpssIsInDoubt) {
       const double kpss = Kpss(y).statistic;
       if (kpss <= 0.347 || kpss > 0.463) continue;
       ++in_doubt;
-      differenced += RegularDifferences(y, 2, nullptr) > 0;
+      std::vector<DifferencingStep> steps;
+      differenced += RegularDifferences(y, 2, &steps) > 0;
+      EXPECT_TRUE(steps.at(0).adf.computed);  // the report's note shows what decided
     }
     ASSERT_EQ(in_doubt, 20);
     EXPECT_TRUE(c.d == 0 ? differenced <= 6 : differenced >= 8) << c.phi << " d " << c.d << ": " << differenced;
