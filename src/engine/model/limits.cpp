@@ -14,9 +14,9 @@ namespace {
 
 // Origins of the check, each a horizon before the next.
 constexpr int kHoldoutOrigins = 6;
-// The factor on the half-widths where the check finds nothing. The check re-estimates the model chosen with the
-// held-back periods in view, so it cannot show the error of the choice itself: on the
-// accuracy benchmark's simulated series (of the kinds of model the search chooses among),
+// The factor on the half-widths where the check finds nothing. The check re-estimates the
+// model chosen with the held-back periods in view, so it cannot show the error of the choice
+// itself: on the accuracy benchmark's simulated series (of the kinds of model the search chooses among),
 // limits widened by the check alone covered 70 % at 80 % and 91 % at 95 % over rolling
 // origins, as if their standard errors were some 15 % too small. The factor was set on those
 // and the real monthly series together, and holds on the other real series. The choice's
