@@ -151,7 +151,8 @@ std::vector<Series> MakeSynthetic() {
 // simulated too), so that the coverage of the limits is measured where the model family is
 // right and only estimation and identification can make it miss. The processes: airline
 // (0,1,1)(0,1,1)12, ARMA(1,1), random walk with drift (quarterly), AR(1) with one level
-// shift of 4 standard deviations at a random place, and white noise with an occasional pulse.
+// shift of 4 standard deviations at a random place, white noise with an occasional pulse,
+// and AR(1) with innovations of Student's t with 4 degrees of freedom.
 std::vector<Series> MakeCalibration(int per_process) {
   std::vector<Series> out;
   std::mt19937 gen(777);
@@ -202,6 +203,19 @@ std::vector<Series> MakeCalibration(int per_process) {
       std::vector<double> v(156);
       for (double& x : v) x = 10.0 + nd(gen) + (unif(gen) < 0.02 ? 6.0 * (unif(gen) < 0.5 ? -1 : 1) : 0.0);
       out.push_back({"cal_pulses_" + std::to_string(k), "cal wn pulses", 1, v});
+    }
+    {
+      // Heavy tails throughout, not a few pulses: Student's t innovations of unit variance,
+      // drawn on a generator of their own so that the other processes keep their series.
+      std::mt19937 own(991 + k);
+      std::student_t_distribution<double> td(4.0);
+      std::vector<double> v(156);
+      double prev = 0;
+      for (int t = -50; t < 156; ++t) {
+        prev = 0.5 * prev + td(own) * std::sqrt(0.5);
+        if (t >= 0) v[t] = 30.0 + prev;
+      }
+      out.push_back({"cal_ar1_t4_" + std::to_string(k), "cal ar1 t4", 1, v});
     }
   }
   return out;

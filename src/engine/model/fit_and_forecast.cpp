@@ -751,9 +751,27 @@ void DiagnoseAndForecast(ModelResult& r, const AutomaticWork& w) {
     for (int t = 0; t < w.n && t < static_cast<int>(w.fixup.effects.size()); ++t) e[t] += w.fixup.effects[t];
     return e;
   };
+  LimitAllowances allow = ForecastAllowances(fit, fit.sigma2, w.found);
+  // The shape of the innovations' tails; not after a change of variance, where the errors
+  // of the noisier stretch would pass for heavy tails of the last one's.
+  if (r.variance_changes.empty() && w.horizon > 0) {
+    std::vector<double> u = w.z;
+    for (int t = 0; t < n && t < static_cast<int>(w.effects.size()); ++t) u[t] -= w.effects[t];
+    std::vector<int> at;
+    std::vector<double> size;
+    for (const DetectedIntervention& d : w.found)
+      if (d.type == kPulse) {
+        at.push_back(d.index);
+        size.push_back(d.impact);
+      }
+    allow.tail_ratio = TailRatios(InnovationsWithPulses(u, fit, at, size), fit, w.horizon, w.coverage);
+    if (!allow.tail_ratio.empty())
+      r.notes.push_back({texts::kHeadModel, "The residuals are far from normal (Jarque-Bera); the limits follow "
+                                            "their own distribution run through the model: one period ahead " +
+                                                Format("%.3f", allow.tail_ratio[0]) + " times the normal width."});
+  }
   Finish(r, w.y, w.z, fit, w.lambda, scale, w.horizon, w.coverage, w.effects,
-         static_cast<int>(w.found.size()) + dummy_count, ForecastAllowances(fit, fit.sigma2, w.found),
-         r.variance_changes.empty(), known);
+         static_cast<int>(w.found.size()) + dummy_count, allow, r.variance_changes.empty(), known);
   std::string text = r.description + ", " + std::to_string(r.parameters) + " parameter(s), sigma^2 " +
                      Format("%.6g", fit.sigma2 * scale * scale) + ", log-likelihood " + Format("%.3f", r.loglik) +
                      ", AIC " + Format("%.3f", r.aic) + ", BIC " + Format("%.3f", r.bic) + ".";

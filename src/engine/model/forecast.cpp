@@ -210,7 +210,8 @@ ArimaForecast ForecastArima(const std::vector<double>& z, const ArimaFit& fit, i
     }
     if (count > 0.0) event_var /= count;  // per event, averaged over the shapes by their rates
     out.se[h] = std::sqrt(base + count * event_var);
-    const double half = MixtureHalfWidth(base, count, event_var, coverage_pct, allow.degrees_of_freedom);
+    double half = MixtureHalfWidth(base, count, event_var, coverage_pct, allow.degrees_of_freedom);
+    if (!allow.tail_ratio.empty()) half *= allow.tail_ratio[std::min<size_t>(h, allow.tail_ratio.size() - 1)];
     out.lower[h] = out.mean[h] - half;
     out.upper[h] = out.mean[h] + half;
   }

@@ -49,6 +49,9 @@ struct LimitAllowances {
   // variance, since a rare event widens the tails without moving the bulk.
   std::vector<RecurringEvents> events;
   int period = 1;  // for seasonal pulses
+  // The innovations' own distribution where it is not normal: the half-width at horizon h
+  // (0-based) is multiplied by tail_ratio[h] (beyond its end by the last; empty: by 1).
+  std::vector<double> tail_ratio;
 };
 
 // The allowances for estimation: the innovation variance `sigma2` (a maximum-likelihood one,
