@@ -16,7 +16,8 @@
 //                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
 //                         [--only PREFIX] [--origins N] [--long] [--plain] [--combination]
 // --plain adds automatic modelling without power transforms (auto.arima's default).
-// --combination adds the forecast combination (objective 98) as a row of its own.
+// --combination adds the forecast combination (objective 98) as a row of its own; with --verbose
+// each series' line ends with the combination's MASE, sMAPE and coverages.
 // --calibration N runs N series of each of a few known processes instead (see MakeCalibration).
 #include <algorithm>
 #include <chrono>
@@ -521,6 +522,9 @@ int main(int argc, char** argv) {
         std::printf(" | %7.3f %7.2f %5.1f %5.1f %7.2f %8.2f", t.mase, t.smape, t.cover80, t.coverage, t.msis, t.ms);
         if (theirs["ets"].count(s.name)) std::printf(" | %7.3f %8.2f", theirs["ets"][s.name].mase, theirs["ets"][s.name].ms);
       }
+      if (with_combination)
+        std::printf(" | comb %7.3f %7.2f %5.1f %5.1f", combined[s.name].mase, combined[s.name].smape,
+                    combined[s.name].cover80, combined[s.name].coverage);
       std::printf("\n");
     }
     std::printf("\n");
