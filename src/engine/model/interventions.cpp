@@ -176,6 +176,15 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   // for all the trials of those columns, and each trial's sum of squares is what the new
   // columns take off it (their Schur complement), the products of two or three small
   // vectors instead of a factorisation of the whole design.
+  // Each column's part of a trial against the kept columns depends on that column alone:
+  // y = Gk^-1 x (x its products with the kept columns), its own sum of squares and its
+  // product with the series, both less what the kept columns explain. Made once per column
+  // for each set kept, a trial is then a few short products.
+  struct Part {
+    Eigen::VectorXd x, y;
+    double own = 0.0, with_series = 0.0;
+    const Products* products = nullptr;
+  };
   struct Kept {
     std::vector<int> index;
     Eigen::LDLT<Eigen::MatrixXd> ldlt;
@@ -183,6 +192,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     double base = 0.0;  // their residual sum of squares
     double top = 0.0;   // their largest own product, the scale of the singularity test
     bool ok = false;
+    std::unordered_map<const Eigen::VectorXd*, Part> parts;
   };
   auto keep_all_but = [&](int a, int b) {
     Kept kept;
@@ -208,47 +218,44 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     }
     return kept;
   };
+  auto part_of = [&](Kept& kept, const Eigen::VectorXd& c) -> const Part& {
+    auto it = kept.parts.find(&c);
+    if (it != kept.parts.end()) return it->second;
+    Part part;
+    part.products = &products_of(c);
+    part.own = part.products->own;
+    part.with_series = part.products->with_series;
+    const int r = static_cast<int>(kept.index.size());
+    if (r > 0) {
+      part.x.resize(r);
+      for (int i = 0; i < r; ++i) part.x(i) = part.products->cross(kept.index[i]);
+      part.y = kept.ldlt.solve(part.x);
+      part.own -= part.x.dot(part.y);
+      part.with_series -= part.x.dot(kept.u);
+    }
+    return kept.parts.emplace(&c, std::move(part)).first->second;
+  };
   // The sum of squares with the kept columns and c1 (and c2); infinite when the columns are
   // (nearly) collinear.
-  auto trial = [&](const Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
+  auto trial = [&](Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
     const double inf = std::numeric_limits<double>::infinity();
     if (!kept.ok) return inf;
-    const int r = static_cast<int>(kept.index.size());
-    const int t = c2 ? 2 : 1;
-    const Products* p[2] = {&products_of(c1), c2 ? &products_of(*c2) : nullptr};
-    Eigen::MatrixXd Xk(r, t);
-    for (int x = 0; x < r; ++x)
-      for (int y = 0; y < t; ++y) Xk(x, y) = p[y]->cross(kept.index[x]);
-    Eigen::Matrix2d S;
-    Eigen::Vector2d g;
-    S(0, 0) = p[0]->own;
-    g(0) = p[0]->with_series;
-    if (c2) {
-      S(1, 1) = p[1]->own;
-      S(0, 1) = S(1, 0) = c1.dot(*c2);
-      g(1) = p[1]->with_series;
+    const Part& a = part_of(kept, c1);
+    double top = std::max(kept.top, a.products->own);
+    if (!c2) {
+      if (!(a.own > 1e-10 * top)) return inf;
+      return std::max(kept.base - a.with_series * a.with_series / a.own, 0.0);
     }
-    double top = kept.top;
-    for (int y = 0; y < t; ++y) top = std::max(top, S(y, y));
-    if (r > 0) {
-      const Eigen::MatrixXd Y = kept.ldlt.solve(Xk);
-      const Eigen::MatrixXd XY = Xk.transpose() * Y;
-      const Eigen::VectorXd Xu = Xk.transpose() * kept.u;
-      for (int x = 0; x < t; ++x) {
-        g(x) -= Xu(x);
-        for (int y = 0; y < t; ++y) S(x, y) -= XY(x, y);
-      }
-    }
+    const Part& b = part_of(kept, *c2);
+    top = std::max(top, b.products->own);
     const double tol = 1e-10 * top;
-    if (!(S(0, 0) > tol)) return inf;
-    double fall = g(0) * g(0) / S(0, 0);
-    if (c2) {
-      const double s11 = S(1, 1) - S(0, 1) * S(0, 1) / S(0, 0);
-      if (!(s11 > tol)) return inf;
-      const double g1 = g(1) - S(0, 1) / S(0, 0) * g(0);
-      fall += g1 * g1 / s11;
-    }
-    return std::max(kept.base - fall, 0.0);
+    if (!(a.own > tol)) return inf;
+    double s01 = c1.dot(*c2);
+    if (!kept.index.empty()) s01 -= a.x.dot(b.y);
+    const double s11 = b.own - s01 * s01 / a.own;
+    if (!(s11 > tol)) return inf;
+    const double g1 = b.with_series - s01 / a.own * a.with_series;
+    return std::max(kept.base - a.with_series * a.with_series / a.own - g1 * g1 / s11, 0.0);
   };
   double now = ssr(G, Aw);
   if (!std::isfinite(now)) return false;
@@ -260,7 +267,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       DetectedIntervention best = found[j];
       const Eigen::VectorXd* best_col = nullptr;
       double best_ssr = now;
-      const Kept kept = keep_all_but(j, -1);
+      Kept kept = keep_all_but(j, -1);
       for (int type : EnabledTypes(opt)) {
         const auto [lo, hi] = CandidateRange(type, n, orders, opt);
         for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
@@ -298,7 +305,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
         const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
         int bi = found[i].index, bj = found[j].index;
         double best_ssr = now;
-        const Kept kept = keep_all_but(i, j);
+        Kept kept = keep_all_but(i, j);
         for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
           if (Ti == found[i].index) continue;
           const Eigen::VectorXd* ci = column(found[i].type, Ti);
