@@ -146,6 +146,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     double own = 0.0, with_series = 0.0;
   };
   int design = 0;
+  std::vector<int> committed;  // the column replaced by each change of design
   std::unordered_map<const Eigen::VectorXd*, Products> products;
   auto products_of = [&](const Eigen::VectorXd& c) -> const Products& {
     Products& p = products[&c];
@@ -153,7 +154,11 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       p.own = c.squaredNorm();
       p.with_series = c.dot(ws);
     }
-    if (p.design != design) {
+    if (p.design >= 0 && p.design != design && design - p.design < cols) {
+      // Only the columns committed since then have moved.
+      for (int d = p.design; d < design; ++d) p.cross(committed[d]) = A.col(committed[d]).dot(c);
+      p.design = design;
+    } else if (p.design != design) {
       p.cross = A.transpose() * c;
       p.design = design;
     }
@@ -169,6 +174,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   };
   auto commit = [&](int j, const Eigen::VectorXd& c) {
     A.col(j) = c;
+    committed.push_back(j);
     ++design;
     swap_in(G, Aw, j, c);
   };
