@@ -199,12 +199,13 @@ class ChandrasekharFilter {
     // (as the one before's shifted value) before it is written.
     double last = 0.0;
     for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * W_[r_ - lag_[m]];
-    for (int i = 0; i < r_; ++i) {
-      const double tw = i + 1 < r_ ? W_[i + 1] : last;
+    auto update = [&](int i, double tw) {
       const double g = G[i];
       G[i] = g + tw * mw;
       W_[i] = (tw * f - g * w0) * inv;
-    }
+    };
+    for (int i = 0; i + 1 < r_; ++i) update(i, W_[i + 1]);
+    update(r_ - 1, last);
     M_ = M_ * fn / f;
     f = fn;
     if (std::fabs(f - 1.0) < 1e-9) steady_ = true;
