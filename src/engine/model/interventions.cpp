@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <map>
 #include <numeric>
 #include <unordered_map>
 
@@ -397,6 +398,58 @@ int Weakest(const std::vector<double>& t_values, int max_count, double critical)
   return weakest;
 }
 
+// Generalised least squares of the differenced series on the effects' columns under one
+// noise model, each column whitened once for all the regressions that use it: the search
+// solves many that share all their columns but one or two.
+class WhitenedEffects {
+ public:
+  WhitenedEffects(const std::vector<double>& w, const ArimaOrders& orders, const ArmaCoefficients& coef,
+                  int period, int n)
+      : orders_(orders), period_(period), n_(n) {
+    ExpandArma(coef, phi_, theta_);
+    series_ = Whitened(w);
+    if (orders.constant) ones_ = Whitened(std::vector<double>(w.size(), 1.0));
+  }
+
+  // The same as Gls on the effects' differenced columns.
+  GlsOutcome Solve(const std::vector<std::pair<int, int>>& effects) {
+    GlsOutcome out;
+    const int m = static_cast<int>(series_.size());
+    const int k = static_cast<int>(effects.size());
+    const int cols = k + (orders_.constant ? 1 : 0);
+    if (m == 0 || m <= cols || (orders_.constant && ones_.empty())) return out;
+    Eigen::MatrixXd A(m, cols);
+    for (int j = 0; j < k; ++j) {
+      auto it = columns_.find(effects[j]);
+      if (it == columns_.end())
+        it = columns_.emplace(effects[j], Whitened(DifferenceSeries(InterventionRegressor(
+                                              effects[j].first, effects[j].second, period_, n_), orders_))).first;
+      if (static_cast<int>(it->second.size()) != m) return out;
+      A.col(j) = Eigen::Map<const Eigen::VectorXd>(it->second.data(), m);
+    }
+    if (orders_.constant) A.col(k) = Eigen::Map<const Eigen::VectorXd>(ones_.data(), m);
+    return WhitenedLeastSquares(A, Eigen::Map<const Eigen::VectorXd>(series_.data(), m), k);
+  }
+
+ private:
+  // A series through the filter alone is what it is beside others: each has its own state.
+  std::vector<double> Whitened(const std::vector<double>& x) const {
+    std::vector<std::vector<double>> white = ArmaWhitenAll({&x}, phi_, theta_);
+    return white.empty() ? std::vector<double>{} : std::move(white[0]);
+  }
+
+  ArimaOrders orders_;
+  int period_, n_;
+  std::vector<double> phi_, theta_, series_, ones_;
+  std::map<std::pair<int, int>, std::vector<double>> columns_;
+};
+
+std::vector<std::pair<int, int>> Places(const std::vector<DetectedIntervention>& found) {
+  std::vector<std::pair<int, int>> places;
+  for (const auto& f : found) places.push_back({f.type, f.index});
+  return places;
+}
+
 }  // namespace
 
 // Kept whole: its stages (search and re-estimation until the same effects come back,
@@ -446,16 +499,18 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
                       const ArimaFit& noise, std::vector<std::string>& trail) {
     bool any = false;
     const int k = static_cast<int>(found.size());
+    WhitenedEffects gls(w, orders, noise.coef, opt.period, n);
     for (int pass = 0; pass < 6; ++pass) {
       bool moved = false;
       for (int j = 0; j < k; ++j) {
-        std::vector<std::vector<double>> others, othersw;
+        std::vector<std::vector<double>> others;
+        std::vector<std::pair<int, int>> places;
         for (int i = 0; i < k; ++i)
           if (i != j) {
             others.push_back(X[i]);
-            othersw.push_back(DifferenceSeries(X[i], orders));
+            places.push_back({found[i].type, found[i].index});
           }
-        const GlsOutcome g = Gls(w, othersw, noise.coef, orders.constant);
+        const GlsOutcome g = gls.Solve(places);
         if (!g.ok) continue;
         RegressionArimaFit partial;
         partial.ok = true;
@@ -494,6 +549,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
                      std::vector<std::vector<double>>& X, std::vector<std::string>& trail, bool trends_first) {
     found.clear();
     X.clear();
+    WhitenedEffects gls(w, orders, noise.coef, opt.period, n);
     RegressionArimaFit fit;
     fit.ok = true;
     fit.arima = noise;
@@ -532,9 +588,10 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       std::vector<std::vector<double>> X2 = X;
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
       if (ramp) X2.push_back(InterventionRegressor(best->type, best->end, opt.period, n));
-      std::vector<std::vector<double>> Xw;
-      for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, orders));
-      const GlsOutcome g = Gls(w, Xw, noise.coef, orders.constant);
+      std::vector<std::pair<int, int>> places = Places(found);
+      places.push_back({best->type, best->index});
+      if (ramp) places.push_back({best->type, best->end});
+      const GlsOutcome g = gls.Solve(places);
       if (!g.ok) {
         refused.push_back({best->type, best->index});
         continue;
@@ -556,9 +613,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       X = std::move(X2);
       fit.beta = g.beta;
       if (found.size() > 1 && SettlePlaces(z, orders, noise.coef, opt, found, X, trail)) {
-        Xw.clear();
-        for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-        const GlsOutcome g2 = Gls(w, Xw, noise.coef, orders.constant);
+        const GlsOutcome g2 = gls.Solve(Places(found));
         if (g2.ok) fit.beta = g2.beta;
       }
     }
