@@ -174,10 +174,18 @@ class ChandrasekharFilter {
 
   // a <- T a : shift up, last from phi.
   void Advance(std::vector<double>& a) const {
-    double last = 0.0;
-    for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * a[r_ - lag_[m]];
+    const double last = Last(a.data());
     for (int i = 0; i + 1 < r_; ++i) a[i] = a[i + 1];
     a[r_ - 1] = last;
+  }
+
+  // The last element of T a, for the state a[0..r-1]. A state kept as a window sliding
+  // along a longer array advances with no copying: the window moves on by one and this
+  // value goes at its new end, a[r].
+  double Last(const double* a) const {
+    double last = 0.0;
+    for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * a[r_ - lag_[m]];
+    return last;
   }
 
   // The gain of the next step: f' = f + M w0^2, G' = G + T W M w0, W' = (T W f - G w0) / f',
@@ -191,12 +199,13 @@ class ChandrasekharFilter {
     // (as the one before's shifted value) before it is written.
     double last = 0.0;
     for (size_t m = 0; m < lag_.size(); ++m) last += coef_[m] * W_[r_ - lag_[m]];
-    for (int i = 0; i < r_; ++i) {
-      const double tw = i + 1 < r_ ? W_[i + 1] : last;
+    auto update = [&](int i, double tw) {
       const double g = G[i];
       G[i] = g + tw * mw;
       W_[i] = (tw * f - g * w0) * inv;
-    }
+    };
+    for (int i = 0; i + 1 < r_; ++i) update(i, W_[i + 1]);
+    update(r_ - 1, last);
     M_ = M_ * fn / f;
     f = fn;
     if (std::fabs(f - 1.0) < 1e-9) steady_ = true;
@@ -242,30 +251,36 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   if (!started) return out;
   ChandrasekharFilter& kf = *started;
   const int r = kf.size();
-  const std::vector<double>& G = kf.G;
-  std::vector<double> aw(r, 0.0), ax(r, 0.0);
+  const double* G = kf.G.data();
+  // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along.
+  std::vector<double> aw(n + r, 0.0), ax(with_mean ? n + r : 0, 0.0);
   std::vector<double> vw(n), vx(n), F(n);
   for (int t = 0; t < n; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return out;
-    const double v1 = w[t] - aw[0];
-    const double v2 = with_mean ? 1.0 - ax[0] : 0.0;
+    double* a1 = aw.data() + t;
+    const double v1 = w[t] - a1[0];
     vw[t] = v1;
-    vx[t] = v2;
     F[t] = f;
     // a <- T (a + P e1 v / f) = T a + G v / f.
-    kf.Advance(aw);
+    a1[r] = kf.Last(a1);
+    ++a1;
     const double s1 = v1 / f;
     if (with_mean) {
-      kf.Advance(ax);
+      double* a2 = ax.data() + t;
+      const double v2 = 1.0 - a2[0];
+      vx[t] = v2;
+      a2[r] = kf.Last(a2);
+      ++a2;
       const double s2 = v2 / f;
       for (int i = 0; i < r; ++i) {
-        aw[i] += G[i] * s1;
-        ax[i] += G[i] * s2;
+        a1[i] += G[i] * s1;
+        a2[i] += G[i] * s2;
       }
     } else {
       // Without a mean the unit series' filter is not needed: its errors stay unused.
-      for (int i = 0; i < r; ++i) aw[i] += G[i] * s1;
+      vx[t] = 0.0;
+      for (int i = 0; i < r; ++i) a1[i] += G[i] * s1;
     }
     kf.NextGain();
   }
@@ -307,7 +322,7 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     out.innovations.resize(n);
     for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
     out.state.resize(r);
-    for (int i = 0; i < r; ++i) out.state[i] = aw[i] - beta * ax[i];
+    for (int i = 0; i < r; ++i) out.state[i] = aw[n + i] - (with_mean ? beta * ax[n + i] : 0.0);
   }
   out.ok = true;
   return out;
@@ -327,18 +342,20 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
   if (!started) return out;
   ChandrasekharFilter& kf = *started;
   const int r = kf.size();
-  const std::vector<double>& G = kf.G;
-  std::vector<std::vector<double>> a(k, std::vector<double>(r, 0.0)), v(k, std::vector<double>(n));
+  const double* G = kf.G.data();
+  // Series j's state at step t is a[j][t..t+r-1], a window sliding along.
+  std::vector<std::vector<double>> a(k, std::vector<double>(n + r, 0.0)), v(k, std::vector<double>(n));
   std::vector<double> F(n);
   for (int t = 0; t < n; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
     F[t] = f;
     for (int j = 0; j < k; ++j) {
-      std::vector<double>& aj = a[j];
+      double* aj = a[j].data() + t;
       const double e = (*series[j])[t] - aj[0];
       v[j][t] = e;
-      kf.Advance(aj);
+      aj[r] = kf.Last(aj);
+      ++aj;
       const double se = e / f;
       for (int i = 0; i < r; ++i) aj[i] += G[i] * se;
     }

@@ -37,6 +37,14 @@ std::pair<int, int> CandidateRange(int type, int n, const ArimaOrders& orders, c
 // The types of effect the options ask for.
 std::vector<int> EnabledTypes(const DetectionOptions& opt);
 
+// Each column x of X run backwards through pi(F) = a(F) / theta(F) over zeros past its end,
+// u(q) = sum over i of pi(i) x(q + i); a(B) has its unit lead, theta(B) is 1 + theta.
+Eigen::MatrixXd BackFiltered(const Eigen::MatrixXd& X, const std::vector<double>& a, const std::vector<double>& theta);
+
+// Row q: the products of the columns back-filtered in U with an effect of `type` placed at
+// row q, the sums over s of p(s) U(q + s) for the type's pattern p to the end of the series.
+Eigen::MatrixXd PatternProducts(const Eigen::MatrixXd& U, int type, int period);
+
 // The columns of the effects found, over n observations.
 std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n);
 

@@ -138,6 +138,56 @@ namespace {
 constexpr int kMaxSpan = 250;
 }  // namespace
 
+// An effect whose residual pattern pi(B) p runs to the end of the series has, with a column
+// x, the product sum over s of p(s) u(q + s), u being x run backwards through pi: for every
+// place at once a pass over the series, where each place alone would take one.
+Eigen::MatrixXd intervention_parts::BackFiltered(const Eigen::MatrixXd& X, const std::vector<double>& a, const std::vector<double>& theta) {
+  const int m = static_cast<int>(X.rows());
+  std::vector<std::pair<int, double>> ar, ma;
+  for (size_t k = 0; k < a.size(); ++k)
+    if (a[k] != 0.0) ar.emplace_back(static_cast<int>(k), a[k]);
+  for (size_t k = 1; k <= theta.size(); ++k)
+    if (theta[k - 1] != 0.0) ma.emplace_back(static_cast<int>(k), theta[k - 1]);
+  Eigen::MatrixXd U(m, X.cols());
+  for (int col = 0; col < X.cols(); ++col) {
+    const double* x = X.col(col).data();
+    double* u = U.col(col).data();
+    for (int q = m - 1; q >= 0; --q) {
+      double v = 0.0;
+      for (const auto& [k, c] : ar)
+        if (q + k < m) v += c * x[q + k];
+      for (const auto& [k, c] : ma)
+        if (q + k < m) v -= c * u[q + k];
+      u[q] = v;
+    }
+  }
+  return U;
+}
+
+// Each row from the one after it (or a period after it): a pulse's pattern is one at s = 0, a
+// step's one everywhere, a seasonal pulse's one at every period, a trend's 1, 2, 3, ...
+Eigen::MatrixXd intervention_parts::PatternProducts(const Eigen::MatrixXd& U, int type, int period) {
+  const int m = static_cast<int>(U.rows());
+  if (type == kPulse) return U;
+  Eigen::MatrixXd P(m, U.cols());
+  for (int col = 0; col < U.cols(); ++col) {
+    const double* u = U.col(col).data();
+    double* out = P.col(col).data();
+    if (type == kLocalTrend) {
+      double level = 0.0, trend = 0.0;
+      for (int q = m - 1; q >= 0; --q) {
+        level += u[q];
+        trend += level;
+        out[q] = trend;
+      }
+      continue;
+    }
+    const int step = type == kSeasonalPulse ? std::max(1, period) : 1;
+    for (int q = m - 1; q >= 0; --q) out[q] = u[q] + (q + step < m ? out[q + step] : 0.0);
+  }
+  return P;
+}
+
 // Kept whole: one pass over the candidate places that shares the robust scale, the filter and
 // the partialled-out terms made at its top.
 std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z,
@@ -210,10 +260,12 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
   EQ.col(0) = Eigen::Map<const Eigen::VectorXd>(e.data(), m);
   if (K > 0) EQ.rightCols(K) = Q;
   Eigen::VectorXd both(K + 1);
+  const Eigen::MatrixXd U = BackFiltered(EQ, a, theta);
 
   for (int type : EnabledTypes(opt)) {
     const auto [lo, hi] = CandidateRange(type, n, orders, opt);
     if (lo > hi) continue;
+    const Eigen::MatrixXd products = PatternProducts(U, type, opt.period);
     const int len = n - lo;
     const std::vector<double> p = InterventionRegressor(type, 0, opt.period, len);
     std::vector<double> c(len), cum(len);
@@ -238,9 +290,13 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
       // pass linear in the length; by then a pulse's trace has died away and a step or a
       // trend is measured over plenty.
       const int span = std::min(n - T, kMaxSpan);
-      // One pass over the span for the numerator and every projection together.
-      const Eigen::Map<const Eigen::VectorXd> cs(c.data(), span);
-      both.noalias() = EQ.middleRows(T - burn, span).transpose() * cs;
+      if (span == n - T) {
+        both = products.row(T - burn).transpose();
+      } else {
+        // One pass over the span for the numerator and every projection together.
+        const Eigen::Map<const Eigen::VectorXd> cs(c.data(), span);
+        both.noalias() = EQ.middleRows(T - burn, span).transpose() * cs;
+      }
       const double num = both(0);
       const auto proj = both.tail(K);
       const double own = cum[span - 1];

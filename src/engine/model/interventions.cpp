@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <map>
 #include <numeric>
 #include <unordered_map>
 
@@ -146,6 +147,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     double own = 0.0, with_series = 0.0;
   };
   int design = 0;
+  std::vector<int> committed;  // the column replaced by each change of design
   std::unordered_map<const Eigen::VectorXd*, Products> products;
   auto products_of = [&](const Eigen::VectorXd& c) -> const Products& {
     Products& p = products[&c];
@@ -153,7 +155,11 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       p.own = c.squaredNorm();
       p.with_series = c.dot(ws);
     }
-    if (p.design != design) {
+    if (p.design >= 0 && p.design != design && design - p.design < cols) {
+      // Only the columns committed since then have moved.
+      for (int d = p.design; d < design; ++d) p.cross(committed[d]) = A.col(committed[d]).dot(c);
+      p.design = design;
+    } else if (p.design != design) {
       p.cross = A.transpose() * c;
       p.design = design;
     }
@@ -169,6 +175,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   };
   auto commit = [&](int j, const Eigen::VectorXd& c) {
     A.col(j) = c;
+    committed.push_back(j);
     ++design;
     swap_in(G, Aw, j, c);
   };
@@ -176,6 +183,15 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   // for all the trials of those columns, and each trial's sum of squares is what the new
   // columns take off it (their Schur complement), the products of two or three small
   // vectors instead of a factorisation of the whole design.
+  // Each column's part of a trial against the kept columns depends on that column alone:
+  // y = Gk^-1 x (x its products with the kept columns), its own sum of squares and its
+  // product with the series, both less what the kept columns explain. Made once per column
+  // for each set kept, a trial is then a few short products.
+  struct Part {
+    Eigen::VectorXd x, y;
+    double own = 0.0, with_series = 0.0;
+    const Products* products = nullptr;
+  };
   struct Kept {
     std::vector<int> index;
     Eigen::LDLT<Eigen::MatrixXd> ldlt;
@@ -183,6 +199,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     double base = 0.0;  // their residual sum of squares
     double top = 0.0;   // their largest own product, the scale of the singularity test
     bool ok = false;
+    std::unordered_map<const Eigen::VectorXd*, Part> parts;
   };
   auto keep_all_but = [&](int a, int b) {
     Kept kept;
@@ -208,47 +225,44 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     }
     return kept;
   };
+  auto part_of = [&](Kept& kept, const Eigen::VectorXd& c) -> const Part& {
+    auto it = kept.parts.find(&c);
+    if (it != kept.parts.end()) return it->second;
+    Part part;
+    part.products = &products_of(c);
+    part.own = part.products->own;
+    part.with_series = part.products->with_series;
+    const int r = static_cast<int>(kept.index.size());
+    if (r > 0) {
+      part.x.resize(r);
+      for (int i = 0; i < r; ++i) part.x(i) = part.products->cross(kept.index[i]);
+      part.y = kept.ldlt.solve(part.x);
+      part.own -= part.x.dot(part.y);
+      part.with_series -= part.x.dot(kept.u);
+    }
+    return kept.parts.emplace(&c, std::move(part)).first->second;
+  };
   // The sum of squares with the kept columns and c1 (and c2); infinite when the columns are
   // (nearly) collinear.
-  auto trial = [&](const Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
+  auto trial = [&](Kept& kept, const Eigen::VectorXd& c1, const Eigen::VectorXd* c2 = nullptr) {
     const double inf = std::numeric_limits<double>::infinity();
     if (!kept.ok) return inf;
-    const int r = static_cast<int>(kept.index.size());
-    const int t = c2 ? 2 : 1;
-    const Products* p[2] = {&products_of(c1), c2 ? &products_of(*c2) : nullptr};
-    Eigen::MatrixXd Xk(r, t);
-    for (int x = 0; x < r; ++x)
-      for (int y = 0; y < t; ++y) Xk(x, y) = p[y]->cross(kept.index[x]);
-    Eigen::Matrix2d S;
-    Eigen::Vector2d g;
-    S(0, 0) = p[0]->own;
-    g(0) = p[0]->with_series;
-    if (c2) {
-      S(1, 1) = p[1]->own;
-      S(0, 1) = S(1, 0) = c1.dot(*c2);
-      g(1) = p[1]->with_series;
+    const Part& a = part_of(kept, c1);
+    double top = std::max(kept.top, a.products->own);
+    if (!c2) {
+      if (!(a.own > 1e-10 * top)) return inf;
+      return std::max(kept.base - a.with_series * a.with_series / a.own, 0.0);
     }
-    double top = kept.top;
-    for (int y = 0; y < t; ++y) top = std::max(top, S(y, y));
-    if (r > 0) {
-      const Eigen::MatrixXd Y = kept.ldlt.solve(Xk);
-      const Eigen::MatrixXd XY = Xk.transpose() * Y;
-      const Eigen::VectorXd Xu = Xk.transpose() * kept.u;
-      for (int x = 0; x < t; ++x) {
-        g(x) -= Xu(x);
-        for (int y = 0; y < t; ++y) S(x, y) -= XY(x, y);
-      }
-    }
+    const Part& b = part_of(kept, *c2);
+    top = std::max(top, b.products->own);
     const double tol = 1e-10 * top;
-    if (!(S(0, 0) > tol)) return inf;
-    double fall = g(0) * g(0) / S(0, 0);
-    if (c2) {
-      const double s11 = S(1, 1) - S(0, 1) * S(0, 1) / S(0, 0);
-      if (!(s11 > tol)) return inf;
-      const double g1 = g(1) - S(0, 1) / S(0, 0) * g(0);
-      fall += g1 * g1 / s11;
-    }
-    return std::max(kept.base - fall, 0.0);
+    if (!(a.own > tol)) return inf;
+    double s01 = c1.dot(*c2);
+    if (!kept.index.empty()) s01 -= a.x.dot(b.y);
+    const double s11 = b.own - s01 * s01 / a.own;
+    if (!(s11 > tol)) return inf;
+    const double g1 = b.with_series - s01 / a.own * a.with_series;
+    return std::max(kept.base - a.with_series * a.with_series / a.own - g1 * g1 / s11, 0.0);
   };
   double now = ssr(G, Aw);
   if (!std::isfinite(now)) return false;
@@ -260,7 +274,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       DetectedIntervention best = found[j];
       const Eigen::VectorXd* best_col = nullptr;
       double best_ssr = now;
-      const Kept kept = keep_all_but(j, -1);
+      Kept kept = keep_all_but(j, -1);
       for (int type : EnabledTypes(opt)) {
         const auto [lo, hi] = CandidateRange(type, n, orders, opt);
         for (int T = std::max(lo, found[j].index - 3); T <= std::min(hi, found[j].index + 3); ++T) {
@@ -298,7 +312,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
         const auto [loj, hij] = CandidateRange(found[j].type, n, orders, opt);
         int bi = found[i].index, bj = found[j].index;
         double best_ssr = now;
-        const Kept kept = keep_all_but(i, j);
+        Kept kept = keep_all_but(i, j);
         for (int Ti = std::max(loi, found[i].index - 2); Ti <= std::min(hii, found[i].index + 2); ++Ti) {
           if (Ti == found[i].index) continue;
           const Eigen::VectorXd* ci = column(found[i].type, Ti);
@@ -384,6 +398,58 @@ int Weakest(const std::vector<double>& t_values, int max_count, double critical)
   return weakest;
 }
 
+// Generalised least squares of the differenced series on the effects' columns under one
+// noise model, each column whitened once for all the regressions that use it: the search
+// solves many that share all their columns but one or two.
+class WhitenedEffects {
+ public:
+  WhitenedEffects(const std::vector<double>& w, const ArimaOrders& orders, const ArmaCoefficients& coef,
+                  int period, int n)
+      : orders_(orders), period_(period), n_(n) {
+    ExpandArma(coef, phi_, theta_);
+    series_ = Whitened(w);
+    if (orders.constant) ones_ = Whitened(std::vector<double>(w.size(), 1.0));
+  }
+
+  // The same as Gls on the effects' differenced columns.
+  GlsOutcome Solve(const std::vector<std::pair<int, int>>& effects) {
+    GlsOutcome out;
+    const int m = static_cast<int>(series_.size());
+    const int k = static_cast<int>(effects.size());
+    const int cols = k + (orders_.constant ? 1 : 0);
+    if (m == 0 || m <= cols || (orders_.constant && ones_.empty())) return out;
+    Eigen::MatrixXd A(m, cols);
+    for (int j = 0; j < k; ++j) {
+      auto it = columns_.find(effects[j]);
+      if (it == columns_.end())
+        it = columns_.emplace(effects[j], Whitened(DifferenceSeries(InterventionRegressor(
+                                              effects[j].first, effects[j].second, period_, n_), orders_))).first;
+      if (static_cast<int>(it->second.size()) != m) return out;
+      A.col(j) = Eigen::Map<const Eigen::VectorXd>(it->second.data(), m);
+    }
+    if (orders_.constant) A.col(k) = Eigen::Map<const Eigen::VectorXd>(ones_.data(), m);
+    return WhitenedLeastSquares(A, Eigen::Map<const Eigen::VectorXd>(series_.data(), m), k);
+  }
+
+ private:
+  // A series through the filter alone is what it is beside others: each has its own state.
+  std::vector<double> Whitened(const std::vector<double>& x) const {
+    std::vector<std::vector<double>> white = ArmaWhitenAll({&x}, phi_, theta_);
+    return white.empty() ? std::vector<double>{} : std::move(white[0]);
+  }
+
+  ArimaOrders orders_;
+  int period_, n_;
+  std::vector<double> phi_, theta_, series_, ones_;
+  std::map<std::pair<int, int>, std::vector<double>> columns_;
+};
+
+std::vector<std::pair<int, int>> Places(const std::vector<DetectedIntervention>& found) {
+  std::vector<std::pair<int, int>> places;
+  for (const auto& f : found) places.push_back({f.type, f.index});
+  return places;
+}
+
 }  // namespace
 
 // Kept whole: its stages (search and re-estimation until the same effects come back,
@@ -433,16 +499,18 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
                       const ArimaFit& noise, std::vector<std::string>& trail) {
     bool any = false;
     const int k = static_cast<int>(found.size());
+    WhitenedEffects gls(w, orders, noise.coef, opt.period, n);
     for (int pass = 0; pass < 6; ++pass) {
       bool moved = false;
       for (int j = 0; j < k; ++j) {
-        std::vector<std::vector<double>> others, othersw;
+        std::vector<std::vector<double>> others;
+        std::vector<std::pair<int, int>> places;
         for (int i = 0; i < k; ++i)
           if (i != j) {
             others.push_back(X[i]);
-            othersw.push_back(DifferenceSeries(X[i], orders));
+            places.push_back({found[i].type, found[i].index});
           }
-        const GlsOutcome g = Gls(w, othersw, noise.coef, orders.constant);
+        const GlsOutcome g = gls.Solve(places);
         if (!g.ok) continue;
         RegressionArimaFit partial;
         partial.ok = true;
@@ -481,6 +549,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
                      std::vector<std::vector<double>>& X, std::vector<std::string>& trail, bool trends_first) {
     found.clear();
     X.clear();
+    WhitenedEffects gls(w, orders, noise.coef, opt.period, n);
     RegressionArimaFit fit;
     fit.ok = true;
     fit.arima = noise;
@@ -519,9 +588,10 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       std::vector<std::vector<double>> X2 = X;
       X2.push_back(InterventionRegressor(best->type, best->index, opt.period, n));
       if (ramp) X2.push_back(InterventionRegressor(best->type, best->end, opt.period, n));
-      std::vector<std::vector<double>> Xw;
-      for (const auto& x : X2) Xw.push_back(DifferenceSeries(x, orders));
-      const GlsOutcome g = Gls(w, Xw, noise.coef, orders.constant);
+      std::vector<std::pair<int, int>> places = Places(found);
+      places.push_back({best->type, best->index});
+      if (ramp) places.push_back({best->type, best->end});
+      const GlsOutcome g = gls.Solve(places);
       if (!g.ok) {
         refused.push_back({best->type, best->index});
         continue;
@@ -543,9 +613,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
       X = std::move(X2);
       fit.beta = g.beta;
       if (found.size() > 1 && SettlePlaces(z, orders, noise.coef, opt, found, X, trail)) {
-        Xw.clear();
-        for (const auto& x : X) Xw.push_back(DifferenceSeries(x, orders));
-        const GlsOutcome g2 = Gls(w, Xw, noise.coef, orders.constant);
+        const GlsOutcome g2 = gls.Solve(Places(found));
         if (g2.ok) fit.beta = g2.beta;
       }
     }
