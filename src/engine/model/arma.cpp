@@ -13,51 +13,68 @@ void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector
   const int s = std::max(1, c.period);
   const int p = static_cast<int>(c.ar.size()), P = static_cast<int>(c.sar.size());
   const int q = static_cast<int>(c.ma.size()), Q = static_cast<int>(c.sma.size());
-  // Polynomials with their unit lead: a(B) = 1 - sum ar B^i.
-  std::vector<double> a(p + 1, 0.0), as(s * P + 1, 0.0);
+  // Polynomials with their unit lead: a(B) = 1 - sum ar B^i. The products run in every
+  // likelihood evaluation of every candidate, so their workspace is kept per thread.
+  thread_local std::vector<double> a, as, prod, b, bs, prodm;
+  a.assign(p + 1, 0.0);
+  as.assign(s * P + 1, 0.0);
   a[0] = 1.0;
   for (int i = 0; i < p; ++i) a[i + 1] = -c.ar[i];
   as[0] = 1.0;
   for (int j = 0; j < P; ++j) as[s * (j + 1)] = -c.sar[j];
-  std::vector<double> prod(p + s * P + 1, 0.0);
+  prod.assign(p + s * P + 1, 0.0);
   for (int i = 0; i <= p; ++i)
     for (int j = 0; j <= s * P; ++j) prod[i + j] += a[i] * as[j];
   phi.assign(p + s * P, 0.0);
   for (size_t k = 1; k < prod.size(); ++k) phi[k - 1] = -prod[k];
 
-  std::vector<double> b(q + 1, 0.0), bs(s * Q + 1, 0.0);
+  b.assign(q + 1, 0.0);
+  bs.assign(s * Q + 1, 0.0);
   b[0] = 1.0;
   for (int i = 0; i < q; ++i) b[i + 1] = c.ma[i];
   bs[0] = 1.0;
   for (int j = 0; j < Q; ++j) bs[s * (j + 1)] = c.sma[j];
-  std::vector<double> prodm(q + s * Q + 1, 0.0);
+  prodm.assign(q + s * Q + 1, 0.0);
   for (int i = 0; i <= q; ++i)
     for (int j = 0; j <= s * Q; ++j) prodm[i + j] += b[i] * bs[j];
   theta.assign(q + s * Q, 0.0);
   for (size_t k = 1; k < prodm.size(); ++k) theta[k - 1] = prodm[k];
 }
 
-bool IsStationary(const std::vector<double>& a_in, double margin) {
-  std::vector<double> a = a_in;
+namespace {
+
+// The step-down recursion on the polynomial held in `a` (its first values), stepping into
+// `next`; both are per-thread workspace, since the check runs for every trial step of every
+// estimation and fresh vectors at each order cost more than the arithmetic.
+bool StepDownStationary(std::vector<double>& a, std::vector<double>& next, double margin) {
   while (!a.empty() && a.back() == 0.0) a.pop_back();
   for (double v : a)
     if (!std::isfinite(v)) return false;
   const double limit = 1.0 - margin;
+  next.resize(a.size());
   for (int k = static_cast<int>(a.size()); k >= 1; --k) {
     const double kappa = a[k - 1];
     if (!(std::fabs(kappa) < limit)) return false;
     const double den = 1.0 - kappa * kappa;
-    std::vector<double> next(k - 1);
     for (int j = 1; j < k; ++j) next[j - 1] = (a[j - 1] + kappa * a[k - j - 1]) / den;
     a.swap(next);
   }
   return true;
 }
 
+thread_local std::vector<double> step_a, step_next;
+
+}  // namespace
+
+bool IsStationary(const std::vector<double>& a_in, double margin) {
+  step_a.assign(a_in.begin(), a_in.end());
+  return StepDownStationary(step_a, step_next, margin);
+}
+
 bool IsInvertible(const std::vector<double>& b, double margin) {
-  std::vector<double> a(b.size());
-  for (size_t i = 0; i < b.size(); ++i) a[i] = -b[i];
-  return IsStationary(a, margin);
+  step_a.resize(b.size());
+  for (size_t i = 0; i < b.size(); ++i) step_a[i] = -b[i];
+  return StepDownStationary(step_a, step_next, margin);
 }
 
 double SmallestRootModulus(const std::vector<double>& a_in) {
@@ -92,38 +109,44 @@ std::vector<double> PsiWeights(const std::vector<double>& phi, const std::vector
 // AR polynomial spans several cycles; those of w are sums of x's over the lags of theta.
 std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const std::vector<double>& theta,
                                         int max_lag) {
-  if (!IsStationary(phi)) return {};
-  std::vector<double> ar = phi;
-  while (!ar.empty() && ar.back() == 0.0) ar.pop_back();
-  const int p = static_cast<int>(ar.size());
+  int p = static_cast<int>(phi.size());
+  while (p > 0 && phi[p - 1] == 0.0) --p;
+  for (int i = 0; i < p; ++i)
+    if (!std::isfinite(phi[i])) return {};
   const int q = static_cast<int>(theta.size());
   const int m = std::max(max_lag, 0);
-  // The predictor coefficients of every order from p down to 1; kappa is the last of each.
-  std::vector<std::vector<double>> by_order(p + 1);
-  by_order[p] = ar;
+  // The predictor coefficients of every order from p down to 1, order k's k values at k(k-1)/2
+  // of one per-thread array (this runs at every likelihood evaluation); kappa is the last of
+  // each, and the recursion stops as soon as one reaches the unit circle (not stationary).
+  thread_local std::vector<double> by_order, gx, shift;
+  thread_local std::vector<std::pair<int, double>> th;
+  by_order.resize(static_cast<size_t>(p) * (p + 1) / 2);
+  auto order = [&](int k) { return by_order.data() + static_cast<size_t>(k) * (k - 1) / 2; };
+  std::copy(phi.begin(), phi.begin() + p, order(p));
   double variance = 1.0;
   for (int k = p; k >= 1; --k) {
-    const std::vector<double>& a = by_order[k];
+    const double* a = order(k);
     const double kappa = a[k - 1];
+    if (!(std::fabs(kappa) < 1.0)) return {};
     const double den = 1.0 - kappa * kappa;
     variance /= den;
-    std::vector<double>& next = by_order[k - 1];
-    next.resize(k - 1);
+    double* next = order(k - 1);
     for (int j = 1; j < k; ++j) next[j - 1] = (a[j - 1] + kappa * a[k - j - 1]) / den;
   }
-  std::vector<double> gx(m + q + 1);
+  gx.resize(m + q + 1);
   gx[0] = variance;
   for (int k = 1; k <= m + q; ++k) {
-    const std::vector<double>& a = by_order[std::min(k, p)];
+    const int len = std::min(k, p);
+    const double* a = order(len);
     double v = 0.0;
-    for (int j = 1; j <= static_cast<int>(a.size()) && j <= k; ++j) v += a[j - 1] * gx[k - j];
+    for (int j = 1; j <= len && j <= k; ++j) v += a[j - 1] * gx[k - j];
     gx[k] = v;
   }
   // Products of theta with itself at each shift d (theta_0 = 1), over its nonzero lags.
-  std::vector<std::pair<int, double>> th{{0, 1.0}};
+  th.assign(1, {0, 1.0});
   for (int i = 1; i <= q; ++i)
     if (theta[i - 1] != 0.0) th.emplace_back(i, theta[i - 1]);
-  std::vector<double> shift(q + 1, 0.0);
+  shift.assign(q + 1, 0.0);
   for (size_t a = 0; a < th.size(); ++a)
     for (size_t b = a; b < th.size(); ++b) shift[th[b].first - th[a].first] += th[a].second * th[b].second;
   std::vector<double> g(m + 1, 0.0);
@@ -252,9 +275,14 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   ChandrasekharFilter& kf = *started;
   const int r = kf.size();
   const double* G = kf.G.data();
-  // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along.
-  std::vector<double> aw(n + r, 0.0), ax(with_mean ? n + r : 0, 0.0);
-  std::vector<double> vw(n), vx(n), F(n);
+  // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along. The
+  // arrays are per-thread workspace: this runs at every step of every estimation.
+  thread_local std::vector<double> aw, ax, vw, vx, F;
+  aw.assign(n + r, 0.0);
+  ax.assign(with_mean ? n + r : 0, 0.0);
+  vw.resize(n);
+  vx.resize(n);
+  F.resize(n);
   for (int t = 0; t < n; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return out;
