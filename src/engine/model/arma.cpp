@@ -275,6 +275,7 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   ChandrasekharFilter& kf = *started;
   const int r = kf.size();
   const double* G = kf.G.data();
+  double sxx = 0.0, sxw = 0.0;  // the unit series' weighted products, summed as the filter runs
   // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along. The
   // arrays are per-thread workspace: this runs at every step of every estimation.
   thread_local std::vector<double> aw, ax, vw, vx, F;
@@ -301,6 +302,8 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
       a2[r] = kf.Last(a2);
       ++a2;
       const double s2 = v2 / f;
+      sxx += v2 * v2 / f;
+      sxw += v2 * v1 / f;
       for (int i = 0; i < r; ++i) {
         a1[i] += G[i] * s1;
         a2[i] += G[i] * s2;
@@ -313,12 +316,7 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
     kf.NextGain();
   }
 
-  double sxx = 0.0, sxw = 0.0, sumlogf = 0.0;
-  for (int t = 0; t < n; ++t) {
-    sxx += vx[t] * vx[t] / F[t];
-    sxw += vx[t] * vw[t] / F[t];
-  }
-  sumlogf = SumOfLogs(F);
+  const double sumlogf = SumOfLogs(F);
   double beta = 0.0;
   if (with_mean) {
     if (!(sxx > 0.0)) return out;
