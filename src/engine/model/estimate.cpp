@@ -99,7 +99,8 @@ bool Admissible(const ArmaCoefficients& c, double margin) {
          IsInvertible(c.sma, margin);
 }
 
-LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol) {
+LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol,
+                    bool with_jtj) {
   LmOutcome out;
   const int k = static_cast<int>(x.size());
   Eigen::VectorXd r;
@@ -165,7 +166,7 @@ LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations,
     }
     if (out.converged) break;
   }
-  if (jacobian()) out.jtj = J.transpose() * J;
+  if (with_jtj && jacobian()) out.jtj = J.transpose() * J;
   return out;
 }
 
@@ -276,7 +277,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
     ConvergenceCriteria cc = crit;
     cc.max_iterations = std::max(crit.max_iterations, 10);
     Eigen::VectorXd start = x;
-    Marquardt(css, x, cc.max_iterations, 0.01, 1.0);
+    Marquardt(css, x, cc.max_iterations, 0.01, 1.0, false);
     if (!x.allFinite()) x = start;
   }
 
@@ -294,7 +295,7 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
   const double par_tol = crit.polish ? std::min(crit.parameter_change_pct, 1e-2) : crit.parameter_change_pct;
   LmOutcome lm;
   if (crit.max_iterations > 0) {
-    lm = Marquardt(exact, x, crit.max_iterations, sse_tol, par_tol);
+    lm = Marquardt(exact, x, crit.max_iterations, sse_tol, par_tol, with_errors);
   } else {
     lm.converged = true;
   }

@@ -33,13 +33,17 @@ using ResidualFn = std::function<bool(const Eigen::VectorXd&, Eigen::VectorXd&)>
 struct LmOutcome {
   int iterations = 0;
   bool converged = false;
-  Eigen::MatrixXd jtj;   // at the solution
+  Eigen::MatrixXd jtj;   // at the solution, when asked for
 };
 
 // Levenberg-Marquardt on a sum of squares with a forward-difference Jacobian. A step to an
 // inadmissible point counts as a failed step. Stops when the relative changes of the sum of
 // squares and of the parameters are both below their limits, or after max_iterations.
-LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol);
+// `with_jtj`: J'J at the solution is made too (one more Jacobian, a residual evaluation per
+// parameter), which only the standard errors' fallback reads: the search's candidates and
+// the conditional start do without it.
+LmOutcome Marquardt(const ResidualFn& f, Eigen::VectorXd& x, int max_iterations, double sse_tol, double par_tol,
+                    bool with_jtj = true);
 
 // Log-likelihood at a point; false where it cannot be evaluated.
 using LogLikelihoodFn = std::function<bool(const Eigen::VectorXd&, double&)>;
