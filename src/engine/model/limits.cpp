@@ -74,11 +74,8 @@ std::vector<double> TailRatios(const std::vector<double>& innovations, const Ari
                                double coverage) {
   const int m = static_cast<int>(innovations.size());
   if (horizon < 1 || m < kMinTailInnovations || JarqueBera(innovations).p_value >= kNormalityP) return {};
-  double mean = 0.0;
-  for (double v : innovations) mean += v / m;
-  double ss = 0.0;
-  for (double v : innovations) ss += (v - mean) * (v - mean);
-  const double sd = std::sqrt(ss / m);
+  const double mean = Mean(innovations);
+  const double sd = std::sqrt(Variance(innovations));
   if (!(sd > 0.0) || !std::isfinite(sd)) return {};
   std::vector<double> phi, theta;
   ExpandArma(fit.coef, phi, theta);
