@@ -15,7 +15,6 @@ namespace {
 constexpr double kKpss10 = 0.347;
 constexpr double kKpss5 = 0.463;
 
-
 bool IsConstant(const std::vector<double>& x) {
   if (x.empty()) return true;
   const double lo = *std::min_element(x.begin(), x.end());
