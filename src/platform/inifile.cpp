@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstdlib>
+#include <limits>
 
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -159,9 +160,14 @@ long ReadProfileInt(std::string_view section, std::string_view key, long default
   size_t i = 0;
   bool negative = false;
   if (i < s.size() && (s[i] == '-' || s[i] == '+')) negative = s[i++] == '-';
+  // A value longer than a long holds stops at the largest one rather than wrapping.
   long value = 0;
-  for (; i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])); ++i)
-    value = value * 10 + (s[i] - '0');
+  for (; i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])); ++i) {
+    const int digit = s[i] - '0';
+    value = value > (std::numeric_limits<long>::max() - digit) / 10
+                ? std::numeric_limits<long>::max()
+                : value * 10 + digit;
+  }
   return negative ? -value : value;
 }
 

@@ -57,7 +57,8 @@ std::string ReadProfileString(std::string_view section, std::string_view key,
                               std::string_view default_value,
                               const std::filesystem::path& path);
 // The leading integer of the value (optional sign, then digits); 0 when the value has
-// none; the default when the key is missing.
+// none; the default when the key is missing; digits beyond a long's range give its largest
+// value (negated under a minus sign).
 long ReadProfileInt(std::string_view section, std::string_view key, long default_value,
                     const std::filesystem::path& path);
 // No key: deletes the section. No value: deletes the key. False when the file cannot be written.

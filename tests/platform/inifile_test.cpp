@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "support/program_folder.h"
 
 namespace tessaly::platform {
@@ -54,6 +56,8 @@ TEST(IniFile, ProfileCallsReadAndWriteTheFile) {
   EXPECT_EQ(ReadProfileInt("Params", "Count", 0, path), 12);
   EXPECT_EQ(ReadProfileInt("Params", "Sign", 0, path), -4);
   EXPECT_EQ(ReadProfileInt("Params", "Word", 5, path), 0);
+  ASSERT_TRUE(WriteProfileString("Params", "Huge", "-000400000000000000000147645", path));
+  EXPECT_EQ(ReadProfileInt("Params", "Huge", 0, path), -std::numeric_limits<long>::max());
   ASSERT_TRUE(WriteProfileString("Params", "Word", std::nullopt, path));
   EXPECT_EQ(ReadProfileInt("Params", "Word", 5, path), 5);
   ASSERT_TRUE(WriteProfileString("Params", std::nullopt, std::nullopt, path));
