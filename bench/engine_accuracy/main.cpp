@@ -14,7 +14,8 @@
 //
 //   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
 //                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
-//                         [--only PREFIX] [--origins N] [--long] [--plain] [--combination]
+//                         [--only PREFIX] [--origins N] [--long] [--plain] [--combination] [--effects]
+// --effects prints each origin's model and the effects found (kind, observation, t value).
 // --plain adds automatic modelling without power transforms (auto.arima's default).
 // --combination adds the forecast combination (objective 98) as a row of its own; with --verbose
 // each series' line ends with the combination's MASE, sMAPE and coverages.
@@ -401,7 +402,7 @@ void PrintRow(const char* who, const std::string& group, const Summary& s) {
 // order its output shows them.
 int main(int argc, char** argv) {
   fs::path data = fs::path(ENGINE_ACCURACY_DIR) / "data";
-  bool with_r = true, verbose = false, with_plain = false, with_combination = false;
+  bool with_r = true, verbose = false, with_plain = false, with_combination = false, show_effects = false;
   int reps = 3;
   int calibration = 0;  // series per known process; 0: the benchmark set
   int origin_count = 3;
@@ -429,6 +430,7 @@ int main(int argc, char** argv) {
     else if (a == "--reps" && i + 1 < argc) reps = std::max(1, std::atoi(argv[++i]));
     else if (a == "--origins" && i + 1 < argc) origin_count = std::max(1, std::atoi(argv[++i]));
     else if (a == "--verbose") verbose = true;
+    else if (a == "--effects") show_effects = true;
     else if (a == "--only" && i + 1 < argc) only = argv[++i];
   }
   std::vector<Series> all;
@@ -474,6 +476,15 @@ int main(int argc, char** argv) {
       const std::vector<double> lo[2] = {r80.lower, r.lower}, hi[2] = {r80.upper, r.upper};
       Outcome out = Measure(s, o.n, o.h, r.forecasts, lo, hi, best_ms);
       out.model = r.description + (r.lambda != 1.0 ? (r.lambda == 0.0 ? " log" : " sqrt") : "");
+      if (show_effects) {
+        static const char* kKinds[] = {"", "pulse", "level shift", "seasonal pulse", "local trend", "dynamic pulse"};
+        std::printf("%-22s origin %d of %zu: %s, %zu effects", s.name.c_str(), o.n,
+                    s.values.size(), out.model.c_str(), r.interventions.size());
+        for (const auto& e : r.interventions)
+          std::printf("; %s at %d (t %.1f)", e.type >= 1 && e.type <= 5 ? kKinds[e.type] : "?",
+                      e.observation, e.t_value);
+        std::printf("\n");
+      }
       per_series[s.name].push_back(out);
       if (monthly_ms && o.k == 0 && s.period == 12 && o.n >= 120 && o.n <= 180) monthly_ms->push_back(best_ms);
     }
