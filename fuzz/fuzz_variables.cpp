@@ -21,6 +21,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   (void)vars.HolidayNames();
   (void)genseries::VariableDate(vars.Dateof1stHolidayObservation);
   (void)genseries::VariableDate(vars.DateOfFirstObservation);
-  genseries::GenerateSeries(file, dataset, dir / "GENERATED.ASC", {}, dir);
+  (void)genseries::GenerateSeries(file, dataset, dir / "GENERATED.ASC", {}, dir);
   return 0;
 }

@@ -69,7 +69,10 @@ int main(int argc, char** argv) {
   // report.xml as a run writes it into an output folder.
   const fs::path scratch = fs::temp_directory_path() / "tessaly-make-seeds";
   fs::create_directories(scratch / "DEFAULTXSD");
-  dataset::CreateREPORTXML(scratch);
+  if (!dataset::CreateREPORTXML(scratch)) {
+    std::fprintf(stderr, "make_seeds: cannot write report.xml in %s\n", scratch.c_str());
+    return 1;
+  }
   fs::copy_file(scratch / "report.xml", out / "fuzz_report_xml" / "report.xml",
                 fs::copy_options::overwrite_existing);
   Count(true, out / "fuzz_report_xml" / "report.xml");
