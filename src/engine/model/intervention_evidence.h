@@ -10,7 +10,7 @@ namespace quorvane {
 
 // A level shift or a local trend moves every forecast, and a seasonal pulse recurs in every
 // forecast cycle, while a pulse leaves them alone. Found close to the end of the series such
-// an effect rests on the few observations after it: a shift or a trend with fewer than
+// an effect rests on the few observations after it: a shift or a trend with at most
 // kRampMinGap observations (or one seasonal cycle, if longer) from its place to the end
 // cannot yet be told from a change that dies away or levels off, and a seasonal pulse
 // within the last two cycles has been seen twice only. A misjudged one is then carried over
