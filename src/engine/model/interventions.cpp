@@ -16,6 +16,7 @@
 
 #include "engine/model/arma.h"
 #include "engine/model/forecast.h"
+#include "engine/model/intervention_evidence.h"
 #include "engine/model/regression_noise.h"
 #include "engine/model/series_stats.h"
 #include "engine/model/unit_root.h"
@@ -805,7 +806,10 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
           close(f.coef.sma, start.coef.sma) && close({f.mean}, {start.mean}))
         return r;
     }
+    // Effects carried into the forecasts on few observations face the stricter test here,
+    // before the candidates are compared: each start's model is judged as it would be kept.
     searched.emplace_back(start, DetectInterventions(z, start, opt));
+    DropWeakLateEffects(z, opt, searched.back().second);
     return searched.back().second;
   };
 
