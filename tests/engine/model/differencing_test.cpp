@@ -16,10 +16,10 @@ TEST(Differencing, SecondDifferenceOnlyBeyondTheOnePercentPoint) {
     const char* series;
     bool log;
     int differences;
-  } cases[] = {{"macro_realgdp", false, 1},   // 0.51
-               {"macro_realcons", false, 2},  // 1.21
-               {"macro_cpi", true, 2},        // 0.80
-               {"macro_realcons", true, 1}};  // 0.38
+  } cases[] = {{"macro_realgdp", false, 1},   // KPSS 0.51
+               {"macro_realcons", false, 2},  // KPSS 1.21
+               {"macro_cpi", true, 2},        // KPSS 0.80
+               {"macro_realcons", true, 1}};  // KPSS 0.38
   for (const auto& c : cases) {
     std::vector<double> y = testdata::LoadSeries(c.series);
     if (c.log)
