@@ -543,8 +543,8 @@ bool ChangedParameters(const ModelingProblem& problem, const StageCallback& on_s
   return false;
 }
 
-// The least significant term dropped and the model estimated again while one is not
-// significant at the rules' necessity level.
+// One term dropped and the model estimated again while a term is not significant at the
+// rules' necessity level.
 void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, const ConvergenceCriteria& crit,
                        ArimaFit& fit, ModelResult& r) {
   const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
@@ -552,34 +552,45 @@ void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, c
   for (int round = 0; round < 20; ++round) {
     std::vector<TermRef> refs;
     const std::vector<Coefficient> cs = Coefficients(fit, &refs);
-    int worst = -1;
-    double worst_p = alpha;
+    std::vector<int> weak;
     for (size_t i = 0; i < cs.size(); ++i)
-      if (cs[i].std_error > 0.0 && cs[i].p_value > worst_p) {
-        worst_p = cs[i].p_value;
-        worst = static_cast<int>(i);
+      if (cs[i].std_error > 0.0 && cs[i].p_value > alpha) weak.push_back(static_cast<int>(i));
+    if (weak.empty()) break;
+    // Of the terms that fail the test, the one whose removal leaves the best model (lowest
+    // AICc) goes first, not simply the one with the largest p-value: in a model with nearly
+    // cancelling AR and MA factors every term of the pair has a large standard error, and the
+    // largest p-value points at whichever term the estimates happen to blur most. Every term
+    // left at the end is still significant at the level. On a tie the larger p-value goes.
+    std::stable_sort(weak.begin(), weak.end(), [&](int a, int b) { return cs[a].p_value > cs[b].p_value; });
+    ArimaFit chosen;
+    int chosen_i = -1;
+    for (int worst : weak) {
+      ArimaOrders s = fit.orders;
+      const TermRef ref = refs[worst];
+      auto hold = [](std::vector<bool>& zero, int order, int index) {
+        zero.resize(order, false);
+        zero[index] = true;
+      };
+      switch (ref.group) {
+        case 0: hold(s.ar_zero, s.p, ref.index); break;
+        case 1: hold(s.ma_zero, s.q, ref.index); break;
+        case 2: hold(s.sar_zero, s.P, ref.index); break;
+        case 3: hold(s.sma_zero, s.Q, ref.index); break;
+        default: s.constant = false; break;
       }
-    if (worst < 0) break;
-    ArimaOrders s = fit.orders;
-    const TermRef ref = refs[worst];
-    auto hold = [](std::vector<bool>& zero, int order, int index) {
-      zero.resize(order, false);
-      zero[index] = true;
-    };
-    switch (ref.group) {
-      case 0: hold(s.ar_zero, s.p, ref.index); break;
-      case 1: hold(s.ma_zero, s.q, ref.index); break;
-      case 2: hold(s.sar_zero, s.P, ref.index); break;
-      case 3: hold(s.sma_zero, s.Q, ref.index); break;
-      default: s.constant = false; break;
+      TrimOrders(s);
+      // From the model's own estimates (the dropped term's simply left out): the optimum
+      // nearest the model that was judged, not whichever one a fresh start finds.
+      ArimaFit next = FitArima(z, s, crit, true, &fit.coef);
+      if (!next.ok) continue;
+      if (chosen_i < 0 || next.aicc < chosen.aicc) {
+        chosen = std::move(next);
+        chosen_i = worst;
+      }
     }
-    TrimOrders(s);
-    // From the model's own estimates (the dropped term's simply left out): the optimum
-    // nearest the model that was judged, not whichever one a fresh start finds.
-    const ArimaFit next = FitArima(z, s, crit, true, &fit.coef);
-    if (!next.ok) break;
-    text += cs[worst].term + " dropped (p-value " + Format("%.3f", worst_p) + "). ";
-    fit = next;
+    if (chosen_i < 0) break;
+    text += cs[chosen_i].term + " dropped (p-value " + Format("%.3f", cs[chosen_i].p_value) + "). ";
+    fit = chosen;
   }
   r.notes.push_back({texts::kHeadNecessity,
                      (text.empty() ? std::string("Every term is significant at ") + Format("%.1f", rules.necessity_level) + " %."

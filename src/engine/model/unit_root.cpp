@@ -11,9 +11,10 @@
 namespace quorvane {
 
 namespace {
-// The KPSS statistic's 10 % and 5 % points (level stationarity).
+// The KPSS statistic's 10 %, 5 % and 1 % points (level stationarity).
 constexpr double kKpss10 = 0.347;
 constexpr double kKpss5 = 0.463;
+constexpr double kKpss1 = 0.739;
 
 bool IsConstant(const std::vector<double>& x) {
   if (x.empty()) return true;
@@ -52,7 +53,7 @@ KpssResult Kpss(const std::vector<double>& x) {
   if (!(s2 > 0.0)) return out;
   out.statistic = eta / s2;
   // Critical values of the level-stationarity test: 10 %, 5 %, 2.5 %, 1 %.
-  static const double crit[4] = {kKpss10, kKpss5, 0.574, 0.739};
+  static const double crit[4] = {kKpss10, kKpss5, 0.574, kKpss1};
   static const double prob[4] = {0.10, 0.05, 0.025, 0.01};
   const double s = out.statistic;
   if (s <= crit[0]) out.p_value = 0.10;
@@ -155,7 +156,12 @@ int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<Diff
     // first difference: a second rests on KPSS alone, since a once-differenced series that
     // keeps a seasonal unit root (a season left to seasonal ARMA terms) holds the
     // Dickey-Fuller test at its null and would be differenced twice for nothing.
-    bool unit = r.statistic > kKpss5;
+    // A second difference asks for the 1 % point: it turns the drift of a once-differenced
+    // model into a slope that wanders, whose forecasts carry the latest slope on for good
+    // and whose forecast variance grows with the cube of the horizon. A growth rate that
+    // merely drifts slowly lies between the 5 % and 1 % points and is better left to one
+    // difference with drift and autoregressive terms.
+    bool unit = r.statistic > (d == 0 ? kKpss5 : kKpss1);
     if (d == 0 && r.statistic > kKpss10 && r.statistic <= kKpss5) {
       step.adf = Adf(cur);
       if (step.adf.computed) unit = !(step.adf.statistic < step.adf.critical_5);

@@ -33,9 +33,9 @@ struct DifferencingStep {
 };
 
 // Number of regular differences (0..max_d) that the unit-root tests ask for, testing again
-// after each difference: one when the KPSS test rejects stationarity at the 5 % level, or
-// at the 10 % level when the augmented Dickey-Fuller test does not reject the unit root at
-// 5 %. Stops when the differenced series is constant.
+// after each difference: the first when the KPSS test rejects stationarity at the 5 % level,
+// or at the 10 % level when the augmented Dickey-Fuller test does not reject the unit root at
+// 5 %; a second only when KPSS rejects at 1 %. Stops when the differenced series is constant.
 int RegularDifferences(const std::vector<double>& x, int max_d, std::vector<DifferencingStep>* steps);
 
 // Strength of seasonality in [0, 1]: 1 - var(remainder) / var(seasonal + remainder) after a
