@@ -8,6 +8,12 @@
 
 namespace quorvane {
 
+namespace {
+// Two doubles operated on together (one SSE2 register on x86-64), each half by the same
+// IEEE arithmetic as a double alone.
+typedef double Pair __attribute__((vector_size(16)));
+}  // namespace
+
 void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector<double>& theta) {
   const int s = std::max(1, c.period);
   const int p = static_cast<int>(c.ar.size()), P = static_cast<int>(c.sar.size());
@@ -246,6 +252,8 @@ class ChandrasekharFilter {
   }
 
   int size() const { return r_; }
+  const std::vector<int>& lags() const { return lag_; }
+  const std::vector<double>& coefficients() const { return coef_; }
 
   double f = 0.0;         // the present step's prediction variance
   std::vector<double> G;  // and its gain
@@ -292,42 +300,57 @@ bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& ph
   double sxx = 0.0, sxw = 0.0;  // the unit series' weighted products, summed as the filter runs
   // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along. The
   // arrays are per-thread workspace: this runs at every step of every estimation.
-  thread_local std::vector<double> aw, ax, vw, vx, F;
-  aw.assign(n + r, 0.0);
-  ax.assign(with_mean ? n + r : 0, 0.0);
+  thread_local std::vector<double> aw, vw, vx, F;
+  // With a mean, the series' and the unit series' states side by side in one array of
+  // pairs: the two filters share every gain and AR coefficient, and each pair is updated
+  // with one vector operation, each of its halves by exactly the arithmetic of the
+  // filter alone.
+  thread_local std::vector<Pair> both;
   vw.resize(n);
   vx.resize(n);
   F.resize(n);
-  for (int t = 0; t < n; ++t) {
-    const double f = kf.f;
-    if (!(f > 0.0) || !std::isfinite(f)) return false;
-    double* a1 = aw.data() + t;
-    const double v1 = w[t] - a1[0];
-    vw[t] = v1;
-    F[t] = f;
-    // a <- T (a + P e1 v / f) = T a + G v / f.
-    a1[r] = kf.Last(a1);
-    ++a1;
-    const double s1 = v1 / f;
-    if (with_mean) {
-      double* a2 = ax.data() + t;
-      const double v2 = 1.0 - a2[0];
+  if (with_mean) {
+    both.assign(n + r, Pair{0.0, 0.0});
+    const std::vector<int>& lag = kf.lags();
+    const std::vector<double>& coef = kf.coefficients();
+    const int lags = static_cast<int>(lag.size());
+    for (int t = 0; t < n; ++t) {
+      const double f = kf.f;
+      if (!(f > 0.0) || !std::isfinite(f)) return false;
+      Pair* a = both.data() + t;
+      const double v1 = w[t] - a[0][0];
+      const double v2 = 1.0 - a[0][1];
+      vw[t] = v1;
       vx[t] = v2;
-      a2[r] = kf.Last(a2);
-      ++a2;
-      const double s2 = v2 / f;
+      F[t] = f;
+      // a <- T (a + P e1 v / f) = T a + G v / f, for both at once.
+      Pair last{0.0, 0.0};
+      for (int m = 0; m < lags; ++m) last += coef[m] * a[r - lag[m]];
+      a[r] = last;
+      ++a;
+      const Pair s{v1 / f, v2 / f};
       sxx += v2 * v2 / f;
       sxw += v2 * v1 / f;
-      for (int i = 0; i < r; ++i) {
-        a1[i] += G[i] * s1;
-        a2[i] += G[i] * s2;
-      }
-    } else {
+      for (int i = 0; i < r; ++i) a[i] += G[i] * s;
+      kf.NextGain();
+    }
+  } else {
+    aw.assign(n + r, 0.0);
+    for (int t = 0; t < n; ++t) {
+      const double f = kf.f;
+      if (!(f > 0.0) || !std::isfinite(f)) return false;
+      double* a1 = aw.data() + t;
+      const double v1 = w[t] - a1[0];
+      vw[t] = v1;
+      F[t] = f;
+      a1[r] = kf.Last(a1);
+      ++a1;
+      const double s1 = v1 / f;
       // Without a mean the unit series' filter is not needed: its errors stay unused.
       vx[t] = 0.0;
       for (int i = 0; i < r; ++i) a1[i] += G[i] * s1;
+      kf.NextGain();
     }
-    kf.NextGain();
   }
 
   const double sumlogf = SumOfLogs(F);
@@ -336,11 +359,19 @@ bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& ph
     if (!(sxx > 0.0)) return false;
     beta = sxw / sxx;
   }
+  // The scaled residuals are made in the same pass as their sum of squares (and are of no
+  // account when the fit turns out to have no likelihood).
+  const double g = std::exp(sumlogf / (2.0 * n));
+  if (!scaled) {
+    out.scaled.resize(n);
+    scaled = out.scaled.data();
+  }
   double ssq = 0.0, size = 0.0;
   for (int t = 0; t < n; ++t) {
     const double e = vw[t] - beta * vx[t];
     ssq += e * e / F[t];
     size += vw[t] * vw[t] / F[t];
+    scaled[t] = e / std::sqrt(F[t]) * g;
   }
   // An exact fit (a constant series about its mean) has no likelihood.
   if (!std::isfinite(ssq) || !(ssq > 1e-24 * size)) return false;
@@ -354,18 +385,12 @@ bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& ph
   else
     out.loglik = std::numeric_limits<double>::infinity();
   out.mean_variance = with_mean ? out.sigma2 / sxx : 0.0;
-  const double g = std::exp(sumlogf / (2.0 * n));
   out.scaled_ssq = ssq * g * g;
-  if (!scaled) {
-    out.scaled.resize(n);
-    scaled = out.scaled.data();
-  }
-  for (int t = 0; t < n; ++t) scaled[t] = (vw[t] - beta * vx[t]) / std::sqrt(F[t]) * g;
   if (keep_series) {
     out.innovations.resize(n);
     for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
     out.state.resize(r);
-    for (int i = 0; i < r; ++i) out.state[i] = aw[n + i] - (with_mean ? beta * ax[n + i] : 0.0);
+    for (int i = 0; i < r; ++i) out.state[i] = with_mean ? both[n + i][0] - beta * both[n + i][1] : aw[n + i] - 0.0;
   }
   out.ok = true;
   return true;
