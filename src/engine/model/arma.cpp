@@ -425,32 +425,46 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
   if (!kf.Start(phi, theta)) return out;
   const int r = kf.size();
   const double* G = kf.G.data();
-  // Series j's state at step t is a[j][t..t+r-1], a window sliding along.
-  std::vector<std::vector<double>> a(k, std::vector<double>(n + r, 0.0)), v(k, std::vector<double>(n));
-  std::vector<double> F(n);
+  // The series go through in pairs, each pair's states side by side as in
+  // ArmaExactLikelihood with a mean (a last odd series beside zeros). Pair p's state at step
+  // t is a[p (n + r) + t ..][0..r-1], a window sliding along; its errors are v[p n + t]. The
+  // arrays are per-thread workspace: detection whitens at every regression it solves.
+  const int pairs = (k + 1) / 2;
+  thread_local std::vector<Pair> a, v;
+  thread_local std::vector<double> F;
+  a.assign(static_cast<size_t>(pairs) * (n + r), Pair{0.0, 0.0});
+  v.resize(static_cast<size_t>(pairs) * n);
+  F.resize(n);
+  const std::vector<int>& lag = kf.lags();
+  const std::vector<double>& coef = kf.coefficients();
+  const int lags = static_cast<int>(lag.size());
   for (int t = 0; t < n; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
     F[t] = f;
-    for (int j = 0; j < k; ++j) {
-      double* aj = a[j].data() + t;
-      const double e = (*series[j])[t] - aj[0];
-      v[j][t] = e;
-      aj[r] = kf.Last(aj);
-      ++aj;
-      const double se = e / f;
-      for (int i = 0; i < r; ++i) aj[i] += G[i] * se;
+    for (int p = 0; p < pairs; ++p) {
+      Pair* ap = a.data() + static_cast<size_t>(p) * (n + r) + t;
+      const Pair x{(*series[2 * p])[t], 2 * p + 1 < k ? (*series[2 * p + 1])[t] : 0.0};
+      const Pair e = x - ap[0];
+      v[static_cast<size_t>(p) * n + t] = e;
+      Pair last{0.0, 0.0};
+      for (int m = 0; m < lags; ++m) last += coef[m] * ap[r - lag[m]];
+      ap[r] = last;
+      ++ap;
+      const Pair se = e / f;
+      for (int i = 0; i < r; ++i) ap[i] += G[i] * se;
     }
     kf.NextGain();
   }
+  auto error = [&](int j, int t) { return v[static_cast<size_t>(j / 2) * n + t][j % 2]; };
   const double sumlogf = SumOfLogs(F);
   const double g = std::exp(sumlogf / (2.0 * n));
   for (int j = 0; j < k; ++j) {
     double ssq = 0.0;
-    for (int t = 0; t < n; ++t) ssq += v[j][t] * v[j][t] / F[t];
+    for (int t = 0; t < n; ++t) ssq += error(j, t) * error(j, t) / F[t];
     if (!std::isfinite(ssq) || !(ssq > 1e-24 * ssq)) continue;
     out[j].resize(n);
-    for (int t = 0; t < n; ++t) out[j][t] = v[j][t] / std::sqrt(F[t]) * g;
+    for (int t = 0; t < n; ++t) out[j][t] = error(j, t) / std::sqrt(F[t]) * g;
   }
   return out;
 }
