@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 #include <Eigen/Dense>
 
 namespace quorvane {
+
+namespace {
+// Two doubles operated on together (one SSE2 register on x86-64), each half by the same
+// IEEE arithmetic as a double alone.
+typedef double Pair __attribute__((vector_size(16)));
+}  // namespace
 
 void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector<double>& theta) {
   const int s = std::max(1, c.period);
@@ -107,12 +112,16 @@ std::vector<double> PsiWeights(const std::vector<double>& phi, const std::vector
 // partial autocorrelations of phi (the step-down recursion and back), in the square of the
 // AR order rather than the cube of a linear system, which matters for seasonal models whose
 // AR polynomial spans several cycles; those of w are sums of x's over the lags of theta.
-std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const std::vector<double>& theta,
-                                        int max_lag) {
+namespace {
+
+// ArmaAutocovariances into g (resized to max_lag + 1): every likelihood evaluation starts its
+// filter from them, and a fresh vector each time costs about as much as the arithmetic.
+bool AutocovariancesInto(const std::vector<double>& phi, const std::vector<double>& theta, int max_lag,
+                         std::vector<double>& g) {
   int p = static_cast<int>(phi.size());
   while (p > 0 && phi[p - 1] == 0.0) --p;
   for (int i = 0; i < p; ++i)
-    if (!std::isfinite(phi[i])) return {};
+    if (!std::isfinite(phi[i])) return false;
   const int q = static_cast<int>(theta.size());
   const int m = std::max(max_lag, 0);
   // The predictor coefficients of every order from p down to 1, order k's k values at k(k-1)/2
@@ -127,7 +136,7 @@ std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const st
   for (int k = p; k >= 1; --k) {
     const double* a = order(k);
     const double kappa = a[k - 1];
-    if (!(std::fabs(kappa) < 1.0)) return {};
+    if (!(std::fabs(kappa) < 1.0)) return false;
     const double den = 1.0 - kappa * kappa;
     variance /= den;
     double* next = order(k - 1);
@@ -149,14 +158,22 @@ std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const st
   shift.assign(q + 1, 0.0);
   for (size_t a = 0; a < th.size(); ++a)
     for (size_t b = a; b < th.size(); ++b) shift[th[b].first - th[a].first] += th[a].second * th[b].second;
-  std::vector<double> g(m + 1, 0.0);
+  g.assign(m + 1, 0.0);
   for (int k = 0; k <= m; ++k) {
     double v = shift[0] * gx[k];
     for (int d = 1; d <= q; ++d)
       if (shift[d] != 0.0) v += shift[d] * (gx[k + d] + gx[std::abs(k - d)]);
     g[k] = v;
   }
-  if (!std::isfinite(g[0]) || !(g[0] > 0.0)) return {};
+  return std::isfinite(g[0]) && g[0] > 0.0;
+}
+
+}  // namespace
+
+std::vector<double> ArmaAutocovariances(const std::vector<double>& phi, const std::vector<double>& theta,
+                                        int max_lag) {
+  std::vector<double> g;
+  if (!AutocovariancesInto(phi, theta, max_lag, g)) return {};
   return g;
 }
 
@@ -171,28 +188,28 @@ namespace {
 // update, which matters for seasonal models, whose state spans a whole cycle or more.
 class ChandrasekharFilter {
  public:
-  // The filter of an ARMA model with unit innovation variance, its state of size
-  // max(p, q + 1); nullopt when the model has no stationary autocovariances.
-  static std::optional<ChandrasekharFilter> Start(const std::vector<double>& phi, const std::vector<double>& theta) {
-    const int r = std::max(static_cast<int>(phi.size()), static_cast<int>(theta.size()) + 1);
-    const std::vector<double> gamma = ArmaAutocovariances(phi, theta, r);
-    if (gamma.empty()) return std::nullopt;
-    return ChandrasekharFilter(phi, gamma, r);
-  }
-
-  ChandrasekharFilter(const std::vector<double>& phi, const std::vector<double>& gamma, int r)
-      : G(r), r_(r), W_(r) {
+  // Starts the filter of an ARMA model with unit innovation variance, its state of size
+  // max(p, q + 1); false when the model has no stationary autocovariances. A filter is
+  // started again for every likelihood evaluation, so one object per thread and use keeps
+  // its arrays from one start to the next.
+  bool Start(const std::vector<double>& phi, const std::vector<double>& theta) {
+    r_ = std::max(static_cast<int>(phi.size()), static_cast<int>(theta.size()) + 1);
+    if (!AutocovariancesInto(phi, theta, r_, gamma_)) return false;
     // The nonzero AR lags only: seasonal models have few among many.
+    lag_.clear();
+    coef_.clear();
     for (int k = 1; k <= static_cast<int>(phi.size()); ++k)
       if (phi[k - 1] != 0.0) {
         lag_.push_back(k);
         coef_.push_back(phi[k - 1]);
       }
-    f = gamma[0];
-    for (int i = 0; i < r; ++i) G[i] = gamma[i];
+    f = gamma_[0];
+    G.assign(gamma_.begin(), gamma_.begin() + r_);
     Advance(G);
     W_ = G;
     M_ = -1.0 / f;  // P(2) - P(1) = -G G' / f
+    steady_ = false;
+    return true;
   }
 
   // a <- T a : shift up, last from phi.
@@ -235,14 +252,16 @@ class ChandrasekharFilter {
   }
 
   int size() const { return r_; }
+  const std::vector<int>& lags() const { return lag_; }
+  const std::vector<double>& coefficients() const { return coef_; }
 
   double f = 0.0;         // the present step's prediction variance
   std::vector<double> G;  // and its gain
 
  private:
-  int r_;
+  int r_ = 0;
   std::vector<int> lag_;
-  std::vector<double> coef_, W_;
+  std::vector<double> coef_, W_, gamma_;
   double M_ = 0.0;
   bool steady_ = false;
 };
@@ -265,71 +284,97 @@ double SumOfLogs(const std::vector<double>& F) {
 
 }  // namespace
 
-ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi,
-                                   const std::vector<double>& theta, bool with_mean, bool keep_series) {
-  ArmaLikelihood out;
+namespace {
+
+// The exact likelihood into `out`, its scaled residuals into `scaled` (n values) when given,
+// else into out.scaled. The estimator asks for the residuals alone at every trial point:
+// written straight into its own array, they need no vector of their own each time.
+bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi, const std::vector<double>& theta,
+                     bool with_mean, bool keep_series, ArmaLikelihood& out, double* scaled) {
   const int n = static_cast<int>(w.size());
-  if (n < 1) return out;
-  auto started = ChandrasekharFilter::Start(phi, theta);
-  if (!started) return out;
-  ChandrasekharFilter& kf = *started;
+  if (n < 1) return false;
+  thread_local ChandrasekharFilter kf;
+  if (!kf.Start(phi, theta)) return false;
   const int r = kf.size();
   const double* G = kf.G.data();
   double sxx = 0.0, sxw = 0.0;  // the unit series' weighted products, summed as the filter runs
   // The states at step t are aw[t..t+r-1] and ax[t..t+r-1]: windows sliding along. The
   // arrays are per-thread workspace: this runs at every step of every estimation.
-  thread_local std::vector<double> aw, ax, vw, vx, F;
-  aw.assign(n + r, 0.0);
-  ax.assign(with_mean ? n + r : 0, 0.0);
+  thread_local std::vector<double> aw, vw, vx, F;
+  // With a mean, the series' and the unit series' states side by side in one array of
+  // pairs: the two filters share every gain and AR coefficient, and each pair is updated
+  // with one vector operation, each of its halves by exactly the arithmetic of the
+  // filter alone.
+  thread_local std::vector<Pair> both;
   vw.resize(n);
   vx.resize(n);
   F.resize(n);
-  for (int t = 0; t < n; ++t) {
-    const double f = kf.f;
-    if (!(f > 0.0) || !std::isfinite(f)) return out;
-    double* a1 = aw.data() + t;
-    const double v1 = w[t] - a1[0];
-    vw[t] = v1;
-    F[t] = f;
-    // a <- T (a + P e1 v / f) = T a + G v / f.
-    a1[r] = kf.Last(a1);
-    ++a1;
-    const double s1 = v1 / f;
-    if (with_mean) {
-      double* a2 = ax.data() + t;
-      const double v2 = 1.0 - a2[0];
+  if (with_mean) {
+    both.assign(n + r, Pair{0.0, 0.0});
+    const std::vector<int>& lag = kf.lags();
+    const std::vector<double>& coef = kf.coefficients();
+    const int lags = static_cast<int>(lag.size());
+    for (int t = 0; t < n; ++t) {
+      const double f = kf.f;
+      if (!(f > 0.0) || !std::isfinite(f)) return false;
+      Pair* a = both.data() + t;
+      const double v1 = w[t] - a[0][0];
+      const double v2 = 1.0 - a[0][1];
+      vw[t] = v1;
       vx[t] = v2;
-      a2[r] = kf.Last(a2);
-      ++a2;
-      const double s2 = v2 / f;
+      F[t] = f;
+      // a <- T (a + P e1 v / f) = T a + G v / f, for both at once.
+      Pair last{0.0, 0.0};
+      for (int m = 0; m < lags; ++m) last += coef[m] * a[r - lag[m]];
+      a[r] = last;
+      ++a;
+      const Pair s{v1 / f, v2 / f};
       sxx += v2 * v2 / f;
       sxw += v2 * v1 / f;
-      for (int i = 0; i < r; ++i) {
-        a1[i] += G[i] * s1;
-        a2[i] += G[i] * s2;
-      }
-    } else {
+      for (int i = 0; i < r; ++i) a[i] += G[i] * s;
+      kf.NextGain();
+    }
+  } else {
+    aw.assign(n + r, 0.0);
+    for (int t = 0; t < n; ++t) {
+      const double f = kf.f;
+      if (!(f > 0.0) || !std::isfinite(f)) return false;
+      double* a1 = aw.data() + t;
+      const double v1 = w[t] - a1[0];
+      vw[t] = v1;
+      F[t] = f;
+      a1[r] = kf.Last(a1);
+      ++a1;
+      const double s1 = v1 / f;
       // Without a mean the unit series' filter is not needed: its errors stay unused.
       vx[t] = 0.0;
       for (int i = 0; i < r; ++i) a1[i] += G[i] * s1;
+      kf.NextGain();
     }
-    kf.NextGain();
   }
 
   const double sumlogf = SumOfLogs(F);
   double beta = 0.0;
   if (with_mean) {
-    if (!(sxx > 0.0)) return out;
+    if (!(sxx > 0.0)) return false;
     beta = sxw / sxx;
+  }
+  // The scaled residuals are made in the same pass as their sum of squares (and are of no
+  // account when the fit turns out to have no likelihood).
+  const double g = std::exp(sumlogf / (2.0 * n));
+  if (!scaled) {
+    out.scaled.resize(n);
+    scaled = out.scaled.data();
   }
   double ssq = 0.0, size = 0.0;
   for (int t = 0; t < n; ++t) {
     const double e = vw[t] - beta * vx[t];
     ssq += e * e / F[t];
     size += vw[t] * vw[t] / F[t];
+    scaled[t] = e / std::sqrt(F[t]) * g;
   }
   // An exact fit (a constant series about its mean) has no likelihood.
-  if (!std::isfinite(ssq) || !(ssq > 1e-24 * size)) return out;
+  if (!std::isfinite(ssq) || !(ssq > 1e-24 * size)) return false;
   out.n = n;
   out.mean = beta;
   out.sigma2 = ssq / n;
@@ -340,18 +385,30 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
   else
     out.loglik = std::numeric_limits<double>::infinity();
   out.mean_variance = with_mean ? out.sigma2 / sxx : 0.0;
-  const double g = std::exp(sumlogf / (2.0 * n));
   out.scaled_ssq = ssq * g * g;
-  out.scaled.resize(n);
-  for (int t = 0; t < n; ++t) out.scaled[t] = (vw[t] - beta * vx[t]) / std::sqrt(F[t]) * g;
   if (keep_series) {
     out.innovations.resize(n);
     for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
     out.state.resize(r);
-    for (int i = 0; i < r; ++i) out.state[i] = aw[n + i] - (with_mean ? beta * ax[n + i] : 0.0);
+    for (int i = 0; i < r; ++i) out.state[i] = with_mean ? both[n + i][0] - beta * both[n + i][1] : aw[n + i] - 0.0;
   }
   out.ok = true;
+  return true;
+}
+
+}  // namespace
+
+ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vector<double>& phi,
+                                   const std::vector<double>& theta, bool with_mean, bool keep_series) {
+  ArmaLikelihood out;
+  if (!ExactLikelihood(w, phi, theta, with_mean, keep_series, out, nullptr)) return ArmaLikelihood{};
   return out;
+}
+
+bool ArmaScaledResiduals(const std::vector<double>& w, const std::vector<double>& phi,
+                         const std::vector<double>& theta, bool with_mean, double* scaled) {
+  ArmaLikelihood out;
+  return ExactLikelihood(w, phi, theta, with_mean, false, out, scaled);
 }
 
 std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vector<double>*>& series,
@@ -364,55 +421,78 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
     if (static_cast<int>(x->size()) != n) return out;
   if (n < 1) return out;
   // The filter of ArmaExactLikelihood, step for step, with one state per series.
-  auto started = ChandrasekharFilter::Start(phi, theta);
-  if (!started) return out;
-  ChandrasekharFilter& kf = *started;
+  thread_local ChandrasekharFilter kf;
+  if (!kf.Start(phi, theta)) return out;
   const int r = kf.size();
   const double* G = kf.G.data();
-  // Series j's state at step t is a[j][t..t+r-1], a window sliding along.
-  std::vector<std::vector<double>> a(k, std::vector<double>(n + r, 0.0)), v(k, std::vector<double>(n));
-  std::vector<double> F(n);
+  // The series go through in pairs, each pair's states side by side as in
+  // ArmaExactLikelihood with a mean (a last odd series beside zeros). Pair p's state at step
+  // t is a[p (n + r) + t ..][0..r-1], a window sliding along; its errors are v[p n + t]. The
+  // arrays are per-thread workspace: detection whitens at every regression it solves.
+  const int pairs = (k + 1) / 2;
+  thread_local std::vector<Pair> a, v;
+  thread_local std::vector<double> F;
+  a.assign(static_cast<size_t>(pairs) * (n + r), Pair{0.0, 0.0});
+  v.resize(static_cast<size_t>(pairs) * n);
+  F.resize(n);
+  const std::vector<int>& lag = kf.lags();
+  const std::vector<double>& coef = kf.coefficients();
+  const int lags = static_cast<int>(lag.size());
   for (int t = 0; t < n; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
     F[t] = f;
-    for (int j = 0; j < k; ++j) {
-      double* aj = a[j].data() + t;
-      const double e = (*series[j])[t] - aj[0];
-      v[j][t] = e;
-      aj[r] = kf.Last(aj);
-      ++aj;
-      const double se = e / f;
-      for (int i = 0; i < r; ++i) aj[i] += G[i] * se;
+    for (int p = 0; p < pairs; ++p) {
+      Pair* ap = a.data() + static_cast<size_t>(p) * (n + r) + t;
+      const Pair x{(*series[2 * p])[t], 2 * p + 1 < k ? (*series[2 * p + 1])[t] : 0.0};
+      const Pair e = x - ap[0];
+      v[static_cast<size_t>(p) * n + t] = e;
+      Pair last{0.0, 0.0};
+      for (int m = 0; m < lags; ++m) last += coef[m] * ap[r - lag[m]];
+      ap[r] = last;
+      ++ap;
+      const Pair se = e / f;
+      for (int i = 0; i < r; ++i) ap[i] += G[i] * se;
     }
     kf.NextGain();
   }
+  auto error = [&](int j, int t) { return v[static_cast<size_t>(j / 2) * n + t][j % 2]; };
   const double sumlogf = SumOfLogs(F);
   const double g = std::exp(sumlogf / (2.0 * n));
   for (int j = 0; j < k; ++j) {
     double ssq = 0.0;
-    for (int t = 0; t < n; ++t) ssq += v[j][t] * v[j][t] / F[t];
+    for (int t = 0; t < n; ++t) ssq += error(j, t) * error(j, t) / F[t];
     if (!std::isfinite(ssq) || !(ssq > 1e-24 * ssq)) continue;
     out[j].resize(n);
-    for (int t = 0; t < n; ++t) out[j][t] = v[j][t] / std::sqrt(F[t]) * g;
+    for (int t = 0; t < n; ++t) out[j][t] = error(j, t) / std::sqrt(F[t]) * g;
   }
   return out;
+}
+
+bool CssResidualsInto(const std::vector<double>& w, double mean, const std::vector<double>& phi,
+                      const std::vector<double>& theta, double* out) {
+  const int n = static_cast<int>(w.size());
+  const int p = static_cast<int>(phi.size());
+  const int q = static_cast<int>(theta.size());
+  if (n <= p) return false;
+  // out[i] is the residual at time p + i; those before p are zero and drop out of the sums.
+  for (int t = p; t < n; ++t) {
+    double v = w[t] - mean;
+    for (int k = 1; k <= p; ++k) v -= phi[k - 1] * (w[t - k] - mean);
+    for (int k = 1; k <= q && t - k >= p; ++k) v -= theta[k - 1] * out[t - k - p];
+    out[t - p] = v;
+  }
+  return true;
 }
 
 std::vector<double> CssResiduals(const std::vector<double>& w, double mean, const std::vector<double>& phi,
                                  const std::vector<double>& theta) {
   const int n = static_cast<int>(w.size());
   const int p = static_cast<int>(phi.size());
-  const int q = static_cast<int>(theta.size());
   if (n <= p) return {};
-  std::vector<double> e(n, 0.0);
-  for (int t = p; t < n; ++t) {
-    double v = w[t] - mean;
-    for (int k = 1; k <= p; ++k) v -= phi[k - 1] * (w[t - k] - mean);
-    for (int k = 1; k <= q && t - k >= p; ++k) v -= theta[k - 1] * e[t - k];
-    e[t] = v;
-  }
-  return std::vector<double>(e.begin() + p, e.end());
+  std::vector<double> e(n - p);
+  CssResidualsInto(w, mean, phi, theta, e.data());
+  return e;
 }
 
 std::vector<double> MultiplyRegression(const std::vector<double>& a, const std::vector<double>& b) {

@@ -61,6 +61,12 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
                                    const std::vector<double>& theta, bool with_mean,
                                    bool keep_series = false);
 
+// The scaled residuals of ArmaExactLikelihood alone, the same numbers, written to
+// scaled[0..n-1] (n = w.size()); false where ArmaExactLikelihood would give ok false. The
+// estimator's inner loop asks for nothing else at each trial point.
+bool ArmaScaledResiduals(const std::vector<double>& w, const std::vector<double>& phi,
+                         const std::vector<double>& theta, bool with_mean, double* scaled);
+
 // The scaled residuals of ArmaExactLikelihood (without a mean) of several series of one
 // length under one ARMA, in one pass: the filter's gains depend on the model alone, so they
 // are computed once for all the series. out[j] is empty where series j cannot be whitened
@@ -73,5 +79,8 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
 // before them set to zero). Length n - p (empty when n <= p).
 std::vector<double> CssResiduals(const std::vector<double>& w, double mean, const std::vector<double>& phi,
                                  const std::vector<double>& theta);
+// The same into out[0..n-p-1]; false when n <= p.
+bool CssResidualsInto(const std::vector<double>& w, double mean, const std::vector<double>& phi,
+                      const std::vector<double>& theta, double* out);
 
 }  // namespace quorvane

@@ -74,13 +74,28 @@ ArmaCoefficients ZeroCoefficients(const ArimaOrders& s) {
   return c;
 }
 
-ArmaCoefficients Unpack(const ArimaOrders& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
-  ArmaCoefficients c = ZeroCoefficients(s);
+namespace {
+
+// Unpack into c, its vectors' storage kept: the estimator unpacks at every trial point.
+void UnpackInto(const ArimaOrders& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x,
+                ArmaCoefficients& c) {
+  c.period = s.period;
+  c.ar.assign(s.p, 0.0);
+  c.ma.assign(s.q, 0.0);
+  c.sar.assign(s.P, 0.0);
+  c.sma.assign(s.Q, 0.0);
   for (size_t k = 0; k < slots.size(); ++k) {
     auto [g, i] = slots[k];
     std::vector<double>& v = g == 0 ? c.ar : g == 1 ? c.ma : g == 2 ? c.sar : c.sma;
     v[i] = x(static_cast<int>(k));
   }
+}
+
+}  // namespace
+
+ArmaCoefficients Unpack(const ArimaOrders& s, const std::vector<std::pair<int, int>>& slots, const Eigen::VectorXd& x) {
+  ArmaCoefficients c;
+  UnpackInto(s, slots, x, c);
   return c;
 }
 
@@ -265,13 +280,14 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
     if (!started) x.setZero();
   }
   if (!started && k > 0 && n > pfull + k + 2) {
+    ArmaCoefficients c;
     ResidualFn css = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-      const ArmaCoefficients c = Unpack(orders, slots, xv);
+      UnpackInto(orders, slots, xv, c);
       if (!Admissible(c, kMargin)) return false;
       ExpandArma(c, phi, theta);
-      const std::vector<double> e = CssResiduals(w, wmean, phi, theta);
-      if (e.empty()) return false;
-      r = Eigen::Map<const Eigen::VectorXd>(e.data(), static_cast<int>(e.size()));
+      if (n <= static_cast<int>(phi.size())) return false;
+      r.resize(n - static_cast<int>(phi.size()));
+      CssResidualsInto(w, wmean, phi, theta, r.data());
       return r.allFinite();
     };
     ConvergenceCriteria cc = crit;
@@ -281,14 +297,14 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
     if (!x.allFinite()) x = start;
   }
 
+  ArmaCoefficients trial;
   ResidualFn exact = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
-    const ArmaCoefficients c = Unpack(orders, slots, xv);
-    if (!Admissible(c, kMargin)) return false;
-    ExpandArma(c, phi, theta);
-    const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
-    if (!L.ok) return false;
-    r = Eigen::Map<const Eigen::VectorXd>(L.scaled.data(), n);
-    return r.allFinite();
+    UnpackInto(orders, slots, xv, trial);
+    if (!Admissible(trial, kMargin)) return false;
+    ExpandArma(trial, phi, theta);
+    // What r holds after a failed point is never read.
+    r.resize(n);
+    return ArmaScaledResiduals(w, phi, theta, orders.constant, r.data()) && r.allFinite();
   };
   // The rules' limits are the loosest we accept; the search itself keeps its own precision.
   const double sse_tol = crit.polish ? std::min(crit.sse_change_pct, 1e-4) : crit.sse_change_pct;

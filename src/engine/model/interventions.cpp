@@ -92,12 +92,18 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     if (!Whiten(DifferenceSeries(InterventionRegressor(type, T, opt.period, n), orders), phi, theta, c, true))
       c.resize(0);
   };
-  std::unordered_map<long long, Eigen::VectorXd> cache;
+  // The columns in one table by place, type * (n + 1) + T, each made on first use: the
+  // products and parts of the trials below are then found by a column's place in the table.
+  // The trials run in the tens of thousands per detection, and maps of their own, a node and
+  // a vector per entry, cost more than the arithmetic.
+  const int places = (kLocalTrend + 1) * (n + 1);
+  std::vector<Eigen::VectorXd> cache(places);
+  std::vector<char> made(places, 0);
   auto column = [&](int type, int T) -> const Eigen::VectorXd* {
-    const long long key = static_cast<long long>(type) * (n + 1) + T;
-    auto it = cache.find(key);
-    if (it == cache.end()) {
-      Eigen::VectorXd c;
+    const int key = type * (n + 1) + T;
+    Eigen::VectorXd& c = cache[key];
+    if (!made[key]) {
+      made[key] = 1;
       const int shift = T - burn;
       if (shift < 0 || shift >= m) {
         whitened(type, T, c);
@@ -113,10 +119,10 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
           c.tail(m - shift) = b->second.head(m - shift);
         }
       }
-      it = cache.emplace(key, std::move(c)).first;
     }
-    return it->second.size() == m ? &it->second : nullptr;
+    return c.size() == m ? &c : nullptr;
   };
+  auto place_of = [&](const Eigen::VectorXd& c) { return static_cast<size_t>(&c - cache.data()); };
   Eigen::MatrixXd A(m, cols);
   for (int j = 0; j < k; ++j) {
     const Eigen::VectorXd* c = column(found[j].type, found[j].index);
@@ -149,9 +155,9 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
   };
   int design = 0;
   std::vector<int> committed;  // the column replaced by each change of design
-  std::unordered_map<const Eigen::VectorXd*, Products> products;
+  std::vector<Products> products(places);
   auto products_of = [&](const Eigen::VectorXd& c) -> const Products& {
-    Products& p = products[&c];
+    Products& p = products[place_of(c)];
     if (p.design < 0) {
       p.own = c.squaredNorm();
       p.with_series = c.dot(ws);
@@ -161,7 +167,7 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
       for (int d = p.design; d < design; ++d) p.cross(committed[d]) = A.col(committed[d]).dot(c);
       p.design = design;
     } else if (p.design != design) {
-      p.cross = A.transpose() * c;
+      p.cross.noalias() = A.transpose() * c;
       p.design = design;
     }
     return p;
@@ -200,10 +206,16 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     double base = 0.0;  // their residual sum of squares
     double top = 0.0;   // their largest own product, the scale of the singularity test
     bool ok = false;
-    std::unordered_map<const Eigen::VectorXd*, Part> parts;
+    int number = 0;     // which set kept: the parts made for it carry the same number
   };
+  // One set is kept at a time, so the parts share one table by place, each entry marked
+  // with the set it was made for; an entry's vectors keep their storage from set to set.
+  std::vector<Part> parts(places);
+  std::vector<int> part_for(places, 0);
+  int sets = 0;
   auto keep_all_but = [&](int a, int b) {
     Kept kept;
+    kept.number = ++sets;
     for (int i = 0; i < cols; ++i)
       if (i != a && i != b) kept.index.push_back(i);
     const int r = static_cast<int>(kept.index.size());
@@ -227,9 +239,10 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     return kept;
   };
   auto part_of = [&](Kept& kept, const Eigen::VectorXd& c) -> const Part& {
-    auto it = kept.parts.find(&c);
-    if (it != kept.parts.end()) return it->second;
-    Part part;
+    const size_t at = place_of(c);
+    Part& part = parts[at];
+    if (part_for[at] == kept.number) return part;
+    part_for[at] = kept.number;
     part.products = &products_of(c);
     part.own = part.products->own;
     part.with_series = part.products->with_series;
@@ -237,11 +250,12 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     if (r > 0) {
       part.x.resize(r);
       for (int i = 0; i < r; ++i) part.x(i) = part.products->cross(kept.index[i]);
+      part.y.resize(r);
       part.y = kept.ldlt.solve(part.x);
       part.own -= part.x.dot(part.y);
       part.with_series -= part.x.dot(kept.u);
     }
-    return kept.parts.emplace(&c, std::move(part)).first->second;
+    return part;
   };
   // The sum of squares with the kept columns and c1 (and c2); infinite when the columns are
   // (nearly) collinear.
