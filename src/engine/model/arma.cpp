@@ -390,7 +390,7 @@ bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& ph
     out.innovations.resize(n);
     for (int t = 0; t < n; ++t) out.innovations[t] = vw[t] - beta * vx[t];
     out.state.resize(r);
-    for (int i = 0; i < r; ++i) out.state[i] = with_mean ? both[n + i][0] - beta * both[n + i][1] : aw[n + i] - 0.0;
+    for (int i = 0; i < r; ++i) out.state[i] = with_mean ? both[n + i][0] - beta * both[n + i][1] : aw[n + i];
   }
   out.ok = true;
   return true;

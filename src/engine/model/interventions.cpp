@@ -250,7 +250,6 @@ bool SettlePlaces(const std::vector<double>& z, const ArimaOrders& orders, const
     if (r > 0) {
       part.x.resize(r);
       for (int i = 0; i < r; ++i) part.x(i) = part.products->cross(kept.index[i]);
-      part.y.resize(r);
       part.y = kept.ldlt.solve(part.x);
       part.own -= part.x.dot(part.y);
       part.with_series -= part.x.dot(kept.u);
