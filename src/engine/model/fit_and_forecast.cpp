@@ -629,7 +629,8 @@ void FindInterventions(const ModelingProblem& problem, ModelResult& r, Automatic
   RegressionArimaFit& with_effects = w.with_effects;
   if (rules.sufficiency_deterministic && crit.max_iterations > 0) {
     const DetectionResult det = DetectWithIdentification(z, fit, DetectionOptionsFromRules(rules, period, crit), w.so);
-    if (!det.found.empty() && det.fit.ok) {
+    // A model with fewer differences is kept even when it came back without effects.
+    if (det.fit.ok && (!det.found.empty() || det.fit.arima.orders.d != fit.orders.d)) {
       fit = det.fit.arima;
       found = det.found;
       with_effects = det.fit;

@@ -15,6 +15,7 @@
 #include <boost/math/distributions/normal.hpp>
 
 #include "engine/model/arma.h"
+#include "engine/model/fewer_differences.h"
 #include "engine/model/forecast.h"
 #include "engine/model/intervention_evidence.h"
 #include "engine/model/regression_noise.h"
@@ -920,7 +921,16 @@ DetectionResult DetectWithIdentification(const std::vector<double>& z, const Ari
           RemoveRegressors(z, Regressors(c.result.found, opt.period, n), c.result.fit.beta);
       const int needed = RegularDifferences(Difference(u, base.period, base.D), base.d, nullptr);
       story.push_back("the cleansed series asks for " + std::to_string(needed) + " regular difference(s)");
-      if (needed <= d) best = std::move(c);
+      if (needed <= d) {
+        // Unless the steps and trends were found for a difference given up for nothing.
+        DetectionResult plain;
+        double extra = 0.0;
+        if (WithoutLevelMoves(z, base, c.result, opt, n - from, plain, extra)) {
+          const double score = Score(z, plain, opt.period, from);
+          if (score < c.score + extra) c = Candidate{std::move(plain), score};
+        }
+        best = std::move(c);
+      }
       // The best effects with one difference fewer leave every difference needed: they do not
       // stand in for persistence, and fewer differences still would not be accepted either.
       else if (needed >= base.d) break;
