@@ -25,12 +25,7 @@ bool WithoutLevelMoves(const std::vector<double>& z, const ArimaOrders& base, co
   out.fit = FitRegressionArima(z, intervention_parts::Regressors(out.found, opt.period, n), noise.orders, opt.criteria,
                                true, &noise.coef);
   if (!out.fit.ok) return false;
-  for (size_t j = 0; j < out.found.size() && j < out.fit.beta.size(); ++j) {
-    DetectedIntervention& f = out.found[j];
-    f.impact = out.fit.beta[j];
-    f.std_error = j < out.fit.beta_se.size() ? out.fit.beta_se[j] : 0.0;
-    f.t_value = f.std_error > 0.0 ? f.impact / f.std_error : 0.0;
-  }
+  intervention_parts::TakeEstimates(out.found, out.fit);
   const double searched =
       std::max(1, candidate.candidates) * static_cast<double>(intervention_parts::EnabledTypes(opt).size());
   extra = (2.0 * std::log(searched) - std::log(static_cast<double>(std::max(m, 2)))) * static_cast<double>(dropped);

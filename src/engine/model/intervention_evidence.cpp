@@ -63,11 +63,7 @@ bool DropWeakLateEffects(const std::vector<double>& z, const DetectionOptions& o
       return true;
     }
     r.fit = next;
-    for (size_t j = 0; j < r.found.size() && j < r.fit.beta.size(); ++j) {
-      r.found[j].impact = r.fit.beta[j];
-      r.found[j].std_error = r.fit.beta_se[j];
-      r.found[j].t_value = r.fit.beta_se[j] > 0.0 ? r.fit.beta[j] / r.fit.beta_se[j] : 0.0;
-    }
+    intervention_parts::TakeEstimates(r.found, r.fit);
   }
   return any;
 }

@@ -48,4 +48,7 @@ Eigen::MatrixXd PatternProducts(const Eigen::MatrixXd& U, int type, int period);
 // The columns of the effects found, over n observations.
 std::vector<std::vector<double>> Regressors(const std::vector<DetectedIntervention>& found, int period, int n);
 
+// Each effect's size, standard error and t-value from a fit of the model with their columns.
+void TakeEstimates(std::vector<DetectedIntervention>& found, const RegressionArimaFit& fit);
+
 }  // namespace quorvane::intervention_parts

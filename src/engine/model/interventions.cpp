@@ -375,6 +375,14 @@ std::vector<std::vector<double>> intervention_parts::Regressors(const std::vecto
   for (const auto& f : found) X.push_back(InterventionRegressor(f.type, f.index, period, n));
   return X;
 }
+
+void intervention_parts::TakeEstimates(std::vector<DetectedIntervention>& found, const RegressionArimaFit& fit) {
+  for (size_t j = 0; j < found.size() && j < fit.beta.size(); ++j) {
+    found[j].impact = fit.beta[j];
+    found[j].std_error = j < fit.beta_se.size() ? fit.beta_se[j] : 0.0;
+    found[j].t_value = found[j].std_error > 0.0 ? found[j].impact / found[j].std_error : 0.0;
+  }
+}
 namespace {
 
 struct Candidate {
@@ -775,11 +783,7 @@ DetectionResult DetectInterventions(const std::vector<double>& z, const ArimaFit
   }
   res.fit = FitRegressionArima(z, X, orders, opt.criteria, true, &joint.arima.coef);
   if (!res.fit.ok) res.fit = joint;
-  for (size_t j = 0; j < found.size() && j < res.fit.beta.size(); ++j) {
-    found[j].impact = res.fit.beta[j];
-    found[j].std_error = res.fit.beta_se[j];
-    found[j].t_value = res.fit.beta_se[j] > 0.0 ? res.fit.beta[j] / res.fit.beta_se[j] : 0.0;
-  }
+  TakeEstimates(found, res.fit);
   res.found = found;
   return res;
   };
