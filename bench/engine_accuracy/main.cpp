@@ -15,7 +15,7 @@
 //   bench_engine_accuracy [--data DIR] [--no-r] [--no-necessity] [--no-sufficiency] [--no-lambdas]
 //                         [--no-detection] [--variance-change] [--reps N] [--r-cache FILE] [--calibration N] [--verbose]
 //                         [--only PREFIX] [--origins N] [--long] [--plain] [--combination] [--effects]
-//                         [--calibration-r]
+//                         [--calibration-r] [--dev]
 // --effects prints each origin's model and the effects found (kind, observation, t value).
 // --plain adds automatic modelling without power transforms (auto.arima's default).
 // --combination adds the forecast combination (objective 98) as a row of its own; with --verbose
@@ -23,6 +23,8 @@
 // --calibration N runs N series of each of a few known processes instead (see MakeCalibration);
 // R is left out there unless --calibration-r asks for it (a fresh set of series from known
 // processes, none of them ever looked at while the rules were chosen).
+// --dev runs the development set of real series in data_dev/ instead (export_dev_series.R):
+// rules are decided there and on --calibration, and only confirmed on data/.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -416,11 +418,12 @@ int main(int argc, char** argv) {
   quorvane::EngineRules rules;
   rules.lambdas = {1.0, 0.5, 0.0};
   rules.necessity_level = 90.0;
-  bool long_set = false;
+  bool long_set = false, dev_set = false;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
     if (a == "--data" && i + 1 < argc) data = argv[++i];
     else if (a == "--long") long_set = true;
+    else if (a == "--dev") dev_set = true;
     else if (a == "--no-r") with_r = false;
     else if (a == "--no-necessity") rules.necessity = false;
     else if (a == "--no-lambdas") rules.lambdas = {1.0};
@@ -446,6 +449,8 @@ int main(int argc, char** argv) {
     all = LoadReal(fs::path(ENGINE_ACCURACY_DIR) / "data_long");
     for (Series& s : all) s.group = s.period == 52 ? "long weekly" : "long monthly";
     verbose = true;
+  } else if (dev_set) {
+    all = LoadReal(fs::path(ENGINE_ACCURACY_DIR) / "data_dev");
   } else {
     all = LoadReal(data);
     for (Series& s : MakeSynthetic()) all.push_back(std::move(s));
