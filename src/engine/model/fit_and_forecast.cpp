@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <limits>
 
 #include "engine/model.h"
@@ -11,6 +12,7 @@
 #include "engine/model/estimate.h"
 #include "engine/model/forecast.h"
 #include "engine/model/interventions.h"
+#include "engine/model/intervention_parts.h"
 #include "engine/model/intermittent.h"
 #include "engine/model/limits.h"
 #include "engine/model/model_parts.h"
@@ -543,10 +545,10 @@ bool ChangedParameters(const ModelingProblem& problem, const StageCallback& on_s
   return false;
 }
 
-// One term dropped and the model estimated again while a term is not significant at the
-// rules' necessity level.
-void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, const ConvergenceCriteria& crit,
-                       ArimaFit& fit, ModelResult& r) {
+// One term dropped and the model estimated again (by `refit`, from the given estimates) while a
+// term is not significant at the rules' necessity level. Returns what was dropped, or nothing.
+using Refit = std::function<ArimaFit(const ArimaOrders&, const ArmaCoefficients&)>;
+std::string DropUnneededTerms(const EngineRules& rules, const Refit& refit, ArimaFit& fit) {
   const double alpha = 1.0 - std::clamp(rules.necessity_level, 1.0, 99.99) / 100.0;
   std::string text;
   for (int round = 0; round < 20; ++round) {
@@ -581,7 +583,7 @@ void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, c
       TrimOrders(s);
       // From the model's own estimates (the dropped term's simply left out): the optimum
       // nearest the model that was judged, not whichever one a fresh start finds.
-      ArimaFit next = FitArima(z, s, crit, true, &fit.coef);
+      ArimaFit next = refit(s, fit.coef);
       if (!next.ok) continue;
       if (chosen_i < 0 || next.aicc < chosen.aicc) {
         chosen = std::move(next);
@@ -592,9 +594,7 @@ void DropUnneededTerms(const EngineRules& rules, const std::vector<double>& z, c
     text += cs[chosen_i].term + " dropped (p-value " + Format("%.3f", cs[chosen_i].p_value) + "). ";
     fit = chosen;
   }
-  r.notes.push_back({texts::kHeadNecessity,
-                     (text.empty() ? std::string("Every term is significant at ") + Format("%.1f", rules.necessity_level) + " %."
-                                   : text)});
+  return text;
 }
 
 // Estimation: the chosen orders again with standard errors; sufficiency, then necessity.
@@ -610,8 +610,51 @@ void EstimateModel(const EngineRules& rules, ModelResult& r, AutomaticWork& w, c
     const std::string text = Sufficiency(z, fit, crit, rules.sufficiency_ss_level);
     r.notes.push_back({texts::kHeadSufficiency, text});
   }
-  if (rules.necessity) DropUnneededTerms(rules, z, crit, fit, r);
+  if (rules.necessity) {
+    const std::string text = DropUnneededTerms(
+        rules, [&](const ArimaOrders& s, const ArmaCoefficients& c) { return FitArima(z, s, crit, true, &c); }, fit);
+    r.notes.push_back({texts::kHeadNecessity,
+                       text.empty() ? "Every term is significant at " + Format("%.1f", rules.necessity_level) + " %." : text});
+  }
   if (!fit.converged && crit.max_iterations > 0) r.warnings.push_back(texts::kNotConverged);
+}
+
+// The model kept after detection passes the necessity test too: an ARMA term that stood in
+// for outliers, steps or trends, and was significant only while they were in the noise, is
+// not needed once they are estimated beside it. The noise model of the joint fit is the one
+// of the series less the effects, so the terms are judged there, the effects held at their
+// estimates (a plain fit per term tried, not a joint one), and the effects are estimated
+// again with the noise model that is left.
+void NeededBesideEffects(const ModelingProblem& problem, ModelResult& r, AutomaticWork& w) {
+  const EngineRules& rules = problem.rules;
+  const std::vector<double>& z = w.z;
+  const ConvergenceCriteria& crit = w.crit;
+  ArimaFit& fit = w.fit;
+  if (w.found.empty()) {
+    if (fit.std_errors.empty()) {
+      const ArimaFit with_se = FitArima(z, fit.orders, crit, true, &fit.coef);
+      if (with_se.ok) fit = with_se;
+    }
+    const std::string text = DropUnneededTerms(
+        rules, [&](const ArimaOrders& s, const ArmaCoefficients& c) { return FitArima(z, s, crit, true, &c); }, fit);
+    if (!text.empty()) r.notes.push_back({texts::kHeadNecessity, "After detection: " + text});
+    return;
+  }
+  const std::vector<std::vector<double>> X = intervention_parts::Regressors(w.found, w.period, w.n);
+  const std::vector<double> u = RemoveRegressors(z, X, w.with_effects.beta);
+  ArimaFit noise = FitArima(u, fit.orders, crit, true, &fit.coef);
+  if (!noise.ok) return;
+  const std::string text = DropUnneededTerms(
+      rules, [&](const ArimaOrders& s, const ArmaCoefficients& c) { return FitArima(u, s, crit, true, &c); }, noise);
+  if (text.empty()) return;
+  const RegressionArimaFit joint = FitRegressionArima(z, X, noise.orders, crit, true, &noise.coef);
+  if (!joint.ok) return;
+  w.with_effects = joint;
+  fit = joint.arima;
+  intervention_parts::TakeEstimates(w.found, joint);
+  w.effects =
+      InterventionEffects(w.found, w.period, w.n, w.horizon, rules.last_pulse_to_step, rules.pulse_to_seasonal);
+  r.notes.push_back({texts::kHeadNecessity, "With the interventions in the model: " + text});
 }
 
 // Interventions: unusual events found and estimated together with the model, which may
@@ -637,6 +680,7 @@ void FindInterventions(const ModelingProblem& problem, ModelResult& r, Automatic
       effects = InterventionEffects(found, period, n, horizon, rules.last_pulse_to_step, rules.pulse_to_seasonal);
     }
     r.notes.push_back({kHeadInterventions, InterventionStory(det)});
+    if (rules.necessity) NeededBesideEffects(problem, r, w);
   }
   // Seasonal pulses at several periods of the cycle: a full set of seasonal dummies tried in
   // their place. Not with the change-of-variance test, which weighs the interventions alone.
