@@ -23,7 +23,12 @@ Pair Load(const double* p) {
   return v;
 }
 void Store(double* p, Pair v) { __builtin_memcpy(p, &v, sizeof v); }
+
+// Whether small models take their own paths (see ArmaUseSmallModelPaths).
+thread_local bool small_paths = true;
 }  // namespace
+
+void ArmaUseSmallModelPaths(bool use) { small_paths = use; }
 
 void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector<double>& theta) {
   const int s = std::max(1, c.period);
@@ -32,6 +37,15 @@ void ExpandArma(const ArmaCoefficients& c, std::vector<double>& phi, std::vector
   // Polynomials with their unit lead: a(B) = 1 - sum ar B^i. The products run in every
   // likelihood evaluation of every candidate, so their workspace is kept per thread.
   thread_local std::vector<double> a, as, prod, b, bs, prodm;
+  if (P == 0 && Q == 0) {
+    // No seasonal factor: each product below is a term times the unit lead of 1, added to
+    // zero, which is what is written here (the sign of a zero kept as the products make it).
+    phi.resize(p);
+    for (int i = 0; i < p; ++i) phi[i] = -(0.0 + -c.ar[i]);
+    theta.resize(q);
+    for (int i = 0; i < q; ++i) theta[i] = 0.0 + c.ma[i];
+    return;
+  }
   a.assign(p + 1, 0.0);
   as.assign(s * P + 1, 0.0);
   a[0] = 1.0;
@@ -382,6 +396,76 @@ class ChandrasekharFilter {
     return true;
   }
 
+  // The gains of n steps of a filter with a state of R values, step t's at Gs[t R ..], and
+  // their variances into F: Step's arithmetic, in registers. False where a variance is not
+  // positive and finite.
+  template <int R>
+  bool Gains(int n, double* F, double* Gs) const {
+    double g[R], W[R], fc = f, M = M_;
+    bool steady = steady_;
+    #pragma GCC unroll 8
+    for (int i = 0; i < R; ++i) {
+      g[i] = G[i];
+      W[i] = W_[i];
+    }
+    const int lags = static_cast<int>(lag_.size());
+    for (int t = 0; t < n; ++t) {
+      if (!(fc > 0.0) || !std::isfinite(fc)) return false;
+      F[t] = fc;
+      #pragma GCC unroll 8
+      for (int i = 0; i < R; ++i) Gs[static_cast<size_t>(t) * R + i] = g[i];
+      if (steady) continue;
+      const double w0 = W[0];
+      const double fn = fc + M * w0 * w0;
+      const double mw = M * w0, inv = 1.0 / fn;
+      double lastw = 0.0;
+      for (int m = 0; m < lags; ++m) lastw += coef_[m] * W[R - lag_[m]];
+      #pragma GCC unroll 8
+      for (int i = 0; i < R; ++i) {
+        const double tw = i + 1 < R ? W[i + 1] : lastw;
+        const double gi = g[i];
+        g[i] = gi + tw * mw;
+        W[i] = (tw * fc - gi * w0) * inv;
+      }
+      M = M * fn / fc;
+      fc = fn;
+      if (std::fabs(fc - 1.0) < 1e-9) steady = true;
+    }
+    return true;
+  }
+
+  // Two series (x1 null: the first beside zeros) through the filter whose gains Gains gave,
+  // their prediction errors into v, a pair per step.
+  template <int R>
+  void Errors(const double* x0, const double* x1, int n, const double* F, const double* Gs, Pair* v) const {
+    const int lags = static_cast<int>(lag_.size());
+    int lag[R] = {};
+    double coef[R] = {};
+    for (int m = 0; m < lags; ++m) {
+      lag[m] = lag_[m];
+      coef[m] = coef_[m];
+    }
+    Pair a[R];
+    #pragma GCC unroll 8
+    for (int i = 0; i < R; ++i) a[i] = Pair{0.0, 0.0};
+    for (int t = 0; t < n; ++t) {
+      const Pair x{x0[t], x1 ? x1[t] : 0.0};
+      const Pair e = x - a[0];
+      v[t] = e;
+      Pair last{0.0, 0.0};
+      #pragma GCC unroll 8
+      for (int m = 0; m < R; ++m)
+        if (m < lags) last += coef[m] * a[R - lag[m]];
+      #pragma GCC unroll 8
+      for (int i = 0; i + 1 < R; ++i) a[i] = a[i + 1];
+      a[R - 1] = last;
+      const Pair se = e / F[t];
+      const double* gt = Gs + static_cast<size_t>(t) * R;
+      #pragma GCC unroll 8
+      for (int i = 0; i < R; ++i) a[i] += gt[i] * se;
+    }
+  }
+
   int size() const { return r_; }
   const std::vector<int>& lags() const { return lag_; }
   const std::vector<double>& coefficients() const { return coef_; }
@@ -515,7 +599,7 @@ bool ExactLikelihood(const std::vector<double>& w, const std::vector<double>& ph
                      : kf.Run<R>(w.data(), n, aw.data() + n, vw.data(), vx.data(), F.data(), sxx, sxw);
   };
   bool ran = false;
-  switch (r) {
+  switch (small_paths ? r : 0) {
     case 1: ran = small(std::integral_constant<int, 1>{}); break;
     case 2: ran = small(std::integral_constant<int, 2>{}); break;
     case 3: ran = small(std::integral_constant<int, 3>{}); break;
@@ -626,14 +710,37 @@ std::vector<std::vector<double>> ArmaWhitenAll(const std::vector<const std::vect
   // arrays are per-thread workspace: detection whitens at every regression it solves.
   const int pairs = (k + 1) / 2;
   thread_local std::vector<Pair> a, v;
-  thread_local std::vector<double> F;
-  a.assign(static_cast<size_t>(pairs) * (n + r), Pair{0.0, 0.0});
+  thread_local std::vector<double> F, Gs;
   v.resize(static_cast<size_t>(pairs) * n);
   F.resize(n);
+  // Small states: the gains of every step first, then each pair alone with its state in
+  // registers; each pair's arithmetic is the same step for step.
+  auto small = [&](auto size) {
+    constexpr int R = decltype(size)::value;
+    Gs.resize(static_cast<size_t>(n) * R);
+    if (!kf.Gains<R>(n, F.data(), Gs.data())) return false;
+    for (int p = 0; p < pairs; ++p)
+      kf.Errors<R>(series[2 * p]->data(), 2 * p + 1 < k ? series[2 * p + 1]->data() : nullptr, n, F.data(),
+                   Gs.data(), v.data() + static_cast<size_t>(p) * n);
+    return true;
+  };
+  const bool general = r > 6 || !small_paths;
+  bool ran = true;
+  switch (general ? 0 : r) {
+    case 1: ran = small(std::integral_constant<int, 1>{}); break;
+    case 2: ran = small(std::integral_constant<int, 2>{}); break;
+    case 3: ran = small(std::integral_constant<int, 3>{}); break;
+    case 4: ran = small(std::integral_constant<int, 4>{}); break;
+    case 5: ran = small(std::integral_constant<int, 5>{}); break;
+    case 6: ran = small(std::integral_constant<int, 6>{}); break;
+    default: ran = false;
+  }
+  if (!ran && !general) return std::vector<std::vector<double>>(k);
+  if (general) a.assign(static_cast<size_t>(pairs) * (n + r), Pair{0.0, 0.0});
   const std::vector<int>& lag = kf.lags();
   const std::vector<double>& coef = kf.coefficients();
   const int lags = static_cast<int>(lag.size());
-  for (int t = 0; t < n; ++t) {
+  for (int t = 0; t < n && general; ++t) {
     const double f = kf.f;
     if (!(f > 0.0) || !std::isfinite(f)) return std::vector<std::vector<double>>(k);
     F[t] = f;
@@ -709,7 +816,7 @@ bool CssResidualsInto(const std::vector<double>& w, double mean, const std::vect
   const int q = static_cast<int>(theta.size());
   if (n <= p) return false;
   static constexpr auto kKernels = CssKernels(std::make_integer_sequence<int, kCssOrders * kCssOrders>{});
-  if (p < kCssOrders && q < kCssOrders) {
+  if (p < kCssOrders && q < kCssOrders && small_paths) {
     kKernels[p * kCssOrders + q](w.data(), n, mean, phi.data(), theta.data(), out);
     return true;
   }

@@ -65,6 +65,11 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
 // scaled[0..n-1] (n = w.size()); false where ArmaExactLikelihood would give ok false. The
 // estimator's inner loop asks for nothing else at each trial point. With `figures`, the
 // likelihood's figures besides (its series left empty), so the point need not be run again.
+// Small models (states of up to six values, non-seasonal conditional residuals) take paths
+// of their own, with the same numbers to the bit; off (for this thread), they go the general
+// way, which is how the two are checked against each other.
+void ArmaUseSmallModelPaths(bool use);
+
 bool ArmaScaledResiduals(const std::vector<double>& w, const std::vector<double>& phi,
                          const std::vector<double>& theta, bool with_mean, double* scaled,
                          ArmaLikelihood* figures = nullptr);
