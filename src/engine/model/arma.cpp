@@ -94,14 +94,40 @@ bool StepDownStationary(std::vector<double>& a, std::vector<double>& next, doubl
 
 thread_local std::vector<double> step_a, step_next;
 
+// The same recursion for the short polynomials of non-seasonal models, in arrays on the stack:
+// the check runs at every trial point, where moving the values in and out of the workspace
+// costs more than the recursion. `sign` -1 takes the coefficients negated.
+constexpr int kShortPolynomial = 8;
+bool StepDownShort(const std::vector<double>& in, double sign, double margin) {
+  double a[kShortPolynomial], next[kShortPolynomial];
+  int size = static_cast<int>(in.size());
+  for (int i = 0; i < size; ++i) a[i] = sign < 0.0 ? -in[i] : in[i];
+  while (size > 0 && a[size - 1] == 0.0) --size;
+  for (int i = 0; i < size; ++i)
+    if (!std::isfinite(a[i])) return false;
+  const double limit = 1.0 - margin;
+  double* from = a;
+  double* to = next;
+  for (int k = size; k >= 1; --k) {
+    const double kappa = from[k - 1];
+    if (!(std::fabs(kappa) < limit)) return false;
+    const double den = 1.0 - kappa * kappa;
+    for (int j = 1; j < k; ++j) to[j - 1] = (from[j - 1] + kappa * from[k - j - 1]) / den;
+    std::swap(from, to);
+  }
+  return true;
+}
+
 }  // namespace
 
 bool IsStationary(const std::vector<double>& a_in, double margin) {
+  if (a_in.size() <= kShortPolynomial) return StepDownShort(a_in, 1.0, margin);
   step_a.assign(a_in.begin(), a_in.end());
   return StepDownStationary(step_a, step_next, margin);
 }
 
 bool IsInvertible(const std::vector<double>& b, double margin) {
+  if (b.size() <= kShortPolynomial) return StepDownShort(b, -1.0, margin);
   step_a.resize(b.size());
   for (size_t i = 0; i < b.size(); ++i) step_a[i] = -b[i];
   return StepDownStationary(step_a, step_next, margin);
