@@ -94,9 +94,9 @@ bool StepDownStationary(std::vector<double>& a, std::vector<double>& next, doubl
 
 thread_local std::vector<double> step_a, step_next;
 
-// The same recursion for the short polynomials of non-seasonal models, in arrays on the stack:
-// the check runs at every trial point, where moving the values in and out of the workspace
-// costs more than the recursion. `sign` -1 takes the coefficients negated.
+// The same recursion for short polynomials (the estimator's own coefficient vectors), in
+// arrays on the stack: the check runs at every trial point, where moving the values in and out
+// of the workspace costs more than the recursion. `sign` -1 takes the coefficients negated.
 constexpr int kShortPolynomial = 8;
 bool StepDownShort(const std::vector<double>& in, double sign, double margin) {
   double a[kShortPolynomial], next[kShortPolynomial];
