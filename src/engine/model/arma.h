@@ -63,9 +63,16 @@ ArmaLikelihood ArmaExactLikelihood(const std::vector<double>& w, const std::vect
 
 // The scaled residuals of ArmaExactLikelihood alone, the same numbers, written to
 // scaled[0..n-1] (n = w.size()); false where ArmaExactLikelihood would give ok false. The
-// estimator's inner loop asks for nothing else at each trial point.
+// estimator's inner loop asks for nothing else at each trial point. With `figures`, the
+// likelihood's figures besides (its series left empty), so the point need not be run again.
+// Small models (states of up to six values, non-seasonal conditional residuals) take paths
+// of their own, with the same numbers to the bit; off (for this thread), they go the general
+// way, which is how the two are checked against each other.
+void ArmaUseSmallModelPaths(bool use);
+
 bool ArmaScaledResiduals(const std::vector<double>& w, const std::vector<double>& phi,
-                         const std::vector<double>& theta, bool with_mean, double* scaled);
+                         const std::vector<double>& theta, bool with_mean, double* scaled,
+                         ArmaLikelihood* figures = nullptr);
 
 // The scaled residuals of ArmaExactLikelihood (without a mean) of several series of one
 // length under one ARMA, in one pass: the filter's gains depend on the model alone, so they

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <limits>
 
@@ -298,13 +299,21 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
   }
 
   ArmaCoefficients trial;
+  // The points evaluated (k values each) and their likelihoods' figures: the estimate is one
+  // of them, and its likelihood is not worked out a second time.
+  std::vector<double> points;
+  std::vector<ArmaLikelihood> figures;
+  ArmaLikelihood at;
   ResidualFn exact = [&](const Eigen::VectorXd& xv, Eigen::VectorXd& r) {
     UnpackInto(orders, slots, xv, trial);
     if (!Admissible(trial, kMargin)) return false;
     ExpandArma(trial, phi, theta);
     // What r holds after a failed point is never read.
     r.resize(n);
-    return ArmaScaledResiduals(w, phi, theta, orders.constant, r.data()) && r.allFinite();
+    if (!ArmaScaledResiduals(w, phi, theta, orders.constant, r.data(), &at) || !r.allFinite()) return false;
+    points.insert(points.end(), xv.data(), xv.data() + k);
+    figures.push_back(at);
+    return true;
   };
   // The rules' limits are the loosest we accept; the search itself keeps its own precision.
   const double sse_tol = crit.polish ? std::min(crit.sse_change_pct, 1e-4) : crit.sse_change_pct;
@@ -320,7 +329,10 @@ ArimaFit FitArima(const std::vector<double>& z, const ArimaOrders& orders, const
 
   fit.coef = Unpack(orders, slots, x);
   ExpandArma(fit.coef, phi, theta);
-  const ArmaLikelihood L = ArmaExactLikelihood(w, phi, theta, orders.constant);
+  const ArmaLikelihood* seen = nullptr;
+  for (size_t i = figures.size(); i-- > 0 && !seen;)
+    if (k == 0 || std::memcmp(points.data() + i * k, x.data(), sizeof(double) * k) == 0) seen = &figures[i];
+  const ArmaLikelihood L = seen ? *seen : ArmaExactLikelihood(w, phi, theta, orders.constant);
   if (!L.ok) return fit;
   fit.mean = L.mean;
   fit.loglik = L.loglik;

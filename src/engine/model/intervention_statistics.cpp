@@ -261,6 +261,8 @@ std::vector<CandidateStatistic> CandidateStatistics(const std::vector<double>& z
   if (K > 0) EQ.rightCols(K) = Q;
   Eigen::VectorXd both(K + 1);
   const Eigen::MatrixXd U = BackFiltered(EQ, a, theta);
+  // At most one statistic per type and place, and one ramp per place.
+  out.reserve(static_cast<size_t>(n) * (EnabledTypes(opt).size() + (ramp_gap > 1 ? 1 : 0)));
 
   for (int type : EnabledTypes(opt)) {
     const auto [lo, hi] = CandidateRange(type, n, orders, opt);
