@@ -333,6 +333,16 @@ class ChandrasekharFilter {
     if (std::fabs(f - 1.0) < 1e-9) steady_ = true;
   }
 
+  // The AR row's lags and coefficients in local arrays, for the passes below that keep them
+  // in registers (at most R of them; the rest stay zero).
+  template <int R>
+  void LocalLags(int (&lag)[R], double (&coef)[R]) const {
+    for (size_t m = 0; m < lag_.size(); ++m) {
+      lag[m] = lag_[m];
+      coef[m] = coef_[m];
+    }
+  }
+
   // The whole pass of a filter with a state of R values (the common small models), its
   // gain, state and AR row held in local arrays that the compiler keeps in registers: the
   // arithmetic of Step, operation for operation, without a load and a store of every value
@@ -351,10 +361,7 @@ class ChandrasekharFilter {
     const int lags = static_cast<int>(lag_.size());
     int lag[R] = {};
     double coef[R] = {};
-    for (int m = 0; m < lags; ++m) {
-      lag[m] = lag_[m];
-      coef[m] = coef_[m];
-    }
+    LocalLags<R>(lag, coef);
     S a[R];
     #pragma GCC unroll 8
     for (int i = 0; i < R; ++i) a[i] = S{};
@@ -467,10 +474,7 @@ class ChandrasekharFilter {
     const int lags = static_cast<int>(lag_.size());
     int lag[R] = {};
     double coef[R] = {};
-    for (int m = 0; m < lags; ++m) {
-      lag[m] = lag_[m];
-      coef[m] = coef_[m];
-    }
+    LocalLags<R>(lag, coef);
     Pair a[R];
     #pragma GCC unroll 8
     for (int i = 0; i < R; ++i) a[i] = Pair{0.0, 0.0};
